@@ -1,0 +1,16 @@
+// Decoding of replies into the value caches. Private.
+#ifndef TAVMIR_DATA_FUNC_DEALDATA_H
+#define TAVMIR_DATA_FUNC_DEALDATA_H
+
+#include "tavmir_kx_tcp/host_interface.h"
+
+// Whether the reply to the request in flight carries values: 1 store them, 2 do not.
+// Neither argument is looked at. Communication thread, no lock.
+TAVMIR_KX_TCP_EXPORT int CheckGetData(const QByteArray* reply, int size);
+
+// Stores the reply's values under the addresses of the batch elements. Values that a short
+// reply lacks are not stored; null stores nothing.
+// Communication thread; the caller holds `cacheMutex`.
+TAVMIR_KX_TCP_EXPORT void SaveToLocalDataErea(QByteArray* reply);
+
+#endif

@@ -1,0 +1,19 @@
+// Write requests. Private.
+#ifndef TAVMIR_FRAMES_FUNC_WRITE_H
+#define TAVMIR_FRAMES_FUNC_WRITE_H
+
+#include "tavmir_kx_tcp/host_interface.h"
+
+// Turns the batch into a write request and, while the link is good, stores the written values
+// in the caches. Communication thread; takes `cacheMutex` for the caches.
+TAVMIR_KX_TCP_EXPORT void WriteRegister();
+
+// Turns the batch into a write request at the end of `protocolList`. A batch whose type has no
+// write encoding makes none and leaves one diagnostic line; an empty batch makes none.
+// Communication thread, no lock.
+TAVMIR_KX_TCP_EXPORT void WriteAnalog();
+
+// Does nothing; kept for hosts that resolve it by name.
+TAVMIR_KX_TCP_EXPORT void Remote_WriteVar(RW_VAR* var);
+
+#endif

@@ -1,0 +1,15 @@
+// Read requests. Private.
+#ifndef TAVMIR_FRAMES_READ_REQUEST_H
+#define TAVMIR_FRAMES_READ_REQUEST_H
+
+#include "tavmir_kx_tcp/host_interface.h"
+
+// Both: communication thread, no lock. They turn the batch into a read request at the end of
+// `protocolList`. An empty batch, or one whose frame would not fit, makes none.
+TAVMIR_KX_TCP_EXPORT void ReadRegister();
+TAVMIR_KX_TCP_EXPORT void ReadAnalog();
+
+// Does nothing; kept for hosts that resolve it by name.
+TAVMIR_KX_TCP_EXPORT void Remote_ReadVar(RW_VAR* var);
+
+#endif
