@@ -1,0 +1,24 @@
+#include "support/wait_until.h"
+
+#include <chrono>
+#include <thread>
+
+namespace tavmir
+{
+namespace test
+{
+
+bool waitUntil(const std::function<bool()>& condition, int deadlineMs)
+{
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(deadlineMs);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            return condition();
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+} // namespace test
+} // namespace tavmir
