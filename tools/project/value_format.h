@@ -1,0 +1,49 @@
+// Between a user's text and a value's bytes as the driver's calls take and give them: least
+// significant byte first; one byte for a bit; a text's first character in the low byte of its
+// first word, unused words zero.
+#ifndef TAVMIR_PROJECT_VALUE_FORMAT_H
+#define TAVMIR_PROJECT_VALUE_FORMAT_H
+
+#include "address_resolver.h"
+
+#include <QtCore/QByteArray>
+
+namespace tavmir::project
+{
+
+// The format of a name as the project file and the command line spell it ("signed"), or none.
+std::optional<Format> formatFromName(const QString& name);
+QString formatName(Format format);
+
+// True when values of the element can be shown and written so; `automatic` always fits.
+bool formatFits(const Element& element, Format format);
+// `wanted` when it fits, else what the element's type suggests; never `automatic`.
+Format effectiveFormat(const Element& element, Format wanted);
+
+struct EncodedValue {
+    bool ok = false;
+    QByteArray bytes;
+    QString problem; // not ok: what is wrong with the text
+};
+
+// format  must fit. `automatic` takes for words and double words signed, unsigned and 0x… texts.
+EncodedValue encodeValue(const Element& element, Format format, const QString& text);
+
+// bytes   as GetRegisterData gives them; missing ones count as zero.
+QString decodeValue(const Element& element, Format format, const QByteArray& bytes);
+
+// Smallest and largest number that the element holds, as signed or unsigned whatever is wider
+// (word: -32768..65535); text: 0, 0.
+struct NumberRange {
+    double low = 0;
+    double high = 0;
+};
+NumberRange numberRange(const Element& element);
+
+// A number as the element's bytes; rounded to the nearest integer for all but floats. The
+// number must lie within numberRange.
+QByteArray encodeNumber(const Element& element, double number);
+
+} // namespace tavmir::project
+
+#endif
