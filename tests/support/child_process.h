@@ -13,8 +13,8 @@ namespace test
 struct ProcessResult {
     bool finished = false; // false: not started, crashed, or killed at the deadline
     int exitStatus = -1;
-    QString output;        // standard output
-    QString errors;        // standard error
+    QString output; // standard output
+    QString errors; // standard error
 };
 
 // Runs `program` to its end, at most `deadlineMs` milliseconds.

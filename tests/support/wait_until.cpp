@@ -10,8 +10,7 @@ namespace test
 
 bool waitUntil(const std::function<bool()>& condition, int deadlineMs)
 {
-    const auto deadline =
-        std::chrono::steady_clock::now() + std::chrono::milliseconds(deadlineMs);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(deadlineMs);
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= deadline)
             return condition();
