@@ -1,0 +1,33 @@
+#include "core/batch.h"
+
+namespace tavmir {
+
+namespace {
+
+// Reply bytes that a batch may come to before its last element is added. It yields at most 45,
+// 38 or 28 elements of 5, 6 or 8 bytes.
+const int kBatchByteBudget = 230;
+
+} // namespace
+
+void formBatch(QList<RW_VAR>& list)
+{
+    QList<RW_VAR>::iterator entry = list.begin();
+    const QList<RW_VAR>::iterator end = list.end();
+    const int dataType = entry->dataType;
+    const int elementSize = PLC_driver.get_data_type_size(dataType);
+
+    int count = 0;
+    PLC_driver.batchElements[count++] = &*entry;
+    // The budget counts one element ahead.
+    int total = 2 * elementSize;
+    for (++entry; entry != end && total < kBatchByteBudget; ++entry) {
+        if (entry->dataType != dataType)
+            break;
+        PLC_driver.batchElements[count++] = &*entry;
+        total += elementSize;
+    }
+    PLC_driver.batchCount = count;
+}
+
+} // namespace tavmir

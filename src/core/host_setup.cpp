@@ -1,0 +1,36 @@
+// The entry points that only keep what the host hands over, or answer a constant.
+#include "tavmir_kx_tcp/host_interface.h"
+
+void* LB = 0;
+void* LW = 0;
+void* RWI = 0;
+
+void SetComInfo(ComInfo* comInfo)
+{
+    PLC_driver.comInfo = comInfo;
+    comInfo->hostWord10 = 0;
+    comInfo->hostWord13 = 0;
+}
+
+void RegistCallBackFuncIntf(VarDoneCallback varDone, CommFailCallback commFail)
+{
+    PLC_driver.varDoneCallback = varDone;
+    PLC_driver.commFailCallback = commFail;
+}
+
+void FlashLocalRegister(void* lb, void* lw, void* rwi)
+{
+    LB = lb;
+    LW = lw;
+    RWI = rwi;
+}
+
+int PLCAddressChangeIntef()
+{
+    return -1;
+}
+
+int QueryFinishFlag()
+{
+    return 1;
+}
