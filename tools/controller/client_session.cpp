@@ -1,0 +1,168 @@
+#include "client_session.h"
+
+#include "fault_effects.h"
+#include "trace.h"
+
+#include <QtNetwork/QHostAddress>
+
+#include <utility>
+
+namespace tavmir::controller
+{
+
+namespace
+{
+// How much of a client's bytes is taken at a time; the rest waits in its connection, so that a
+// client that floods the controller neither fills its memory nor keeps it from the others.
+constexpr int kBytesAtATime = 16384;
+} // namespace
+
+ClientSession::ClientSession(QTcpSocket* socket, int number, const ServerSettings& settings,
+                             Simulation& simulation, Events events, QObject* parent)
+    : QObject(parent), socket_(socket), number_(number), settings_(settings),
+      simulation_(simulation), events_(std::move(events)),
+      outbox_(new Outbox(
+          *socket, [this](const QByteArray& reply) { traceSent(reply); }, this))
+{
+    socket_->setParent(this);
+    socket_->setReadBufferSize(kBytesAtATime);
+    socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    connect(socket_, &QTcpSocket::readyRead, this, [this] { takeBytes(); });
+    connect(socket_, &QTcpSocket::disconnected, this, [this] { finish(); });
+    connect(socket_, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) {
+        simulation_.statistics().bytesSent += static_cast<std::uint64_t>(bytes);
+    });
+}
+
+void ClientSession::start()
+{
+    if (socket_->bytesAvailable() > 0)
+        takeBytes();
+    else if (socket_->state() != QAbstractSocket::ConnectedState)
+        finish();
+}
+
+void ClientSession::close()
+{
+    socket_->abort();
+    finish();
+}
+
+void ClientSession::takeBytes()
+{
+    if (finished_)
+        return;
+    const QByteArray bytes = socket_->readAll(); // kBytesAtATime at most
+    simulation_.statistics().bytesReceived += static_cast<std::uint64_t>(bytes.size());
+    decoder_.append(bytes);
+    takeFrames();
+    if (finished_)
+        return;
+    if (decoder_.isBroken()) {
+        ++simulation_.statistics().brokenStreams;
+        closeForItsFault(decoder_.reason());
+        return;
+    }
+    socket_->flush();
+}
+
+void ClientSession::takeFrames()
+{
+    while (!finished_) {
+        const std::optional<QByteArray> frame = decoder_.takeFrame();
+        if (!frame)
+            return;
+        answer(simulation_.take(*frame));
+        closeIfTooSlow();
+    }
+}
+
+void ClientSession::answer(const Simulation::Outcome& outcome)
+{
+    if (settings_.trace) {
+        QString line = QStringLiteral("client %1 > ").arg(number_);
+        line += requestInWords(outcome.request, simulation_.names());
+        if (outcome.fault != FaultKind::None)
+            line += QStringLiteral(" [%1]").arg(QLatin1String(faultName(outcome.fault)));
+        settings_.trace(line);
+    }
+    sendWithFault(outcome.reply, outcome.fault);
+}
+
+void ClientSession::sendWithFault(const QByteArray& reply, FaultKind fault)
+{
+    SeededRandom& random = simulation_.faults().detail();
+    switch (fault) {
+    case FaultKind::None:
+        outbox_->send(reply);
+        break;
+    case FaultKind::Drop:
+        break;
+    case FaultKind::Delay:
+        outbox_->hold(reply, settings_.delayMs);
+        break;
+    case FaultKind::Late:
+        outbox_->sendLate(reply, settings_.lateMs);
+        break;
+    case FaultKind::Truncate:
+        outbox_->send(truncated(reply, random));
+        break;
+    case FaultKind::Oversize:
+        outbox_->send(oversized(reply, random));
+        break;
+    case FaultKind::Cut:
+        outbox_->send(cutShort(reply, random));
+        break;
+    case FaultKind::Corrupt:
+        outbox_->send(corrupted(reply, random));
+        break;
+    case FaultKind::Duplicate:
+        outbox_->send(reply);
+        outbox_->send(reply);
+        break;
+    case FaultKind::Disconnect:
+        close();
+        break;
+    case FaultKind::Refuse:
+        events_.refuse();
+        break;
+    }
+}
+
+void ClientSession::closeIfTooSlow()
+{
+    if (finished_ || outbox_->unsentBytes() <= settings_.mostUnsentBytes)
+        return;
+    ++simulation_.statistics().clientsTooSlow;
+    closeForItsFault(QStringLiteral("it does not read its replies, %1 bytes are waiting")
+                         .arg(outbox_->unsentBytes()));
+}
+
+void ClientSession::closeForItsFault(const QString& why)
+{
+    settings_.log(QStringLiteral("client %1 (%2 port %3) closed: %4")
+                      .arg(number_)
+                      .arg(socket_->peerAddress().toString())
+                      .arg(socket_->peerPort())
+                      .arg(why));
+    close();
+}
+
+void ClientSession::traceSent(const QByteArray& reply)
+{
+    if (settings_.trace) {
+        settings_.trace(QStringLiteral("client %1 < %2")
+                            .arg(number_)
+                            .arg(replyInWords(reply, simulation_.names())));
+    }
+}
+
+void ClientSession::finish()
+{
+    if (finished_)
+        return;
+    finished_ = true;
+    events_.finished(this);
+}
+
+} // namespace tavmir::controller

@@ -1,0 +1,65 @@
+// One connected client: its bytes become requests, its replies go out with their faults.
+//
+//   constructed → start → takes requests → finished (once): the peer left, its stream was broken,
+//   it was too slow, a fault closed it, or close was called. Whoever made it deletes it then,
+//   later.
+//
+// Lives on the server's thread.
+#ifndef TAVMIR_CONTROLLER_CLIENT_SESSION_H
+#define TAVMIR_CONTROLLER_CLIENT_SESSION_H
+
+#include "frame_decoder.h"
+#include "outbox.h"
+#include "server_settings.h"
+#include "simulation.h"
+
+#include <QtCore/QObject>
+#include <QtNetwork/QTcpSocket>
+
+#include <functional>
+
+namespace tavmir::controller
+{
+
+class ClientSession : public QObject
+{
+public:
+    struct Events {
+        std::function<void(ClientSession*)> finished;
+        std::function<void()> refuse; // the fault that closes the whole controller for a while
+    };
+
+    // Takes the socket over. `number` is the client's in log and trace lines. Settings and
+    // simulation must outlive it.
+    ClientSession(QTcpSocket* socket, int number, const ServerSettings& settings,
+                  Simulation& simulation, Events events, QObject* parent);
+
+    // Takes what came already and waits for more. May finish the session.
+    void start();
+
+    // Drops the connection with whatever waits in it.
+    void close();
+
+private:
+    void takeBytes();
+    void takeFrames();
+    void answer(const Simulation::Outcome& outcome);
+    void sendWithFault(const QByteArray& reply, FaultKind fault);
+    void closeForItsFault(const QString& why);
+    void closeIfTooSlow();
+    void traceSent(const QByteArray& reply);
+    void finish();
+
+    QTcpSocket* socket_;
+    int number_;
+    const ServerSettings& settings_;
+    Simulation& simulation_;
+    Events events_;
+    FrameDecoder decoder_;
+    Outbox* outbox_;
+    bool finished_ = false;
+};
+
+} // namespace tavmir::controller
+
+#endif

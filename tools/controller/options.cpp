@@ -1,0 +1,189 @@
+#include "options.h"
+
+#include <QtCore/QCommandLineParser>
+
+namespace tavmir::controller
+{
+
+namespace
+{
+
+constexpr int kMostMs = 3600000;
+
+const char* const kDescription =
+    "Simulated controller: a TCP server with bit-addressed memory that a driver can poll and "
+    "write.\n"
+    "It prints \"listening on HOST:PORT\" when it is ready, and its statistics when SIGINT or\n"
+    "SIGTERM ends it.\n"
+    "\n"
+    "Faults (--fault, may be given several times) happen to replies; the request itself has been\n"
+    "carried out. Requests are counted from 1 over all clients. When several apply to one "
+    "request,\n"
+    "the first one given counts. The same --seed makes the same choices.\n"
+    "  KIND=P      with probability P (0 to 1) at each request\n"
+    "  KIND@N      at the N-th request\n"
+    "  KIND%N      at every N-th request\n"
+    "KIND is one of:\n"
+    "  drop        no reply\n"
+    "  delay       the reply comes --delay-ms later; later replies wait behind it\n"
+    "  late        the reply comes --late-ms later; later replies pass it\n"
+    "  truncate    the reply lacks bytes at its end; its length field is that of the rest\n"
+    "  oversize    the reply has bytes too many at its end; its length field counts them\n"
+    "  cut         the reply stops in its middle; its length field promises more\n"
+    "  corrupt     the top bit of one byte of the reply's header is flipped\n"
+    "  duplicate   the reply comes twice\n"
+    "  disconnect  the connection is closed instead of a reply\n"
+    "  refuse      all connections are closed, and new ones refused for --refuse-ms";
+
+// Collects the first thing that is wrong.
+class Values
+{
+public:
+    Values(const QCommandLineParser& parser, QString& problem) : parser_(parser), problem_(problem)
+    {
+    }
+
+    int milliseconds(const QString& option)
+    {
+        bool isNumber = false;
+        const int ms = parser_.value(option).toInt(&isNumber);
+        if (!isNumber || ms < 0 || ms > kMostMs)
+            note(option, QStringLiteral("a number of milliseconds from 0 to %1").arg(kMostMs));
+        return ms;
+    }
+
+    std::uint64_t seed(const QString& option)
+    {
+        bool isNumber = false;
+        const std::uint64_t seed = parser_.value(option).toULongLong(&isNumber);
+        if (!isNumber)
+            note(option, QStringLiteral("a number from 0 on"));
+        return seed;
+    }
+
+    void endpoint(const QString& option, Options& options)
+    {
+        if (!parseEndpoint(parser_.value(option), &options.address, &options.port))
+            note(option, QStringLiteral("HOST:PORT with an IP address and a port from 0 to 65535"));
+    }
+
+    std::vector<FaultRule> faults(const QString& option)
+    {
+        std::vector<FaultRule> rules;
+        for (const QString& text : parser_.values(option)) {
+            QString why;
+            const std::optional<FaultRule> rule = parseFaultRule(text, &why);
+            if (rule)
+                rules.push_back(*rule);
+            else if (problem_.isEmpty())
+                problem_ = QStringLiteral("--%1: %2").arg(option, why);
+        }
+        return rules;
+    }
+
+private:
+    void note(const QString& option, const QString& wanted)
+    {
+        if (problem_.isEmpty()) {
+            problem_ =
+                QStringLiteral("--%1: \"%2\" is not %3").arg(option, parser_.value(option), wanted);
+        }
+    }
+
+    const QCommandLineParser& parser_;
+    QString& problem_;
+};
+
+void addOptions(QCommandLineParser& parser)
+{
+    const auto add = [&parser](const char* name, const char* text, const char* value,
+                               const QString& standard) {
+        QString help = QLatin1String(text);
+        if (!standard.isEmpty())
+            help += QStringLiteral(" Default: %1.").arg(standard);
+        parser.addOption(
+            QCommandLineOption(QLatin1String(name), help, QLatin1String(value), standard));
+    };
+    const Options standard;
+    add("listen", "Where to listen; port 0 takes any free one.", "HOST:PORT",
+        endpointText(standard.address, standard.port));
+    add("project", "Project file with names, initial values and signals.", "FILE", {});
+    add("fault", "A fault, see above.", "RULE", {});
+    add("seed", "Seed of the faults.", "N", QString::number(standard.seed));
+    add("delay-ms", "How long a delayed reply waits.", "MS", QString::number(standard.delayMs));
+    add("late-ms", "How long a late reply waits.", "MS", QString::number(standard.lateMs));
+    add("refuse-ms", "How long connections are refused.", "MS", QString::number(standard.refuseMs));
+    parser.addOption(
+        QCommandLineOption(QStringLiteral("trace"), QStringLiteral("Print each frame, decoded.")));
+}
+
+} // namespace
+
+CommandLine parseCommandLine(const QStringList& arguments)
+{
+    CommandLine line;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QLatin1String(kDescription));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Print this and end."));
+    parser.addOption(help);
+    addOptions(parser);
+    if (!parser.parse(arguments)) {
+        line.problem = parser.errorText();
+        return line;
+    }
+    if (parser.isSet(help)) {
+        line.printOnly = parser.helpText();
+        return line;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        line.problem =
+            QStringLiteral("unexpected argument \"%1\"").arg(parser.positionalArguments().first());
+        return line;
+    }
+    Values values(parser, line.problem);
+    values.endpoint(QStringLiteral("listen"), line.options);
+    line.options.projectFile = parser.value(QStringLiteral("project"));
+    if (parser.isSet(QStringLiteral("project")) && line.options.projectFile.isEmpty())
+        line.problem = QStringLiteral("--project: a file name is missing");
+    line.options.trace = parser.isSet(QStringLiteral("trace"));
+    line.options.faults = values.faults(QStringLiteral("fault"));
+    line.options.seed = values.seed(QStringLiteral("seed"));
+    line.options.delayMs = values.milliseconds(QStringLiteral("delay-ms"));
+    line.options.lateMs = values.milliseconds(QStringLiteral("late-ms"));
+    line.options.refuseMs = values.milliseconds(QStringLiteral("refuse-ms"));
+    return line;
+}
+
+bool parseEndpoint(const QString& text, QHostAddress* address, quint16* port)
+{
+    const int colon = text.lastIndexOf(QLatin1Char(':'));
+    if (colon < 1)
+        return false;
+    QString host = text.left(colon);
+    const bool bracketed = host.startsWith(QLatin1Char('[')) && host.endsWith(QLatin1Char(']'));
+    if (bracketed)
+        host = host.mid(1, host.size() - 2);
+    else if (host.contains(QLatin1Char(':')))
+        return false; // where an IPv6 address ends would be a guess
+    const QHostAddress parsed = host == QLatin1String("localhost")
+                                    ? QHostAddress(QHostAddress::LocalHost)
+                                    : QHostAddress(host);
+    bool isNumber = false;
+    const ushort number = text.midRef(colon + 1).toUShort(&isNumber);
+    if (parsed.isNull() || !isNumber)
+        return false;
+    *address = parsed;
+    *port = number;
+    return true;
+}
+
+QString endpointText(const QHostAddress& address, quint16 port)
+{
+    const bool sixth = address.protocol() == QAbstractSocket::IPv6Protocol;
+    return (sixth ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
+        .arg(address.toString())
+        .arg(port);
+}
+
+} // namespace tavmir::controller

@@ -1,0 +1,61 @@
+#include "outbox.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tavmir::controller
+{
+
+Outbox::Outbox(QTcpSocket& socket, std::function<void(const QByteArray&)> onSent, QObject* parent)
+    : QObject(parent), socket_(socket), onSent_(std::move(onSent))
+{
+    clock_.start();
+    timer_.setSingleShot(true);
+    timer_.setTimerType(Qt::PreciseTimer);
+    connect(&timer_, &QTimer::timeout, this, [this] { sendDue(); });
+}
+
+void Outbox::hold(const QByteArray& reply, int ms)
+{
+    if (held_.empty() && ms <= 0) {
+        write(reply);
+        return;
+    }
+    waitingBytes_ += reply.size();
+    held_.push_back({reply, clock_.elapsed() + ms});
+    if (held_.size() == 1)
+        timer_.start(ms);
+}
+
+void Outbox::sendLate(const QByteArray& reply, int ms)
+{
+    waitingBytes_ += reply.size();
+    QTimer::singleShot(ms, Qt::PreciseTimer, this, [this, reply] {
+        waitingBytes_ -= reply.size();
+        write(reply);
+        socket_.flush();
+    });
+}
+
+void Outbox::sendDue()
+{
+    while (!held_.empty() && held_.front().dueMs <= clock_.elapsed()) {
+        const QByteArray reply = held_.front().reply;
+        held_.pop_front();
+        waitingBytes_ -= reply.size();
+        write(reply);
+    }
+    socket_.flush();
+    if (!held_.empty())
+        timer_.start(static_cast<int>(std::max<qint64>(1, held_.front().dueMs - clock_.elapsed())));
+}
+
+void Outbox::write(const QByteArray& reply)
+{
+    if (socket_.state() != QAbstractSocket::ConnectedState)
+        return;
+    socket_.write(reply);
+    onSent_(reply);
+}
+
+} // namespace tavmir::controller

@@ -1,0 +1,94 @@
+#include "simulation.h"
+
+#include "element_store.h"
+#include "request_handler.h"
+
+#include "project/address_expansion.h"
+#include "project/value_format.h"
+
+#include <utility>
+
+namespace tavmir::controller
+{
+
+namespace
+{
+
+QString memoryFull(const QString& path)
+{
+    return QStringLiteral("%1: the memory has no room for this value").arg(path);
+}
+
+} // namespace
+
+Simulation::Simulation(FaultPlan faults, std::size_t mostMemoryPages)
+    : memory_(mostMemoryPages), faults_(std::move(faults))
+{
+}
+
+bool Simulation::load(const project::Project& project, QString* problem)
+{
+    station_ = static_cast<std::uint8_t>(project.connection.station);
+    for (const project::Element& element : project::leafElements(project))
+        names_.add(element.address, project::memoryBits(element), element.addressText);
+    names_.sort();
+    return storeInitialValues(project, problem) && addSignals(project, problem);
+}
+
+bool Simulation::storeInitialValues(const project::Project& project, QString* problem)
+{
+    for (const project::InitialValue& initial : project.initial) {
+        const project::Resolution place = project::resolveAddress(project, initial.address);
+        if (!place.ok) {
+            *problem = QStringLiteral("%1: %2").arg(initial.path, place.problem);
+            return false;
+        }
+        const project::EncodedValue value =
+            project::encodeValue(place.element, project::Format::automatic, initial.value);
+        if (!value.ok) {
+            *problem = QStringLiteral("%1: %2").arg(initial.path, value.problem);
+            return false;
+        }
+        if (!storeElement(place.element, value.bytes, station_, memory_)) {
+            *problem = memoryFull(initial.path);
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Simulation::addSignals(const project::Project& project, QString* problem)
+{
+    for (const project::Signal& signal : project.movingSignals) {
+        const project::Resolution place = project::resolveAddress(project, signal.address);
+        if (!place.ok || place.element.type == project::DataType::text) {
+            *problem = QStringLiteral("%1: %2").arg(
+                signal.path, place.ok ? QStringLiteral("a text has no signal") : place.problem);
+            return false;
+        }
+        signals_.add(signal, place.element);
+    }
+    if (advanceTo(0))
+        return true;
+    *problem = memoryFull(QStringLiteral("signals"));
+    return false;
+}
+
+Simulation::Outcome Simulation::take(const QByteArray& frame)
+{
+    Outcome outcome;
+    outcome.request = parseRequest(frame);
+    const Answer answer = carryOut(outcome.request, memory_);
+    outcome.reply = answer.reply;
+    statistics_.countRequest(outcome.request, answer.exceptionCode);
+    outcome.fault = faults_.next();
+    statistics_.countFault(outcome.fault);
+    return outcome;
+}
+
+bool Simulation::advanceTo(std::int64_t ms)
+{
+    return signals_.advanceTo(ms, station_, memory_);
+}
+
+} // namespace tavmir::controller

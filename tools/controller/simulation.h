@@ -1,0 +1,65 @@
+// The inside of the simulated controller: memory, signals, faults, statistics, names. Requests go
+// in as bytes, answers come out; it knows no socket and no clock. One thread only.
+#ifndef TAVMIR_CONTROLLER_SIMULATION_H
+#define TAVMIR_CONTROLLER_SIMULATION_H
+
+#include "bit_memory.h"
+#include "element_names.h"
+#include "fault_plan.h"
+#include "request.h"
+#include "signal_board.h"
+#include "statistics.h"
+
+#include "project/project_model.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <cstdint>
+
+namespace tavmir::controller
+{
+
+class Simulation
+{
+public:
+    explicit Simulation(FaultPlan faults = FaultPlan(),
+                        std::size_t mostMemoryPages = BitMemory::kDefaultMostPages);
+
+    // Takes the project's names, its initial values and its signals' values at time 0; all lie in
+    // the memory of the project's default station. False when something cannot be: `problem` then
+    // says what. Call once, before the first request.
+    bool load(const project::Project& project, QString* problem);
+
+    // What one request frame of FrameDecoder leads to.
+    struct Outcome {
+        Request request;
+        QByteArray reply; // whole and right; the fault is still to be worked in
+        FaultKind fault = FaultKind::None;
+    };
+    Outcome take(const QByteArray& frame);
+
+    // The signals' values at `ms` milliseconds since the start. False: the memory is full.
+    bool advanceTo(std::int64_t ms);
+    bool hasSignals() const { return !signals_.isEmpty(); }
+
+    BitMemory& memory() { return memory_; }
+    FaultPlan& faults() { return faults_; }
+    Statistics& statistics() { return statistics_; }
+    const ElementNames& names() const { return names_; }
+
+private:
+    bool storeInitialValues(const project::Project& project, QString* problem);
+    bool addSignals(const project::Project& project, QString* problem);
+
+    BitMemory memory_;
+    FaultPlan faults_;
+    Statistics statistics_;
+    ElementNames names_;
+    SignalBoard signals_;
+    std::uint8_t station_ = 1; // whose memory the project describes
+};
+
+} // namespace tavmir::controller
+
+#endif
