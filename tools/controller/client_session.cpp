@@ -133,6 +133,9 @@ void ClientSession::closeIfTooSlow()
 {
     if (finished_ || outbox_->unsentBytes() <= settings_.mostUnsentBytes)
         return;
+    socket_->flush(); // what the connection still takes is not the client's delay
+    if (finished_ || outbox_->unsentBytes() <= settings_.mostUnsentBytes)
+        return;
     ++simulation_.statistics().clientsTooSlow;
     closeForItsFault(QStringLiteral("it does not read its replies, %1 bytes are waiting")
                          .arg(outbox_->unsentBytes()));

@@ -32,7 +32,7 @@ struct CommandLine {
     QString printOnly; // not empty: print this and end (--help)
 };
 
-// `arguments`: the program's name first. Needs an application object for nothing but its name.
+// `arguments`: the program's name first. Needs the application object.
 CommandLine parseCommandLine(const QStringList& arguments);
 
 // "HOST:PORT"; HOST an IP address, one of IPv6 in brackets, or "localhost". False: it is neither.

@@ -89,6 +89,10 @@ int runController(const Options& options)
     Simulation simulation(FaultPlan(options.faults, options.seed));
     if (!options.projectFile.isEmpty() && !loadProject(options.projectFile, simulation))
         return kExitBadInput;
+    if (!options.address.isLoopback()) {
+        logLine(QStringLiteral("warning: the protocol knows no passwords; whoever reaches this "
+                               "address can read and write everything"));
+    }
     // Before the line that says "ready": whoever waits for it may stop the program at once.
     const StopSignals stopSignals([] { QCoreApplication::quit(); });
     Server server(settingsOf(options), simulation);
@@ -96,10 +100,6 @@ int runController(const Options& options)
         logLine(QStringLiteral("cannot listen on %1: %2")
                     .arg(endpointText(options.address, options.port), server.errorText()));
         return kExitCannotListen;
-    }
-    if (!options.address.isLoopback()) {
-        logLine(QStringLiteral("warning: the protocol knows no passwords; whoever reaches this "
-                               "address can read and write everything"));
     }
     const SignalClock signalClock(simulation);
     printLine(stdout,

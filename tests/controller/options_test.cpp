@@ -1,0 +1,109 @@
+// The command line.
+#include "controller/options.h"
+#include "test_client.h"
+
+#include <gtest/gtest.h>
+
+using namespace tavmir::controller;
+
+namespace
+{
+
+CommandLine parse(const QStringList& arguments)
+{
+    tavmir::test::haveApplication();
+    return parseCommandLine(QStringList(QStringLiteral("tavmir-controller")) + arguments);
+}
+
+std::string problemOf(const QStringList& arguments)
+{
+    return parse(arguments).problem.toStdString();
+}
+
+} // namespace
+
+TEST(Options, WithoutAnyTheControllerListensOnLoopbackOnly)
+{
+    const CommandLine line = parse({});
+    EXPECT_EQ(line.problem, QString());
+    EXPECT_EQ(line.options.address, QHostAddress(QStringLiteral("127.0.0.1")));
+    EXPECT_EQ(line.options.port, 5020);
+    EXPECT_EQ(line.options.projectFile, QString());
+    EXPECT_FALSE(line.options.trace);
+    EXPECT_TRUE(line.options.faults.empty());
+    EXPECT_EQ(line.options.seed, 1u);
+}
+
+TEST(Options, TakesAllOfThem)
+{
+    const CommandLine line =
+        parse({"--listen", "0.0.0.0:0", "--project", "plant.json", "--trace", "--fault", "drop=0.5",
+               "--fault", "late@9", "--seed", "18446744073709551615", "--delay-ms", "1",
+               "--late-ms", "2", "--refuse-ms", "3"});
+    EXPECT_EQ(line.problem, QString());
+    EXPECT_EQ(line.options.address, QHostAddress(QStringLiteral("0.0.0.0")));
+    EXPECT_EQ(line.options.port, 0);
+    EXPECT_EQ(line.options.projectFile, QStringLiteral("plant.json"));
+    EXPECT_TRUE(line.options.trace);
+    ASSERT_EQ(line.options.faults.size(), 2u);
+    EXPECT_EQ(line.options.faults[0].kind, FaultKind::Drop);
+    EXPECT_EQ(line.options.faults[1].kind, FaultKind::Late);
+    EXPECT_EQ(line.options.seed, 18446744073709551615u);
+    EXPECT_EQ(line.options.delayMs, 1);
+    EXPECT_EQ(line.options.lateMs, 2);
+    EXPECT_EQ(line.options.refuseMs, 3);
+}
+
+TEST(Options, SaysWhatIsWrong)
+{
+    EXPECT_NE(problemOf({"--listen", "5020"}).find("--listen: \"5020\" is not HOST:PORT"),
+              std::string::npos);
+    EXPECT_NE(problemOf({"--fault", "boom=1"}).find("--fault: unknown fault \"boom\""),
+              std::string::npos);
+    EXPECT_NE(problemOf({"--seed", "x"}).find("--seed: \"x\" is not a number"), std::string::npos);
+    EXPECT_NE(problemOf({"--delay-ms", "-1"}).find("--delay-ms"), std::string::npos);
+    EXPECT_NE(problemOf({"--late-ms", "3600001"}).find("--late-ms"), std::string::npos);
+    EXPECT_NE(problemOf({"--refuse-ms", "soon"}).find("--refuse-ms"), std::string::npos);
+    EXPECT_NE(problemOf({"plant.json"}).find("unexpected argument \"plant.json\""),
+              std::string::npos);
+    EXPECT_NE(problemOf({"--prject", "x"}).find("prject"), std::string::npos);
+    EXPECT_NE(problemOf({"--project", ""}).find("--project"), std::string::npos);
+    EXPECT_NE(problemOf({"--project"}).find("project"), std::string::npos);
+}
+
+TEST(Options, HelpNamesEveryOptionAndFault)
+{
+    const QString help = parse({"--help"}).printOnly;
+    for (const char* option : {"--listen", "--project", "--trace", "--fault", "--seed",
+                               "--delay-ms", "--late-ms", "--refuse-ms"})
+        EXPECT_TRUE(help.contains(QLatin1String(option))) << option;
+    for (int i = 1; i < kFaultKinds; ++i) {
+        const char* name = faultName(static_cast<FaultKind>(i));
+        EXPECT_TRUE(help.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(name)))) << name;
+    }
+}
+
+TEST(Options, EndpointsAreReadAndWritten)
+{
+    for (const char* text : {"127.0.0.1:5020", "0.0.0.0:0", "[::1]:65535"}) {
+        QHostAddress address;
+        quint16 port = 1;
+        EXPECT_TRUE(parseEndpoint(QLatin1String(text), &address, &port)) << text;
+        EXPECT_EQ(endpointText(address, port), QLatin1String(text));
+    }
+    QHostAddress address;
+    quint16 port = 0;
+    EXPECT_TRUE(parseEndpoint(QStringLiteral("localhost:80"), &address, &port));
+    EXPECT_EQ(endpointText(address, port), QStringLiteral("127.0.0.1:80"));
+}
+
+TEST(Options, BadEndpointsAreRefused)
+{
+    for (const char* text :
+         {"", ":", ":5020", "127.0.0.1", "127.0.0.1:", "127.0.0.1:x", "127.0.0.1:65536",
+          "127.0.0.1:-1", "somewhere:80", "1.2.3.4.5:80", "::1:80", "[::1:80", "[]:80"}) {
+        QHostAddress address;
+        quint16 port = 0;
+        EXPECT_FALSE(parseEndpoint(QLatin1String(text), &address, &port)) << text;
+    }
+}

@@ -1,0 +1,206 @@
+// The program itself: what it prints, what it refuses, and its exit statuses.
+#include "frames.h"
+#include "support/child_process.h"
+#include "support/temporary_folder.h"
+#include "test_client.h"
+
+#include <QtCore/QProcess>
+#include <QtNetwork/QTcpServer>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/types.h>
+
+using namespace tavmir::test;
+
+namespace
+{
+
+const QString kProgram = QStringLiteral(TAVMIR_CONTROLLER_PROGRAM);
+
+const char kPlant[] = R"({
+  "connection": { "host": "127.0.0.1", "port": 5020, "station": 2 },
+  "labels": [ { "name": "Main", "variables": [
+    { "name": "W", "type": "word", "address": 3000 },
+    { "name": "Moving", "type": "dword", "address": 4000 } ] } ],
+  "polled": [ { "address": "Main.W" } ],
+  "initial": [ { "address": "Main.W", "value": 4660 } ],
+  "signals": [ { "address": "Main.Moving", "signal": "counter",
+                 "low": 0, "high": 1000000, "periodMs": 1 } ]
+})";
+
+// The running controller; killed at the end if it still runs.
+class Running
+{
+public:
+    explicit Running(const QStringList& arguments)
+    {
+        haveApplication();
+        process_.start(kProgram, QStringList{"--listen", "127.0.0.1:0"} + arguments);
+        const bool ready = turnUntil(
+            [this] { return process_.canReadLine() || process_.state() == QProcess::NotRunning; });
+        const QString line = QString::fromUtf8(process_.readLine()).trimmed();
+        const QString start = QStringLiteral("listening on 127.0.0.1:");
+        if (ready && line.startsWith(start))
+            port_ = line.midRef(start.size()).toUShort();
+    }
+
+    ~Running()
+    {
+        process_.kill();
+        process_.waitForFinished();
+    }
+
+    quint16 port() const { return port_; }
+
+    // The exit status, or -1 when it crashed or did not end.
+    int stopWith(int signal)
+    {
+        ::kill(static_cast<pid_t>(process_.processId()), signal);
+        if (!turnUntil([this] { return process_.state() == QProcess::NotRunning; }))
+            return -1;
+        return process_.exitStatus() == QProcess::NormalExit ? process_.exitCode() : -1;
+    }
+
+    QString output() { return QString::fromUtf8(process_.readAllStandardOutput()); }
+    QString errors() { return QString::fromUtf8(process_.readAllStandardError()); }
+
+private:
+    QProcess process_;
+    quint16 port_ = 0;
+};
+
+ProcessResult run(const QStringList& arguments)
+{
+    haveApplication();
+    return runProcess(kProgram, arguments);
+}
+
+} // namespace
+
+TEST(ControllerProgram, PrintsItsStatisticsWhenSigtermEndsIt)
+{
+    Running controller({"--fault", "duplicate@2"});
+    ASSERT_NE(controller.port(), 0);
+    TestClient client;
+    ASSERT_TRUE(client.connectTo(controller.port()));
+    EXPECT_EQ(client.exchange(writeFrame(1, 1, 103, {{16, hex("3412")}}), 9).size(), 9);
+    EXPECT_EQ(client.exchange(readFrame(2, 1, 102, {16}), 30).right(2), hex("1234"));
+    EXPECT_EQ(controller.stopWith(SIGTERM), 0);
+    const QString output = controller.output();
+    for (const char* line :
+         {"requests: 2\n", "requests to write words: 1\n", "requests to read words: 1\n",
+          "elements read: 1\n", "elements written: 1\n", "faults: 1\n", "faults duplicate: 1\n",
+          "clients: 1\n", "bytes received: 28\n", "bytes sent: 39\n"})
+        EXPECT_TRUE(output.contains(QLatin1String(line))) << line << output.toStdString();
+    EXPECT_EQ(controller.errors(), QString());
+}
+
+TEST(ControllerProgram, EndsTheSameWayOnSigint)
+{
+    Running controller({});
+    ASSERT_NE(controller.port(), 0);
+    EXPECT_EQ(controller.stopWith(SIGINT), 0);
+    EXPECT_TRUE(controller.output().startsWith(QStringLiteral("requests: 0\n")));
+}
+
+TEST(ControllerProgram, TakesNamesValuesAndSignalsFromTheProject)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.writeFile("plant.json", kPlant);
+    Running controller({"--trace", "--project", QString::fromStdString(file)});
+    ASSERT_NE(controller.port(), 0);
+    TestClient client;
+    ASSERT_TRUE(client.connectTo(controller.port()));
+    EXPECT_EQ(client.exchange(readFrame(1, 2, 102, {3000}), 15).right(2), hex("1234"));
+    QByteArray moving = hex("00000000");
+    EXPECT_TRUE(turnUntil([&] {
+        moving = client.exchange(readFrame(2, 2, 108, {4000}), 17).right(4);
+        return moving != hex("00000000");
+    }));
+    EXPECT_TRUE(turnUntil(
+        [&] { return client.exchange(readFrame(3, 2, 108, {4000}), 17).right(4) != moving; }));
+    EXPECT_EQ(controller.stopWith(SIGTERM), 0);
+    EXPECT_TRUE(controller.output().startsWith(
+        QStringLiteral("client 1 > #1 station 2 read words: Main.W\n"
+                       "client 1 < #1 station 2 read words: Main.W=4660\n")));
+}
+
+TEST(ControllerProgram, LogsAClosedStreamOnStandardError)
+{
+    Running controller({});
+    ASSERT_NE(controller.port(), 0);
+    TestClient client;
+    ASSERT_TRUE(client.connectTo(controller.port()));
+    client.send("hello, who is there?");
+    EXPECT_TRUE(client.seesTheEnd());
+    EXPECT_EQ(controller.stopWith(SIGTERM), 0);
+    const QString errors = controller.errors();
+    EXPECT_TRUE(errors.startsWith(QStringLiteral("tavmir-controller: client 1 (127.0.0.1 port ")));
+    EXPECT_EQ(errors.count(QLatin1Char('\n')), 1);
+}
+
+TEST(ControllerProgram, WarnsWhenOthersThanThisMachineShallReachIt)
+{
+    // An address for documents, which no machine has: nothing is opened to others here.
+    const ProcessResult result = run({"--listen", "192.0.2.77:0"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_TRUE(result.errors.contains(
+        QStringLiteral("warning: the protocol knows no passwords; whoever reaches this address")));
+    EXPECT_TRUE(result.errors.contains(QStringLiteral("cannot listen on 192.0.2.77:0: ")));
+}
+
+TEST(ControllerProgram, APortInUseIsStatus1)
+{
+    haveApplication();
+    QTcpServer other;
+    ASSERT_TRUE(other.listen(QHostAddress(QHostAddress::LocalHost), 0));
+    const QString endpoint = QStringLiteral("127.0.0.1:%1").arg(other.serverPort());
+    const ProcessResult result = run({"--listen", endpoint});
+    EXPECT_TRUE(result.finished);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.output, QString());
+    EXPECT_TRUE(result.errors.startsWith(
+        QStringLiteral("tavmir-controller: cannot listen on %1: ").arg(endpoint)));
+    EXPECT_EQ(result.errors.count(QLatin1Char('\n')), 1);
+}
+
+TEST(ControllerProgram, ABadCommandLineIsStatus2)
+{
+    const std::vector<QStringList> bad = {
+        {"--listen", "nowhere"}, {"--fault", "boom@1"}, {"--seed", "x"}, {"--nothing"}, {"extra"}};
+    for (const QStringList& arguments : bad) {
+        const ProcessResult result = run(arguments);
+        EXPECT_TRUE(result.finished);
+        EXPECT_EQ(result.exitStatus, 2) << arguments.join(' ').toStdString();
+        EXPECT_EQ(result.output, QString());
+        EXPECT_TRUE(result.errors.startsWith(QStringLiteral("tavmir-controller: ")));
+        EXPECT_EQ(result.errors.count(QLatin1Char('\n')), 1) << result.errors.toStdString();
+    }
+}
+
+TEST(ControllerProgram, ABadProjectIsStatus2)
+{
+    const TemporaryFolder folder;
+    const std::string broken = folder.writeFile("broken.json", "{ \"labels\": [ }");
+    const std::string tooWide =
+        folder.writeFile("wide.json", QByteArray(kPlant).replace("4660", "70000").toStdString());
+    for (const std::string& file : {folder.pathOf("missing.json"), broken, tooWide}) {
+        const ProcessResult result =
+            run({"--listen", "127.0.0.1:0", "--project", QString::fromStdString(file)});
+        EXPECT_TRUE(result.finished);
+        EXPECT_EQ(result.exitStatus, 2) << file;
+        EXPECT_EQ(result.output, QString());
+        EXPECT_TRUE(result.errors.contains(QString::fromStdString(file))) << file;
+        EXPECT_EQ(result.errors.count(QLatin1Char('\n')), 1) << result.errors.toStdString();
+    }
+}
+
+TEST(ControllerProgram, PrintsItsHelp)
+{
+    const ProcessResult result = run({"--help"});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_TRUE(result.output.contains(QStringLiteral("--listen <HOST:PORT>")));
+    EXPECT_EQ(result.errors, QString());
+}

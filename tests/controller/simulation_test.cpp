@@ -1,0 +1,197 @@
+// The controller's inside with a project: values, names, statistics; and any bytes at all.
+#include "controller/frame_decoder.h"
+#include "controller/simulation.h"
+#include "controller/trace.h"
+#include "frames.h"
+
+#include "project/project_reader.h"
+
+#include <gtest/gtest.h>
+
+using namespace tavmir::controller;
+using namespace tavmir::test;
+
+namespace
+{
+
+const char kPlant[] = R"({
+  "connection": { "host": "127.0.0.1", "port": 5020, "station": 4 },
+  "types": [ { "name": "Axis", "size": 64, "members": [
+    { "name": "Pos", "type": "dword", "offset": 0 },
+    { "name": "Home", "type": "bit", "offset": 40 } ] } ],
+  "labels": [ { "name": "Main", "variables": [
+    { "name": "Run", "type": "bit", "address": 100 },
+    { "name": "W", "type": "word", "address": 3000, "bits": true },
+    { "name": "Axis", "type": "Axis", "address": 1000, "array": { "bounds": [[0, 3]] } },
+    { "name": "Temp", "type": "real", "address": 5000 },
+    { "name": "Title", "type": "text", "address": 6000, "words": 4 } ] } ],
+  "polled": [ { "address": "Main.Run" } ],
+  "initial": [
+    { "address": "Main.Run", "value": 1 },
+    { "address": "Main.W", "value": -2 },
+    { "address": "Main.W.b[4]", "value": 0 },
+    { "address": "Main.Axis[2].Pos", "value": 100000 },
+    { "address": "Main.Axis[1].Home", "value": true },
+    { "address": "Main.Temp", "value": 2.5 },
+    { "address": "Main.Title", "value": "Hello" } ],
+  "signals": [
+    { "address": "Main.Axis[0].Pos", "signal": "counter", "low": 5, "high": 100, "periodMs": 10 } ]
+})";
+
+tavmir::project::Project plant()
+{
+    const auto outcome = tavmir::project::readProject(kPlant, QStringLiteral("plant"));
+    EXPECT_TRUE(outcome.project) << outcome.error.toStdString();
+    return outcome.project.value_or(tavmir::project::Project());
+}
+
+} // namespace
+
+TEST(Simulation, StartsWithTheProjectsValuesAtItsStation)
+{
+    Simulation simulation;
+    QString problem;
+    ASSERT_TRUE(simulation.load(plant(), &problem)) << problem.toStdString();
+    const BitMemory& memory = simulation.memory();
+    EXPECT_EQ(memory.read(4, 100, 1), 1u);
+    EXPECT_EQ(memory.read(4, 3000, 16), 0xFFEEu);
+    EXPECT_EQ(memory.read(4, 1128, 32), 100000u);
+    EXPECT_EQ(memory.read(4, 1104, 1), 1u);
+    EXPECT_EQ(memory.read(4, 5000, 32), 0x40200000u);
+    EXPECT_EQ(memory.read(4, 6000, 16), 0x6548u) << "first character in the low byte";
+    EXPECT_EQ(memory.read(4, 6032, 16), 0x006Fu);
+    EXPECT_EQ(memory.read(4, 6048, 16), 0u);
+    EXPECT_EQ(memory.read(1, 100, 1), 0u);
+}
+
+TEST(Simulation, MovesTheProjectsSignals)
+{
+    Simulation simulation;
+    QString problem;
+    ASSERT_TRUE(simulation.load(plant(), &problem)) << problem.toStdString();
+    EXPECT_TRUE(simulation.hasSignals());
+    EXPECT_EQ(simulation.memory().read(4, 1000, 32), 5u);
+    EXPECT_TRUE(simulation.advanceTo(30));
+    EXPECT_EQ(simulation.memory().read(4, 1000, 32), 8u);
+    EXPECT_FALSE(Simulation().hasSignals());
+}
+
+TEST(Simulation, NamesWhatTheProjectNames)
+{
+    Simulation simulation;
+    QString problem;
+    ASSERT_TRUE(simulation.load(plant(), &problem)) << problem.toStdString();
+    EXPECT_EQ(simulation.names().nameOf(1064, 32), QStringLiteral("Main.Axis[1].Pos"));
+    EXPECT_EQ(simulation.names().nameOf(6016, 16), QStringLiteral("Main.Title+16"));
+}
+
+TEST(Simulation, SaysWhichValueTheMemoryHasNoRoomFor)
+{
+    QString problem;
+    EXPECT_FALSE(Simulation(FaultPlan(), 1).load(plant(), &problem));
+    EXPECT_EQ(problem, QStringLiteral("initial[5]: the memory has no room for this value"));
+}
+
+TEST(Simulation, SaysWhichAddressOrValueIsWrong)
+{
+    tavmir::project::Project project = plant();
+    project.initial[0].address = QStringLiteral("Main.Nothing");
+    QString problem;
+    EXPECT_FALSE(Simulation().load(project, &problem));
+    EXPECT_TRUE(problem.startsWith(QStringLiteral("initial[0]: "))) << problem.toStdString();
+
+    project = plant();
+    project.initial[1].value = QStringLiteral("70000");
+    EXPECT_FALSE(Simulation().load(project, &problem));
+    EXPECT_TRUE(problem.startsWith(QStringLiteral("initial[1]: "))) << problem.toStdString();
+
+    project = plant();
+    project.movingSignals[0].address = QStringLiteral("Main.Title");
+    EXPECT_FALSE(Simulation().load(project, &problem));
+    EXPECT_EQ(problem, QStringLiteral("signals[0]: a text has no signal"));
+}
+
+TEST(Simulation, CountsWhatItIsAsked)
+{
+    QString problem;
+    Simulation simulation(FaultPlan({*parseFaultRule(QStringLiteral("drop@2"), &problem)}));
+    simulation.take(readFrame(1, 1, 102, {16, 32, 48}));
+    EXPECT_EQ(simulation.take(readFrame(2, 1, 100, {16})).fault, FaultKind::Drop);
+    simulation.take(writeFrame(3, 1, 109, {{16, hex("01000000")}, {48, hex("01000000")}}));
+    simulation.take(frame(4, 1, 102, 9));
+    simulation.take(frame(5, 1, 33, 1));
+    const Statistics& statistics = simulation.statistics();
+    EXPECT_EQ(statistics.requests, 5u);
+    EXPECT_EQ(statistics.requestsByFunction.at(102), 2u);
+    EXPECT_EQ(statistics.requestsByFunction.at(100), 1u);
+    EXPECT_EQ(statistics.requestsByFunction.at(109), 1u);
+    EXPECT_EQ(statistics.requestsOfUnknownFunction, 1u);
+    EXPECT_EQ(statistics.elementsRead, 4u);
+    EXPECT_EQ(statistics.elementsWritten, 2u);
+    EXPECT_EQ(statistics.exceptions.at(1), 1u);
+    EXPECT_EQ(statistics.exceptions.at(3), 1u);
+    EXPECT_EQ(statistics.faultsOf(FaultKind::Drop), 1u);
+}
+
+TEST(Simulation, ARequestWithAFaultIsCarriedOutAllTheSame)
+{
+    QString problem;
+    Simulation simulation(FaultPlan({*parseFaultRule(QStringLiteral("drop=1"), &problem)}));
+    const auto outcome = simulation.take(writeFrame(1, 1, 103, {{16, hex("3412")}}));
+    EXPECT_EQ(outcome.fault, FaultKind::Drop);
+    EXPECT_EQ(outcome.reply, frame(1, 1, 103, 1)) << "the fault is left to whoever sends";
+    EXPECT_EQ(simulation.memory().read(1, 16, 16), 0x1234u);
+}
+
+TEST(Statistics, PrintsOneFigurePerLine)
+{
+    Statistics statistics;
+    statistics.countRequest(parseRequest(readFrame(1, 1, 102, {16, 32})), 0);
+    statistics.countRequest(parseRequest(frame(1, 1, 5, 1)), 1);
+    statistics.countFault(FaultKind::Late);
+    statistics.countFault(FaultKind::None);
+    statistics.clients = 3;
+    statistics.bytesSent = 77;
+    EXPECT_EQ(statistics.text().toStdString(), "requests: 2\n"
+                                               "requests to read words: 1\n"
+                                               "requests of unknown function: 1\n"
+                                               "elements read: 2\n"
+                                               "elements written: 0\n"
+                                               "exceptions of code 1: 1\n"
+                                               "faults: 1\n"
+                                               "faults late: 1\n"
+                                               "clients: 3\n"
+                                               "clients at once at most: 0\n"
+                                               "clients refused: 0\n"
+                                               "clients too slow: 0\n"
+                                               "broken streams: 0\n"
+                                               "bytes received: 0\n"
+                                               "bytes sent: 77\n");
+}
+
+// Frames with random contents, many of them nearly right: every one gets a whole reply of its own.
+TEST(Simulation, AnswersWhateverAFrameHolds)
+{
+    Simulation simulation(FaultPlan(), 64);
+    SeededRandom random(99);
+    const int functions[] = {100, 101, 102, 103, 108, 109, 3, 255};
+    for (int i = 0; i < 20000; ++i) {
+        QByteArray data;
+        for (int size = random.between(0, 251); size > 0; --size)
+            data += static_cast<char>(random.between(0, 255));
+        const int count = random.between(0, 1) ? data.size() / 4 : random.between(0, 255);
+        const QByteArray sent =
+            frame(i, random.between(0, 255), functions[random.between(0, 7)], count, data);
+        const auto outcome = simulation.take(sent);
+        ASSERT_GE(outcome.reply.size(), 9);
+        ASSERT_LE(outcome.reply.size(), 260);
+        ASSERT_EQ(outcome.reply.left(2), sent.left(2));
+        FrameDecoder decoder;
+        decoder.append(outcome.reply);
+        ASSERT_EQ(decoder.takeFrame(), outcome.reply) << "its length field is true";
+        ASSERT_FALSE(requestInWords(outcome.request, simulation.names()).isEmpty());
+        ASSERT_FALSE(replyInWords(outcome.reply, simulation.names()).isEmpty());
+    }
+    EXPECT_LE(simulation.memory().pageCount(), 64u);
+    EXPECT_GT(simulation.statistics().elementsRead, 0u);
+}
