@@ -132,7 +132,8 @@ int get_label_address_array_memory_index(QString indexText, int dimensionCount,
 void get_label_address_2(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
                          ControlInformationM& info)
 {
-    if (!(entry.typeFlags & tavmir::kBitSuffixFlag) || partIndex != parts.size() - 2)
+    if (!(entry.typeFlags & tavmir::kBitSuffixFlag) || partIndex < 0 ||
+        partIndex != parts.size() - 2)
         return;
     const QString& suffix = parts.last();
     const int open = suffix.lastIndexOf(QLatin1Char('['));
@@ -146,7 +147,7 @@ void get_label_address_2(const Label_Type_Info& entry, const QStringList& parts,
 int get_label_address_1(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
                         ControlInformationM& info)
 {
-    if (partIndex >= parts.size())
+    if (partIndex < 0 || partIndex >= parts.size())
         return kAddressRefused;
     QString name = parts.at(partIndex);
     QString indexText;
