@@ -1,0 +1,140 @@
+#include "driver_library.h"
+
+#include <dlfcn.h>
+#include <limits.h>
+#include <link.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <fstream>
+
+namespace tavmir
+{
+namespace probe
+{
+
+namespace
+{
+
+const char kLibraryName[] = "libtavmir_kx_tcp.so.1";
+
+std::string besideThisProgram()
+{
+    char program[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
+    if (length <= 0 || length >= static_cast<ssize_t>(sizeof program))
+        return std::string();
+    std::string path(program, static_cast<std::size_t>(length));
+    path.erase(path.rfind('/') + 1);
+    path += kLibraryName;
+    return access(path.c_str(), R_OK) == 0 ? path : std::string();
+}
+
+template <typename Pointer> void resolve(void* handle, const char* name, Pointer& pointer)
+{
+    void* address = dlsym(handle, name);
+    std::memcpy(&pointer, &address, sizeof pointer);
+}
+
+} // namespace
+
+DriverLibrary::DriverLibrary() : handle(nullptr) {}
+
+DriverLibrary::~DriverLibrary()
+{
+    if (handle != nullptr)
+        dlclose(handle);
+}
+
+std::string DriverLibrary::load(const std::string& file)
+{
+    std::string name = file.empty() ? besideThisProgram() : file;
+    if (name.empty())
+        name = kLibraryName;
+    handle = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle != nullptr)
+        return std::string();
+    const char* reason = dlerror();
+    return reason != nullptr ? reason : "cannot load " + name;
+}
+
+std::string DriverLibrary::path() const
+{
+    struct link_map* map = nullptr;
+    if (handle == nullptr || dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0)
+        return std::string();
+    char resolved[PATH_MAX];
+    return realpath(map->l_name, resolved) != nullptr ? resolved : map->l_name;
+}
+
+std::string DriverLibrary::version() const
+{
+    const std::string file = path();
+    const std::size_t suffix = file.rfind(".so.");
+    return suffix == std::string::npos ? "unknown" : file.substr(suffix + 4);
+}
+
+std::vector<std::string> DriverLibrary::expectedNames()
+{
+    return {"SetComInfo",
+            "RegistCallBackFuncIntf",
+            "FlashLocalRegister",
+            "PassVarName_2",
+            "AddListReadVar",
+            "AddListWriteVar",
+            "AddListOnceReadVar",
+            "ReCreatReadVarList",
+            "ComCommunication",
+            "DataCom",
+            "GetRegisterData",
+            "SetRegisterData",
+            "EnCommStation",
+            "EnableEthernet",
+            "PLCAddressChangeIntef",
+            "QueryFinishFlag",
+            "PLC_driver",
+            "LB",
+            "LW",
+            "RWI",
+            "_Z16Ethernetcontainsi",
+            "_Z20customMessageHandler9QtMsgTypePKc"};
+}
+
+std::vector<std::string> DriverLibrary::missingNames() const
+{
+    std::vector<std::string> missing;
+    for (const std::string& name : expectedNames()) {
+        if (handle == nullptr || dlsym(handle, name.c_str()) == nullptr)
+            missing.push_back(name);
+    }
+    return missing;
+}
+
+DriverCalls DriverLibrary::calls() const
+{
+    DriverCalls calls;
+    resolve(handle, "SetComInfo", calls.setComInfo);
+    resolve(handle, "RegistCallBackFuncIntf", calls.registerCallbacks);
+    resolve(handle, "PassVarName_2", calls.passLabels);
+    resolve(handle, "ReCreatReadVarList", calls.rebuildReadList);
+    resolve(handle, "ComCommunication", calls.nextRequest);
+    resolve(handle, "DataCom", calls.takeAnswer);
+    resolve(handle, "GetRegisterData", calls.getValues);
+    return calls;
+}
+
+bool severalQtLoaded()
+{
+    std::ifstream maps("/proc/self/maps");
+    bool qt4 = false;
+    bool qt5 = false;
+    for (std::string line; std::getline(maps, line);) {
+        qt4 = qt4 || line.find("/libQtCore.so.4") != std::string::npos;
+        qt5 = qt5 || line.find("/libQt5Core.so.5") != std::string::npos;
+    }
+    return qt4 && qt5;
+}
+
+} // namespace probe
+} // namespace tavmir
