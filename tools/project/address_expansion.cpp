@@ -100,24 +100,25 @@ Expansion expandAddress(const Project& project, const QString& address, int coun
         return expansion;
     }
     expansion.ok = true;
+    const Resolution single = resolveAddress(project, address);
+    if (single.ok && count == 1) {
+        expansion.elements.push_back(single.element);
+        return expansion;
+    }
     if (indexed) {
         const IndexRange& last = walk.variable->array->bounds.back();
         std::vector<int> indices = walk.indices;
         if (count - 1 > last.high - indices.back()) {
             expansion.ok = false;
-            expansion.problem = QString("%1 elements from %2 on pass the high bound %3")
-                                    .arg(count)
-                                    .arg(address, indexText(last.high, walk.variable->array->radix));
+            expansion.problem =
+                QString("%1 elements from %2 on pass the high bound %3")
+                    .arg(count)
+                    .arg(address, indexText(last.high, walk.variable->array->radix));
             return expansion;
         }
         for (int i = 0; i < count; ++i, ++indices.back()) {
             lister.listIndexed(*walk.variable, walk.base, walk.prefix, indices);
         }
-        return expansion;
-    }
-    const Resolution single = resolveAddress(project, address);
-    if (single.ok) {
-        expansion.elements.push_back(single.element);
         return expansion;
     }
     lister.listAll(*walk.variable, walk.base, walk.prefix);

@@ -37,9 +37,9 @@ int driverCount(const Element& element);
 
 struct Resolution {
     bool ok = false;
-    Element element;  // valid when ok
+    Element element;    // valid when ok
     int driverCode = 0; // the driver's result code for this text (0: the driver takes it)
-    QString problem;  // not ok: what is wrong, in words
+    QString problem;    // not ok: what is wrong, in words
 };
 
 // Result code of the driver in words ("resolved", "no such label", …).

@@ -159,10 +159,10 @@ private:
             const int index = item.toInt(&isNumber, shape.radix);
             const IndexRange& range = shape.bounds[d];
             if (!isNumber || index < range.low) {
-                fail(codeAt(part, kBadIndex), isNumber ? outOfRange(item, shape, range)
-                                                       : QString("index %1 is no number in base %2")
-                                                             .arg(item)
-                                                             .arg(shape.radix));
+                fail(codeAt(part, kBadIndex),
+                     isNumber
+                         ? outOfRange(item, shape, range)
+                         : QString("index %1 is no number in base %2").arg(item).arg(shape.radix));
                 return false;
             }
             if (index > range.high && above.isEmpty()) {
@@ -201,7 +201,8 @@ private:
         }
         const int bits = variable.type == DataType::word ? 16 : 32;
         if (bit < 0 || bit >= bits) {
-            fail(kResolved, QString("bit %1 of %2 is outside 0..%3").arg(bit).arg(place).arg(bits - 1));
+            fail(kResolved,
+                 QString("bit %1 of %2 is outside 0..%3").arg(bit).arg(place).arg(bits - 1));
             return;
         }
         walk_.bitNumber = bit;

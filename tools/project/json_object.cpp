@@ -144,10 +144,8 @@ qint64 integerOf(const QJsonValue& value, const QString& path, qint64 low, qint6
         throw Refusal{path, QString("must be a whole number, not %1").arg(number)};
     }
     if (number < static_cast<double>(low) || number > static_cast<double>(high)) {
-        throw Refusal{path, QString("%1 is outside %2..%3")
-                                .arg(number, 0, 'f', 0)
-                                .arg(low)
-                                .arg(high)};
+        throw Refusal{path,
+                      QString("%1 is outside %2..%3").arg(number, 0, 'f', 0).arg(low).arg(high)};
     }
     return static_cast<qint64>(number);
 }

@@ -26,13 +26,13 @@ enum class Format { automatic, bit, signedNumber, unsignedNumber, hex, floating,
 struct Connection {
     QString host = "127.0.0.1";
     int port = 5020;
-    int station = 1;           // default station, 0..255
-    bool ownStations = false;  // "stationMode": "own": a polled variable keeps its own station
+    int station = 1;          // default station, 0..255
+    bool ownStations = false; // "stationMode": "own": a polled variable keeps its own station
     int connectTimeoutMs = 1000;
     int replyTimeoutMs = 500;
-    int reconnectMinMs = 100;  // first pause after a lost connection
-    int reconnectMaxMs = 5000; // pauses grow up to this
-    int retryLimit = 2;        // failures tolerated before a request is given up
+    int reconnectMinMs = 100;       // first pause after a lost connection
+    int reconnectMaxMs = 5000;      // pauses grow up to this
+    int retryLimit = 2;             // failures tolerated before a request is given up
     bool writesToController = true; // "writeMode": "controller"; false: caches only
 };
 
@@ -50,10 +50,10 @@ struct ArrayShape {
 struct Variable {
     QString name;
     DataType type = DataType::word;
-    int structure = -1;    // DataType::structure: index into Project::types
-    quint32 offset = 0;    // bits: a variable's address, or a member's distance from the start
+    int structure = -1; // DataType::structure: index into Project::types
+    quint32 offset = 0; // bits: a variable's address, or a member's distance from the start
     bool bitsAllowed = false;
-    int words = 0;         // DataType::text: 16-bit words
+    int words = 0; // DataType::text: 16-bit words
     std::optional<ArrayShape> array;
     QString path;
 };
@@ -94,11 +94,11 @@ enum class SignalKind { constant, ramp, sine, square, counter, randomWalk };
 struct Signal {
     QString address;
     SignalKind kind = SignalKind::constant;
-    double low = 0;     // constant: the value
-    double high = 0;    // reached or kept below; constant: the value
+    double low = 0;      // constant: the value
+    double high = 0;     // reached or kept below; constant: the value
     int periodMs = 1000; // ramp, sine, square: one full period; counter, randomWalk: one step
-    double step = 1;    // counter: added each step; randomWalk: largest change of a step
-    quint32 seed = 1;   // randomWalk
+    double step = 1;     // counter: added each step; randomWalk: largest change of a step
+    quint32 seed = 1;    // randomWalk
     QString path;
 };
 
@@ -111,7 +111,7 @@ struct Project {
     std::vector<InitialValue> initial;
     std::vector<Signal> movingSignals;
 
-    QHash<QString, int> labelIndex;                // by label name
+    QHash<QString, int> labelIndex;                    // by label name
     QHash<QString, QHash<QString, int>> variableIndex; // label name, variable name
 };
 

@@ -20,10 +20,12 @@ ReadOutcome refuse(const QString& source, const QString& problem)
     return outcome;
 }
 
-ReadOutcome refuseAt(const QString& source, const QByteArray& json, int offset, const QString& problem)
+ReadOutcome refuseAt(const QString& source, const QByteArray& json, int offset,
+                     const QString& problem)
 {
     const TextPlace place = placeOf(json, offset);
-    return refuse(source, QString("line %1, column %2: %3").arg(place.line).arg(place.column).arg(problem));
+    return refuse(source,
+                  QString("line %1, column %2: %3").arg(place.line).arg(place.column).arg(problem));
 }
 
 Project readParts(const QJsonObject& root, const QString& source)

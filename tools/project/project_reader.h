@@ -15,8 +15,8 @@ namespace tavmir::project
 {
 
 constexpr qint64 kMaxFileBytes = 16 * 1024 * 1024;
-constexpr int kMaxNesting = 32;          // of JSON objects and arrays
-constexpr int kMaxStructureDepth = 16;   // structures within structures
+constexpr int kMaxNesting = 32;        // of JSON objects and arrays
+constexpr int kMaxStructureDepth = 16; // structures within structures
 constexpr int kMaxDimensions = 8;
 constexpr qint64 kMaxElements = 1000000; // leaf elements of all labels together
 constexpr int kMaxTextWords = 1024;

@@ -15,7 +15,8 @@ bool firstOf(const JsonObject& object, const QString& key, const QString& first,
 {
     const QString word = object.text(key, fallback);
     if (word != first && word != second) {
-        object.refuse(key, QString("%1 is neither \"%2\" nor \"%3\"").arg(quoted(word), first, second));
+        object.refuse(key,
+                      QString("%1 is neither \"%2\" nor \"%3\"").arg(quoted(word), first, second));
     }
     return word == first;
 }
@@ -48,7 +49,8 @@ Connection readConnection(const QJsonValue& value)
                                             .arg(connection.reconnectMaxMs)
                                             .arg(connection.reconnectMinMs));
     }
-    connection.retryLimit = static_cast<int>(object.integer("retryLimit", 0, 1000, connection.retryLimit));
+    connection.retryLimit =
+        static_cast<int>(object.integer("retryLimit", 0, 1000, connection.retryLimit));
     connection.writesToController =
         firstOf(object, "writeMode", "controller", "local", "controller");
     return connection;

@@ -79,9 +79,9 @@ IndexRange readRange(const QJsonValue& value, const QString& path)
     range.low = static_cast<int>(integerOf(pair.at(0), path + "[0]", -kMaxElements, kMaxElements));
     range.high = static_cast<int>(integerOf(pair.at(1), path + "[1]", -kMaxElements, kMaxElements));
     if (range.high <= range.low) {
-        throw Refusal{path, QString("high bound %1 is not above low bound %2")
-                                .arg(range.high)
-                                .arg(range.low)};
+        throw Refusal{
+            path,
+            QString("high bound %1 is not above low bound %2").arg(range.high).arg(range.low)};
     }
     return range;
 }
@@ -93,7 +93,9 @@ ArrayShape readArray(const JsonObject& owner)
     shape.radix = static_cast<int>(object.integer("radix", 2, 36, shape.radix));
     const QJsonArray bounds = object.array("bounds");
     if (bounds.isEmpty() || bounds.size() > kMaxDimensions) {
-        object.refuse("bounds", QString("1 to %1 pairs of low and high bound are needed").arg(kMaxDimensions));
+        object.refuse(
+            "bounds",
+            QString("1 to %1 pairs of low and high bound are needed").arg(kMaxDimensions));
     }
     qint64 elements = 1;
     for (int d = 0; d < bounds.size(); ++d) {
@@ -114,7 +116,8 @@ void readExtras(const JsonObject& object, Variable& variable)
         variable.array = readArray(object);
     }
     variable.bitsAllowed = object.boolean("bits", false);
-    if (variable.bitsAllowed && variable.type != DataType::word && variable.type != DataType::dword) {
+    if (variable.bitsAllowed && variable.type != DataType::word &&
+        variable.type != DataType::dword) {
         object.refuse("bits", "only a word or dword has bits");
     }
     if (object.has("words") != (variable.type == DataType::text)) {
@@ -125,7 +128,8 @@ void readExtras(const JsonObject& object, Variable& variable)
     }
     variable.words = static_cast<int>(object.integer("words", 1, kMaxTextWords));
     if (variable.array && variable.words > kTextArrayWords) {
-        object.refuse("words", QString("a text in an array has at most %1 words").arg(kTextArrayWords));
+        object.refuse("words",
+                      QString("a text in an array has at most %1 words").arg(kTextArrayWords));
     }
 }
 
@@ -138,8 +142,8 @@ Variable readVariable(const QJsonValue& value, const QString& path, const QStrin
     variable.name = readName(object);
     refuseDuplicate(object, names, variable.name);
     readType(object, project, variable);
-    variable.offset = static_cast<quint32>(
-        object.integer(placeKey, 0, std::numeric_limits<quint32>::max()));
+    variable.offset =
+        static_cast<quint32>(object.integer(placeKey, 0, std::numeric_limits<quint32>::max()));
     readExtras(object, variable);
     return variable;
 }
@@ -187,8 +191,8 @@ void readTypes(const QJsonArray& list, Project& project)
         if (isPlainType(type.name)) {
             object.refuse("name", QString("%1 is the name of a plain type").arg(quoted(type.name)));
         }
-        type.size = static_cast<quint32>(
-            object.integer("size", 1, std::numeric_limits<quint32>::max()));
+        type.size =
+            static_cast<quint32>(object.integer("size", 1, std::numeric_limits<quint32>::max()));
         project.types.push_back(type);
     }
     for (size_t i = 0; i < objects.size(); ++i) {

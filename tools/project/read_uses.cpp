@@ -30,7 +30,8 @@ constexpr NamedSignal kSignals[] = {
 constexpr qint64 kLongestPeriodMs = Q_INT64_C(24) * 3600 * 1000;
 constexpr double kLargestWhole = 9007199254740992.0; // 2^53
 
-void refuseTwice(const JsonObject& object, const QString& key, QSet<QString>& seen, const QString& text)
+void refuseTwice(const JsonObject& object, const QString& key, QSet<QString>& seen,
+                 const QString& text)
 {
     if (seen.contains(text)) {
         object.refuse(key, QString("%1 is there already").arg(quoted(text)));
@@ -62,8 +63,8 @@ Format readFormat(const JsonObject& object, const std::vector<Element>& elements
     }
     // Among many elements the format is for those that it fits.
     if (elements.size() == 1 && !formatFits(elements.front(), *format)) {
-        object.refuse("format", QString("%1 cannot be shown as %2")
-                                    .arg(elements.front().addressText, name));
+        object.refuse("format",
+                      QString("%1 cannot be shown as %2").arg(elements.front().addressText, name));
     }
     return *format;
 }
@@ -119,7 +120,8 @@ double readLevel(const JsonObject& object, const QString& key, const Element& el
     const double level = object.number(key);
     const NumberRange range = numberRange(element);
     if (level < range.low || level > range.high) {
-        object.refuse(key, QString("%1 is outside %2..%3").arg(level).arg(range.low).arg(range.high));
+        object.refuse(key,
+                      QString("%1 is outside %2..%3").arg(level).arg(range.low).arg(range.high));
     }
     return level;
 }
@@ -147,7 +149,8 @@ Signal readSignal(const QJsonValue& value, const QString& path, const Project& p
     if (signal.high <= signal.low) {
         object.refuse("high", QString("%1 is not above low %2").arg(signal.high).arg(signal.low));
     }
-    signal.periodMs = static_cast<int>(object.integer("periodMs", 1, kLongestPeriodMs, signal.periodMs));
+    signal.periodMs =
+        static_cast<int>(object.integer("periodMs", 1, kLongestPeriodMs, signal.periodMs));
     if (object.has("step")) {
         signal.step = object.number("step");
     }
@@ -174,7 +177,8 @@ void readPolled(const QJsonArray& list, Project& project)
         polled.count = static_cast<int>(object.integer("count", 1, kMaxElements, 1));
         const Expansion expansion = expandAddress(project, polled.address, polled.count);
         if (!expansion.ok) {
-            object.refuse("address", QString("%1: %2").arg(quoted(polled.address), expansion.problem));
+            object.refuse("address",
+                          QString("%1: %2").arg(quoted(polled.address), expansion.problem));
         }
         elements += static_cast<qint64>(expansion.elements.size());
         if (elements > kMaxElements) {

@@ -38,8 +38,9 @@ public:
     int checkType(size_t index)
     {
         if (depths_[index] == kOpen) {
-            throw Refusal{project_.types[index].path,
-                          QString("structure %1 contains itself").arg(quoted(project_.types[index].name))};
+            throw Refusal{
+                project_.types[index].path,
+                QString("structure %1 contains itself").arg(quoted(project_.types[index].name))};
         }
         if (depths_[index] != kUnknown) {
             return depths_[index];
@@ -51,7 +52,8 @@ public:
         // Each level of the recursion is a type that is open, so the depth is bounded by the
         // check below only together with this one.
         if (++open_ > kMaxStructureDepth) {
-            throw Refusal{type.path, QString("structures nest deeper than %1").arg(kMaxStructureDepth)};
+            throw Refusal{type.path,
+                          QString("structures nest deeper than %1").arg(kMaxStructureDepth)};
         }
         for (const Variable& member : type.members) {
             if (member.type == DataType::structure) {
@@ -66,7 +68,8 @@ public:
             whole.elements = cut(whole.elements + extent.elements);
         }
         if (depth > kMaxStructureDepth) {
-            throw Refusal{type.path, QString("structures nest deeper than %1").arg(kMaxStructureDepth)};
+            throw Refusal{type.path,
+                          QString("structures nest deeper than %1").arg(kMaxStructureDepth)};
         }
         whole.bits = type.size;
         --open_;

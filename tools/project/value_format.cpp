@@ -104,7 +104,8 @@ EncodedValue encodeText(const Element& element, const QString& text)
 {
     const int room = 2 * element.words;
     if (text.size() > room) {
-        return refuse(QString("a text of %1 characters does not fit into %2").arg(text.size()).arg(room));
+        return refuse(
+            QString("a text of %1 characters does not fit into %2").arg(text.size()).arg(room));
     }
     for (const QChar character : text) {
         if (character.unicode() == 0 || character.unicode() > 0xFF) {
@@ -196,8 +197,8 @@ bool formatFits(const Element& element, Format format)
     if (element.isBit()) {
         return format == Format::bit;
     }
-    const bool integer = format == Format::signedNumber || format == Format::unsignedNumber ||
-                         format == Format::hex;
+    const bool integer =
+        format == Format::signedNumber || format == Format::unsignedNumber || format == Format::hex;
     switch (element.type) {
     case DataType::word:
         return integer;

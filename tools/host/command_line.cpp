@@ -1,0 +1,169 @@
+// QCommandLineParser, and the checks of what it leaves as text.
+#include "command_line.h"
+
+#include "project/value_format.h"
+
+#include <QtCore/QCommandLineParser>
+
+#include <limits>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+using Parser = QCommandLineParser;
+
+void addOptions(Parser& parser, unsigned options)
+{
+    parser.addOption({"driver", "Load the driver from FILE.", "FILE"});
+    parser.addOption(
+        {"log", "Append the driver's diagnostic lines to its log file, /tmp/debug.log."});
+    parser.addOption({"connect", "Use this controller instead of the project's.", "HOST:PORT"});
+    parser.addOption({"station", "Use this default station instead of the project's.", "N"});
+    if (options & kOutputOption) {
+        parser.addOption({"format", "Show values as table, json or csv.", "FORMAT", "table"});
+    }
+    if (options & kExchangeOptions) {
+        parser.addOption(
+            {"as", "Take values as signed, unsigned, hex, float, bit or text.", "FORMAT"});
+        parser.addOption({"timeout", "Wait this long for one value.", "MS"});
+    }
+    if (options & kRunOptions) {
+        parser.addOption({"duration", "End after this many seconds.", "S"});
+        parser.addOption({"interval", "Show values this often.", "MS", "500"});
+        parser.addOption(
+            {"pause", "Pause after each full pass over the polled variables.", "MS", "0"});
+        parser.addOption({"stdin", "Take lines from standard input: ADDRESS=VALUE writes, "
+                                   "ADDRESS reads from the controller."});
+    }
+}
+
+// A whole number of an option, or a problem.
+int number(const Parser& parser, const char* option, int low, int high, QString& problem)
+{
+    bool isNumber = false;
+    const QString text = parser.value(option);
+    const int value = text.toInt(&isNumber);
+    if ((!isNumber || value < low || value > high) && problem.isEmpty()) {
+        problem = QString("--%1 %2: must be a whole number from %3 to %4")
+                      .arg(option, printable(text))
+                      .arg(low)
+                      .arg(high);
+    }
+    return value;
+}
+
+void takeConnection(const Parser& parser, CommandLine& line, QString& problem)
+{
+    line.driverFile = parser.value("driver");
+    line.driverLog = parser.isSet("log");
+    if (parser.isSet("station")) {
+        line.station = number(parser, "station", 0, 255, problem);
+    }
+    if (!parser.isSet("connect")) {
+        return;
+    }
+    const QString place = parser.value("connect");
+    const int colon = place.lastIndexOf(':');
+    bool isNumber = false;
+    line.port = place.mid(colon + 1).toInt(&isNumber);
+    line.host = place.left(colon);
+    if (line.host.startsWith('[') && line.host.endsWith(']')) {
+        line.host = line.host.mid(1, line.host.size() - 2); // an IPv6 address
+    }
+    if (colon < 1 || line.host.isEmpty() || !isNumber || line.port < 1 || line.port > 65535) {
+        problem = QString("--connect %1: must be HOST:PORT").arg(printable(place));
+    }
+}
+
+void takeFormats(const Parser& parser, unsigned options, CommandLine& line, QString& problem)
+{
+    if (options & kOutputOption) {
+        const auto output = outputFormatFromName(parser.value("format"));
+        if (!output) {
+            problem = QString("--format %1: must be table, json or csv")
+                          .arg(printable(parser.value("format")));
+        }
+        line.output = output.value_or(OutputFormat::table);
+    }
+    if (!(options & kExchangeOptions)) {
+        return;
+    }
+    if (parser.isSet("timeout")) {
+        line.timeoutMs = number(parser, "timeout", 1, std::numeric_limits<int>::max(), problem);
+    }
+    if (parser.isSet("as")) {
+        const auto format = project::formatFromName(parser.value("as"));
+        if (!format) {
+            problem = QString("--as %1: unknown format").arg(printable(parser.value("as")));
+        }
+        line.valueFormat = format.value_or(project::Format::automatic);
+    }
+}
+
+void takeRun(const Parser& parser, CommandLine& line, QString& problem)
+{
+    constexpr int kLongestMs = 24 * 3600 * 1000;
+    line.intervalMs = number(parser, "interval", 1, kLongestMs, problem);
+    line.pauseMs = number(parser, "pause", 0, kLongestMs, problem);
+    line.commandsFromInput = parser.isSet("stdin");
+    if (!parser.isSet("duration")) {
+        return;
+    }
+    bool isNumber = false;
+    const double seconds = parser.value("duration").toDouble(&isNumber);
+    if (!isNumber || !(seconds >= 0) || seconds > 2000000) {
+        problem = QString("--duration %1: must be a number of seconds")
+                      .arg(printable(parser.value("duration")));
+        return;
+    }
+    line.durationMs = static_cast<int>(seconds * 1000);
+}
+
+} // namespace
+
+ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStringList& arguments)
+{
+    ParsedCommandLine parsed;
+    Parser parser;
+    parser.setApplicationDescription(command.purpose);
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    addOptions(parser, command.options);
+    parser.addPositionalArgument("PROJECT", "The project file.",
+                                 QString("%1 PROJECT").arg(command.name));
+    if (command.maxArguments > 0) {
+        parser.addPositionalArgument(command.arguments, "Address texts of the project.");
+    }
+    if (!parser.parse(arguments)) {
+        parsed.problem = parser.errorText();
+        return parsed;
+    }
+    if (parser.isSet(help)) {
+        parsed.help = parser.helpText();
+        return parsed;
+    }
+    if (parser.isSet(version)) {
+        parsed.help = "tavmir-host " TAVMIR_VERSION "\n";
+        return parsed;
+    }
+    const QStringList given = parser.positionalArguments();
+    if (given.size() - 1 < command.minArguments || given.size() - 1 > command.maxArguments) {
+        parsed.problem = QString("usage: tavmir-host %1 PROJECT %2")
+                             .arg(command.name, command.arguments)
+                             .trimmed();
+        return parsed;
+    }
+    parsed.line.projectFile = given.first();
+    parsed.line.arguments = given.mid(1);
+    takeConnection(parser, parsed.line, parsed.problem);
+    takeFormats(parser, command.options, parsed.line, parsed.problem);
+    if (command.options & kRunOptions) {
+        takeRun(parser, parsed.line, parsed.problem);
+    }
+    return parsed;
+}
+
+} // namespace tavmir::host

@@ -1,0 +1,59 @@
+// The command line of each command, as one record.
+#ifndef TAVMIR_HOST_COMMAND_LINE_H
+#define TAVMIR_HOST_COMMAND_LINE_H
+
+#include "project/project_model.h"
+#include "value_table.h"
+
+#include <QtCore/QStringList>
+
+#include <optional>
+
+namespace tavmir::host
+{
+
+struct CommandLine {
+    QString projectFile;
+    QStringList arguments; // addresses or assignments
+    QString driverFile;    // empty: look for it
+    bool driverLog = false;
+    QString host; // empty: the project's
+    int port = 0; // 0: the project's
+    std::optional<int> station;
+    OutputFormat output = OutputFormat::table;
+    project::Format valueFormat = project::Format::automatic; // --as
+    int timeoutMs = 0;   // of one read or write; 0: by the project's connection
+    int durationMs = -1; // -1: until stopped
+    int intervalMs = 500;
+    int pauseMs = 0;
+    bool commandsFromInput = false;
+};
+
+// Options that not every command has.
+enum CommandOption : unsigned {
+    kOutputOption = 1,    // --format
+    kExchangeOptions = 2, // --as, --timeout
+    kRunOptions = 4       // --duration, --interval, --pause, --stdin
+};
+
+struct CommandDescription {
+    const char* name;
+    const char* arguments; // behind PROJECT, for --help
+    const char* purpose;
+    unsigned options;
+    int minArguments;
+    int maxArguments;
+};
+
+struct ParsedCommandLine {
+    CommandLine line;
+    QString problem; // not empty: refused
+    QString help;    // not empty: to be shown instead
+};
+
+// arguments  the program's name, then what follows the command
+ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStringList& arguments);
+
+} // namespace tavmir::host
+
+#endif

@@ -1,0 +1,26 @@
+// Matching replies to requests.
+#include "reply_matcher.h"
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+constexpr uint8_t kExceptionFlag = 0x80;
+
+} // namespace
+
+ReplyKind classifyReply(const FrameView& request, const FrameView& reply)
+{
+    if (reply.transactionId != request.transactionId || reply.station != request.station) {
+        return ReplyKind::foreign;
+    }
+    if (reply.function == request.function) {
+        return ReplyKind::answer;
+    }
+    return reply.function == (request.function | kExceptionFlag) ? ReplyKind::exception
+                                                                 : ReplyKind::foreign;
+}
+
+} // namespace tavmir::host

@@ -1,0 +1,109 @@
+// getaddrinfo, non-blocking connect, poll.
+#include "socket_connect.h"
+
+#include "deadline.h"
+
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+struct FreeAddresses {
+    void operator()(addrinfo* list) const { ::freeaddrinfo(list); }
+};
+
+// 0, or the errno that ended the attempt; ECANCELED when woken.
+int finishConnect(int descriptor, const Deadline& deadline, int wakeDescriptor)
+{
+    pollfd waits[2] = {{descriptor, POLLOUT, 0}, {wakeDescriptor, POLLIN, 0}};
+    for (;;) {
+        const int ready = ::poll(waits, 2, deadline.remainingMs());
+        if (ready < 0 && errno == EINTR) {
+            continue;
+        }
+        if (ready < 0) {
+            return errno;
+        }
+        if (waits[1].revents != 0) {
+            return ECANCELED;
+        }
+        if (ready == 0) {
+            return ETIMEDOUT;
+        }
+        int error = 0;
+        socklen_t size = sizeof error;
+        ::getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size);
+        return error;
+    }
+}
+
+// The errno of the attempt; on success the socket is in `descriptor`.
+int tryAddress(const addrinfo& address, const Deadline& deadline, int wakeDescriptor,
+               int& descriptor)
+{
+    const int opened = ::socket(
+        address.ai_family, address.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, address.ai_protocol);
+    if (opened < 0) {
+        return errno;
+    }
+    int error = ::connect(opened, address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
+    if (error == EINPROGRESS || error == EINTR) {
+        error = finishConnect(opened, deadline, wakeDescriptor);
+    }
+    if (error != 0) {
+        ::close(opened);
+        return error;
+    }
+    // Requests are small and each waits for its reply: nothing may be held back.
+    const int on = 1;
+    ::setsockopt(opened, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    descriptor = opened;
+    return 0;
+}
+
+} // namespace
+
+ConnectOutcome connectTo(const QString& host, int port, int timeoutMs, int wakeDescriptor)
+{
+    const Deadline deadline(timeoutMs);
+    addrinfo hints = {};
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_NUMERICSERV;
+    addrinfo* found = nullptr;
+    ConnectOutcome outcome;
+    const int looked = ::getaddrinfo(host.toUtf8().constData(),
+                                     QByteArray::number(port).constData(), &hints, &found);
+    if (looked != 0) {
+        outcome.problem = QString::fromLocal8Bit(::gai_strerror(looked));
+        return outcome;
+    }
+    const std::unique_ptr<addrinfo, FreeAddresses> addresses(found);
+    for (const addrinfo* address = found; address != nullptr; address = address->ai_next) {
+        const int error = tryAddress(*address, deadline, wakeDescriptor, outcome.descriptor);
+        if (error == 0) {
+            outcome.problem.clear();
+            return outcome;
+        }
+        outcome.problem = QString::fromLocal8Bit(std::strerror(error));
+        outcome.woken = error == ECANCELED;
+        if (outcome.woken) {
+            return outcome;
+        }
+    }
+    return outcome;
+}
+
+} // namespace tavmir::host

@@ -1,0 +1,24 @@
+// Opens a TCP connection within a time limit.
+#ifndef TAVMIR_HOST_SOCKET_CONNECT_H
+#define TAVMIR_HOST_SOCKET_CONNECT_H
+
+#include <QtCore/QString>
+
+namespace tavmir::host
+{
+
+struct ConnectOutcome {
+    int descriptor = -1; // non-blocking, TCP_NODELAY; the caller closes it. -1: failed
+    QString problem;     // failed: why
+    bool woken = false;  // failed because `wakeDescriptor` became readable
+};
+
+// host            a name or an address; each of its addresses is tried. Looking a name up is
+//                 not bounded by the time limit.
+// timeoutMs       for all attempts together
+// wakeDescriptor  ends the wait when readable; -1: none
+ConnectOutcome connectTo(const QString& host, int port, int timeoutMs, int wakeDescriptor);
+
+} // namespace tavmir::host
+
+#endif
