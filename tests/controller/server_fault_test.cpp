@@ -3,6 +3,8 @@
 
 #include "controller/fault_effects.h"
 
+#include <QtCore/QElapsedTimer>
+
 using namespace tavmir::controller;
 using namespace tavmir::test;
 
@@ -63,6 +65,19 @@ TEST_F(ControllerFaults, DelayHoldsTheReplyBack)
     EXPECT_TRUE(servesANewClient());
     EXPECT_EQ(client.waiting(), 0);
     EXPECT_TRUE(client.isConnected());
+}
+
+TEST_F(ControllerFaults, SeveralDelayedRepliesComeInTheirOrder)
+{
+    settings.delayMs = 40;
+    startWith({"delay%1"});
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < 3; ++i) {
+        client.send(request(i));
+        ASSERT_TRUE(turnUntil([&] { return clock.elapsed() >= 10 * (i + 1); }));
+    }
+    EXPECT_EQ(client.receive(45), goodReply(0) + goodReply(1) + goodReply(2));
 }
 
 TEST_F(ControllerFaults, DelayedRepliesCountAgainstTheClientsLimit)
@@ -186,6 +201,7 @@ TEST_F(ControllerFaults, RefuseClosesAllConnectionsAndTakesNoNewOnes)
     client.send(request(1) + request(2));
     EXPECT_TRUE(client.seesTheEnd());
     EXPECT_TRUE(other.seesTheEnd());
+    server->refuseForAWhile(); // again: it stays as it is
     EXPECT_TRUE(server->isRefusing());
     EXPECT_EQ(server->port(), port);
     for (int i = 0; i < 3; ++i) {

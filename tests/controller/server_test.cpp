@@ -1,6 +1,8 @@
 // The server over real connections: many clients, any division of the stream, and its limits.
 #include "server_fixture.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
 #include <vector>
 
 using namespace tavmir::controller;
@@ -11,6 +13,34 @@ namespace
 
 class ControllerServer : public ServerFixture
 {
+};
+
+// The process can open one more descriptor and no second one while this lives.
+class AllDescriptorsButOneTaken
+{
+public:
+    AllDescriptorsButOneTaken()
+    {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        rlimit small = before_;
+        small.rlim_cur = 128;
+        setrlimit(RLIMIT_NOFILE, &small);
+        for (int descriptor = dup(STDERR_FILENO); descriptor >= 0; descriptor = dup(STDERR_FILENO))
+            taken_.push_back(descriptor);
+        close(taken_.back());
+        taken_.pop_back();
+    }
+
+    ~AllDescriptorsButOneTaken()
+    {
+        for (const int descriptor : taken_)
+            close(descriptor);
+        setrlimit(RLIMIT_NOFILE, &before_);
+    }
+
+private:
+    rlimit before_ = {};
+    std::vector<int> taken_;
 };
 
 } // namespace
@@ -167,6 +197,22 @@ TEST_F(ControllerServer, RefusesMoreClientsThanItsLimitUntilOneLeaves)
     }
     ASSERT_TRUE(turnUntil([&] { return server->clientCount() == 1; }));
     EXPECT_TRUE(servesANewClient());
+}
+
+TEST_F(ControllerServer, WaitsForDescriptorsAndThenTakesTheClient)
+{
+    start();
+    TestClient client;
+    turnUntil([] { return true; }); // the event loop has its own descriptors now
+    {
+        const AllDescriptorsButOneTaken taken;
+        client.socket().connectToHost(QHostAddress(QHostAddress::LocalHost), server->port());
+        ASSERT_TRUE(turnUntil([&] { return !log.isEmpty(); }));
+        EXPECT_TRUE(log[0].startsWith(QStringLiteral("cannot take a client: ")));
+        EXPECT_EQ(server->clientCount(), 0);
+    }
+    EXPECT_TRUE(turnUntil([&] { return server->clientCount() == 1; }));
+    EXPECT_EQ(client.exchange(readFrame(1, 1, 102, {16}), 15).size(), 15);
 }
 
 TEST_F(ControllerServer, ClosesAClientThatNeverReadsAndServesTheOthersMeanwhile)

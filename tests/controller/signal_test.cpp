@@ -85,6 +85,12 @@ TEST(Signal, CounterStepsOncePerPeriodAndStartsAgainBeforeItPassesHigh)
               (std::vector<double>{5, 5, 7, 9, 5, 7}));
 }
 
+TEST(Signal, ACounterWithoutAStepStays)
+{
+    EXPECT_EQ(valuesAt(signal(SignalKind::counter, 5, 10, 100, 0), {0, 100, 200}),
+              (std::vector<double>{5, 5, 5}));
+}
+
 TEST(Signal, RandomWalkStaysWithinItsLimitsAndItsStep)
 {
     SignalGenerator walk(signal(SignalKind::randomWalk, 0, 100, 10, 8, 3));

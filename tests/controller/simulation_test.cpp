@@ -92,6 +92,15 @@ TEST(Simulation, SaysWhichValueTheMemoryHasNoRoomFor)
     EXPECT_EQ(problem, QStringLiteral("initial[5]: the memory has no room for this value"));
 }
 
+TEST(Simulation, SaysThatTheMemoryHasNoRoomForTheSignals)
+{
+    tavmir::project::Project project = plant();
+    project.initial.clear();
+    QString problem;
+    EXPECT_FALSE(Simulation(FaultPlan(), 0).load(project, &problem));
+    EXPECT_EQ(problem, QStringLiteral("signals: the memory has no room for this value"));
+}
+
 TEST(Simulation, SaysWhichAddressOrValueIsWrong)
 {
     tavmir::project::Project project = plant();
