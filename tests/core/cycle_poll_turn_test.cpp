@@ -58,6 +58,35 @@ TEST_F(PollTurn, EveryEntryIsPolledBeforeTheFirstComesAgain)
         EXPECT_EQ(polled[i], 32 * static_cast<int>(i % 100));
 }
 
+TEST_F(PollTurn, ListsOfEveryLengthKeepTheirOrderOverManyTurns)
+{
+    for (int size = 1; size <= 40; ++size) {
+        PLC_driver.readVarList.clear();
+        for (int i = 0; i < size; ++i)
+            poll(i % 3 == 0 ? 1 : 4, i, i, i);
+        int first = 0;
+        for (int round = 0; round < 60; ++round) {
+            ComCommunication();
+            const int batch = PLC_driver.batchCount;
+            answer();
+            first = (first + batch) % size;
+            ASSERT_EQ(PLC_driver.readVarList.size(), size);
+            for (int i = 0; i < size; ++i)
+                ASSERT_EQ(PLC_driver.readVarList.at(i).hostKey, (first + i) % size);
+        }
+    }
+}
+
+TEST_F(PollTurn, ABatchLongerThanTheListThatIsLeftDoesNoHarm)
+{
+    pollMany(5, 4);
+    ComCommunication();
+    PLC_driver.readVarList.erase(PLC_driver.readVarList.begin() + 2, PLC_driver.readVarList.end());
+    ASSERT_EQ(PLC_driver.batchCount, 5);
+    EXPECT_EQ(answerNothing(), 41);
+    EXPECT_EQ(addressesOf(PLC_driver.readVarList), (std::vector<int>{32, 0}));
+}
+
 TEST_F(PollTurn, TheMarkOfTheHeadIsTakenBack)
 {
     pollMany(3, 4);
