@@ -22,6 +22,9 @@ constexpr NamedFormat kFormats[] = {
     {"hex", Format::hex}, {"float", Format::floating},      {"text", Format::text},
 };
 
+// The first number that rounds to no finite float: half a step above the largest.
+constexpr double kBeyondFloat = 0x1.ffffffp127;
+
 int valueBytes(const Element& element)
 {
     if (element.isBit()) {
@@ -94,7 +97,7 @@ EncodedValue encodeFloat(const QString& text)
     if (!isNumber || !std::isfinite(number)) {
         return refuse(QString("\"%1\" is no number").arg(text));
     }
-    if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
+    if (std::abs(number) >= kBeyondFloat) {
         return refuse(QString("%1 is outside the range of a 32-bit float").arg(text));
     }
     return accept(bytesOf(floatBits(static_cast<float>(number)), 4));
