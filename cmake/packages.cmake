@@ -1,0 +1,74 @@
+# Debian packages, made by cpack: libtavmir-kx-tcp1 (the library), libtavmir-kx-tcp-dev and
+# tavmir-tools, with the debug symbols of each in a package of its own. scripts/make-packages
+# configures and runs it.
+set(TAVMIR_PACKAGE_MAINTAINER "tavmir maintainers <maintainers@tavmir.invalid>"
+    CACHE STRING "Maintainer named in the packages, as \"name <address>\"")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME tavmir-kx-tcp)
+set(CPACK_PACKAGE_CONTACT "${TAVMIR_PACKAGE_MAINTAINER}")
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL runtime development tools)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_STRIP_FILES OFF) # the debug packages are made from the unstripped files
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+if(CMAKE_LIBRARY_ARCHITECTURE STREQUAL "arm-linux-gnueabihf")
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
+endif()
+
+set(full_version ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
+set(same_library "libtavmir-kx-tcp1 (= ${full_version})")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtavmir-kx-tcp1)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "device-communication driver for operator panels
+ The library that an operator panel's runtime loads to exchange process
+ data with programmable controllers over TCP.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtavmir-kx-tcp-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${same_library}, qtbase5-dev (>= 5.15)")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "controller driver for panels - development files
+ The host interface header, the files for CMake and pkg-config, and a
+ manual page for each entry point.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tavmir-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "controller driver for panels - programs
+ A simulated controller, a reference host runtime, and a probe that shows
+ whether the driver loads, fits and reaches a controller.")
+
+# What the packages need: asked of the linked files, or, where this machine has no package
+# database of the panel's processor, the same list written down. scripts/test-package compares it
+# with the libraries that the files name.
+if(CMAKE_CROSSCOMPILING)
+  set(base "libc6 (>= 2.34), libgcc-s1 (>= 3.5), libqt5core5a (>= 5.15.1), libstdc++6 (>= 11)")
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${base}")
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
+    "${base}, libqt5network5 (>= 5.15.1), ${same_library}")
+else()
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${same_library}")
+endif()
+
+# Every package says what is known about its licence, and what changed.
+set(change_log ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian)
+configure_file(packaging/changelog ${change_log} COPYONLY)
+execute_process(COMMAND gzip -9nf ${change_log} RESULT_VARIABLE packed)
+if(NOT packed EQUAL 0)
+  message(FATAL_ERROR "gzip cannot pack ${change_log}")
+endif()
+foreach(pair runtime:libtavmir-kx-tcp1 development:libtavmir-kx-tcp-dev tools:tavmir-tools)
+  string(REPLACE ":" ";" pair ${pair})
+  list(GET pair 0 component)
+  list(GET pair 1 package)
+  install(FILES packaging/copyright ${change_log}.gz
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package} COMPONENT ${component})
+endforeach()
+
+include(CPack)
