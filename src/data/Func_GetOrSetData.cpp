@@ -185,6 +185,7 @@ int GetRegisterData(const QString& address, int unused2, int unused3, int unused
     Q_UNUSED(unused4);
     QByteArray nowhere;
     QByteArray& values = data ? *data : nowhere;
+    count = qMax(0, count); // a negative one must not wrap into a large size
     ControlInformationM info;
     if (get_label_address_info(address, info) != kAddressResolved) {
         fillWithZeros(values, wrapMultiply(2, count));
