@@ -107,15 +107,27 @@ void deliver(RW_VAR& record)
         WriteDataToLocal(&record);
 }
 
-// Sends the whole element with the named bits changed, the others as the cache has them. The
-// cache is used without its lock here, as hosts expect of a bit write: it must not wait for a
-// reply being stored.
+// The element that a bit write starts from, entered as zero when it was never received. Without
+// `cacheMutex`, as hosts expect of a bit write: it must not wait for a reply being stored.
+template <typename Value>
+Value elementWithoutLock(QHash<int, Value>& cache, qint32 elementAddress)
+{
+    return cache[elementAddress];
+}
+
+// Without `listMutex`, on purpose: hosts hand in values while the lists are locked.
+int queuedWritesWithoutLock()
+{
+    return PLC_driver.writeVarList.size();
+}
+
+// Sends the whole element with the named bits changed, the others as the cache has them.
 template <typename Value>
 void writeBits(QHash<int, Value>& cache, const ControlInformationM& info, const QByteArray& data,
                tavmir::DiagnosticLineNumber line, RW_VAR& record)
 {
     const qint32 bits = 8 * static_cast<qint32>(sizeof(Value));
-    quint32 value = cache[info.elementAddress];
+    quint32 value = elementWithoutLock(cache, info.elementAddress);
     qint32 bit = info.bitIndex;
     for (int i = 0; i < data.size() && bit < bits; ++i, ++bit) {
         if (bit < 0)
@@ -235,6 +247,5 @@ int SetRegisterData(const QString& address, int unused2, const QString& text, in
     } else if (!writePlain(info, values, count, record)) {
         return 0;
     }
-    // Without `listMutex`, on purpose: hosts hand in values while the lists are locked.
-    return PLC_driver.writeVarList.size();
+    return queuedWritesWithoutLock();
 }
