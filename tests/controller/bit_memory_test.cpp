@@ -66,14 +66,15 @@ TEST(BitMemory, StationsHaveMemoriesOfTheirOwn)
 TEST(BitMemory, AddressesWrapAtTheEndOfTheirRange)
 {
     BitMemory memory;
-    ASSERT_TRUE(memory.write(255, 0xFFFFFFF0, 32, 0xABCD1234));
-    EXPECT_EQ(memory.read(255, 0xFFFFFFF0, 32), 0xABCD1234u);
-    EXPECT_EQ(memory.read(255, 0xFFFFFFF0, 16), 0x1234u);
-    EXPECT_EQ(memory.read(255, 0, 16), 0xABCDu);
+    ASSERT_TRUE(memory.write(254, 0xFFFFFFF0, 32, 0xABCD1234));
+    EXPECT_EQ(memory.read(254, 0xFFFFFFF0, 32), 0xABCD1234u);
+    EXPECT_EQ(memory.read(254, 0xFFFFFFF0, 16), 0x1234u);
+    EXPECT_EQ(memory.read(254, 0, 16), 0xABCDu);
+    EXPECT_EQ(memory.read(255, 0, 16), 0u) << "the next station's memory";
     EXPECT_EQ(memory.read(0, 0, 16), 0u);
-    ASSERT_TRUE(memory.write(255, 0xFFFFFFFF, 1, 1));
-    EXPECT_EQ(memory.read(255, 0xFFFFFFFF, 32), 0xABCDu << 1 | 1u);
-    EXPECT_EQ(memory.read(255, 0xFFFFFFF0, 16), 0x9234u);
+    ASSERT_TRUE(memory.write(254, 0xFFFFFFFF, 1, 1));
+    EXPECT_EQ(memory.read(254, 0xFFFFFFFF, 32), 0xABCDu << 1 | 1u);
+    EXPECT_EQ(memory.read(254, 0xFFFFFFF0, 16), 0x9234u);
 }
 
 TEST(BitMemory, ZeroTakesNoRoom)

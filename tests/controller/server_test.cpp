@@ -23,7 +23,8 @@ public:
     {
         getrlimit(RLIMIT_NOFILE, &before_);
         rlimit small = before_;
-        small.rlim_cur = 128;
+        taken_.push_back(dup(STDERR_FILENO));
+        small.rlim_cur = static_cast<rlim_t>(taken_.back()) + 64;
         setrlimit(RLIMIT_NOFILE, &small);
         for (int descriptor = dup(STDERR_FILENO); descriptor >= 0; descriptor = dup(STDERR_FILENO))
             taken_.push_back(descriptor);
