@@ -15,6 +15,10 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_STRIP_FILES OFF) # the debug packages are made from the unstripped files
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
+set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/drop-loader-calls.cmake")
 if(CMAKE_LIBRARY_ARCHITECTURE STREQUAL "arm-linux-gnueabihf")
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
 endif()
@@ -24,23 +28,23 @@ set(same_library "libtavmir-kx-tcp1 (= ${full_version})")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtavmir-kx-tcp1)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "device-communication driver for operator panels
- The library that an operator panel's runtime loads to exchange process
- data with programmable controllers over TCP.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/triggers")
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "controller driver for operator panels
+The library that an operator panel's runtime loads to exchange process
+data with programmable controllers over TCP.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtavmir-kx-tcp-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${same_library}, qtbase5-dev (>= 5.15)")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "controller driver for panels - development files
- The host interface header, the files for CMake and pkg-config, and a
- manual page for each entry point.")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "controller driver for operator panels - development files
+The host interface header, the files for CMake and pkg-config, and a
+manual page for each entry point.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tavmir-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "controller driver for panels - programs
- A simulated controller, a reference host runtime, and a probe that shows
- whether the driver loads, fits and reaches a controller.")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION "controller driver for operator panels - programs
+A simulated controller, a reference host runtime, and a probe that shows
+whether the driver loads, fits and reaches a controller.")
 
 # What the packages need: asked of the linked files, or, where this machine has no package
 # database of the panel's processor, the same list written down. scripts/test-package compares it

@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# Looks at a folder of Debian packages: contents, dependencies, stripping, lintian; installs them
+# into an empty root with dpkg, runs what is there, shows the manual pages, removes everything.
+# Usage: packages.sh amd64|armhf FOLDER
+set -euo pipefail
+processor=$1
+folder=$(realpath "$2")
+cd "$(dirname "$0")/../.."
+packages=(libtavmir-kx-tcp1 libtavmir-kx-tcp-dev tavmir-tools)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+case $processor in
+amd64) triplet=x86_64-linux-gnu run=(env) libraries= ;;
+armhf)
+  triplet=arm-linux-gnueabihf
+  sysroot=$(scripts/make-armhf-sysroot)
+  run=(qemu-arm-static -L "$sysroot" -E)
+  ;;
+esac
+
+fail() {
+  printf 'packages.sh (%s): %s\n' "$processor" "$1" >&2
+  exit 1
+}
+file_of() { # file_of PACKAGE: the one file that holds it
+  local found=("$folder/$1"_*_"$processor.deb")
+  [ ${#found[@]} -eq 1 ] && [ -f "${found[0]}" ] || fail "not one package $1"
+  printf '%s\n' "${found[0]}"
+}
+
+debs=()
+for package in "${packages[@]}"; do
+  deb=$(file_of "$package")
+  debs+=("$deb")
+  [ "$(dpkg-deb -f "$deb" Architecture)" = "$processor" ] || fail "$package: architecture"
+done
+
+echo "-- lintian"
+lintian --fail-on error --tag-display-limit 0 "${debs[@]}" || fail "lintian found errors"
+
+echo "-- libraries that the files name, and packages that bring them"
+brings() { # brings SONAME: the package
+  case $1 in
+  libtavmir_kx_tcp.so.1) echo libtavmir-kx-tcp1 ;;
+  libQt5Core.so.5) echo libqt5core5a ;;
+  libQt5Network.so.5) echo libqt5network5 ;;
+  libstdc++.so.6) echo libstdc++6 ;;
+  libgcc_s.so.1) echo libgcc-s1 ;;
+  libc.so.6 | libm.so.6 | ld-linux*) echo libc6 ;;
+  *) fail "unknown library $1" ;;
+  esac
+}
+for package in libtavmir-kx-tcp1 tavmir-tools; do
+  dpkg-deb -x "$(file_of $package)" "$work/$package"
+  depends=$(dpkg-deb -f "$(file_of $package)" Depends)
+  while read -r file; do
+    readelf -SW "$file" | grep -qE ' \.(symtab|debug_info) ' && fail "not stripped: $file"
+    readelf -dW "$file" | grep -qE '\((RPATH|RUNPATH)\)' && fail "run path: $file"
+    for library in $(readelf -dW "$file" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
+      grep -qF "$(brings "$library") (" <<<"$depends" || fail "$package does not depend on $library's"
+    done
+  done < <(find "$work/$package" -type f \( -path '*/bin/*' -o -name '*.so.*' \))
+done
+tests/abi/linked-file.sh readelf "$work/libtavmir-kx-tcp1/usr/lib/$triplet/libtavmir_kx_tcp.so.1.0.0"
+
+echo "-- debug symbols, apart"
+for package in libtavmir-kx-tcp1 tavmir-tools; do
+  symbols=("$folder/$package-dbgsym"_*.ddeb)
+  [ -f "${symbols[0]}" ] || fail "no debug symbols of $package"
+  dpkg-deb -x "${symbols[0]}" "$work/symbols"
+done
+id=$(readelf -nW "$work/libtavmir-kx-tcp1/usr/lib/$triplet/libtavmir_kx_tcp.so.1.0.0" |
+  sed -n 's/.*Build ID: \(..\)\(.*\)/\1\/\2/p')
+readelf -SW "$work/symbols/usr/lib/debug/.build-id/$id.debug" | grep -q ' \.debug_info ' ||
+  fail "the library's debug symbols are missing"
+
+echo "-- install, run, remove"
+root=$work/root
+mkdir -p "$root/var/lib/dpkg/"{info,updates,triggers}
+touch "$root/var/lib/dpkg/status"
+in_root=(dpkg --root="$root" --force-not-root --force-depends --force-architecture --force-bad-path
+  --log=/dev/null)
+[ "$processor" = amd64 ] || dpkg --root="$root" --force-not-root --add-architecture "$processor"
+"${in_root[@]}" --install "${debs[@]}" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail install; }
+for package in "${packages[@]}"; do
+  [ "$(dpkg-query --admindir="$root/var/lib/dpkg" -W -f '${db:Status-Status}' "$package")" = installed ] ||
+    fail "$package is not installed"
+  [ "$(cat "$root/usr/share/doc/$package/copyright")" = "No licence has been chosen for this project." ] ||
+    fail "$package: copyright"
+done
+
+search=LD_LIBRARY_PATH=$root/usr/lib/$triplet
+"${run[@]}" "$search" "$root/usr/bin/tavmir-probe" >"$work/probe" 2>/dev/null ||
+  { cat "$work/probe" >&2; fail "the installed probe failed"; }
+grep -q "^library    $root/usr/lib/$triplet/libtavmir_kx_tcp.so.1.0.0$" "$work/probe" ||
+  fail "the probe loaded another library"
+for program in tavmir-controller tavmir-host; do
+  "${run[@]}" "$search" "$root/usr/bin/$program" --help >"$work/help" 2>&1 || fail "$program --help"
+  grep -q Usage "$work/help" || fail "$program --help says nothing"
+done
+
+echo "-- manual pages"
+for page in "$root"/usr/share/man/man*/*.gz; do
+  name=$(basename "$page" .gz)
+  MANPATH=$root/usr/share/man man --warnings -E UTF-8 "${name##*.}" "${name%.*}" \
+    >"$work/page" 2>"$work/warnings" || fail "man does not show $name"
+  [ -s "$work/warnings" ] && { cat "$work/warnings" >&2; fail "$name"; }
+  grep -qi "^SEE ALSO" "$work/page" || fail "$name is cut short"
+done
+
+"${in_root[@]}" --purge "${packages[@]}" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail remove; }
+left=$(find "$root" -path "$root/var" -prune -o -not -type d -print)
+[ -z "$left" ] || fail "left behind: $left"
+echo "-- packages for $processor are good"
