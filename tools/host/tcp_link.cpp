@@ -223,11 +223,7 @@ void TcpLink::idle(int ms)
         sleepUntil(deadline.end(), true);
         return;
     }
-    while (!deadline.passed()) {
-        const Received received = receive(deadline, true);
-        if (received != Received::bytes) {
-            return;
-        }
+    do {
         FrameView frame;
         FrameDecoder::State state = decoder_.next(frame);
         for (; state == FrameDecoder::State::frame; state = decoder_.next(frame)) {
@@ -238,7 +234,7 @@ void TcpLink::idle(int ms)
             lose("the stream from the controller makes no sense");
             return;
         }
-    }
+    } while (receive(deadline, true) == Received::bytes);
 }
 
 TcpLink::Received TcpLink::sleepUntil(Clock::time_point end, bool wakeable)

@@ -1,0 +1,5 @@
+// A library without any of the driver's entry points.
+int nothingToSeeHere()
+{
+    return 0;
+}
