@@ -2,6 +2,7 @@
 #include "host/host_session.h"
 
 #include "fake_controller.h"
+#include "host/message_log.h"
 #include "project/address_expansion.h"
 #include "project/project_reader.h"
 #include "project/value_format.h"

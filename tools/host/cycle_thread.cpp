@@ -148,6 +148,9 @@ ExchangeResult CycleThread::perform(const Protocol& request)
 void CycleThread::endTurn(const Protocol& request, Turn kind, ExchangeResult result)
 {
     const bool received = result == ExchangeResult::reply;
+    if (!received) {
+        reply_.resize(0); // the driver logs what it is handed
+    }
     // Shares the frame: the driver destroys its record when the request is over.
     const QByteArray frame = request.frame;
     const std::lock_guard<std::mutex> gate(shared_.gate);
