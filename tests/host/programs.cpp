@@ -1,0 +1,92 @@
+// QProcess, read step by step.
+#include "programs.h"
+
+#include <QtCore/QDeadlineTimer>
+
+#include <csignal>
+#include <sys/types.h>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+constexpr int kPatientMs = 60000;
+constexpr int kStepMs = 20;
+
+} // namespace
+
+Program::Program(const QString& file, const QStringList& arguments)
+{
+    process_.start(file, arguments);
+    process_.waitForStarted(kPatientMs);
+}
+
+Program::~Program()
+{
+    if (process_.state() != QProcess::NotRunning) {
+        process_.kill();
+        process_.waitForFinished(kPatientMs);
+    }
+}
+
+bool Program::readUntil(const std::function<bool()>& wanted)
+{
+    const QDeadlineTimer deadline(kPatientMs);
+    for (;;) {
+        const bool ended = process_.state() == QProcess::NotRunning;
+        output_ += QString::fromUtf8(process_.readAllStandardOutput());
+        errors_ += QString::fromUtf8(process_.readAllStandardError());
+        if (wanted()) {
+            return true;
+        }
+        if (ended || deadline.hasExpired()) {
+            return false;
+        }
+        process_.waitForReadyRead(kStepMs);
+    }
+}
+
+bool Program::showsOutput(const std::function<bool(const QString&)>& wanted)
+{
+    return readUntil([&] { return wanted(output_); });
+}
+
+bool Program::showsError(const QString& text)
+{
+    return readUntil([&] { return errors_.contains(text); });
+}
+
+void Program::signal(int number)
+{
+    ::kill(static_cast<pid_t>(process_.processId()), number);
+}
+
+int Program::waitForEnd()
+{
+    readUntil([&] { return process_.state() == QProcess::NotRunning; });
+    output_ += QString::fromUtf8(process_.readAllStandardOutput());
+    errors_ += QString::fromUtf8(process_.readAllStandardError());
+    const bool ended =
+        process_.state() == QProcess::NotRunning && process_.exitStatus() == QProcess::NormalExit;
+    return ended ? process_.exitCode() : -1;
+}
+
+Controller::Controller(int port)
+    : Program(TAVMIR_CONTROLLER_PROGRAM,
+              {"--listen", QString("127.0.0.1:%1").arg(port), "--project", TAVMIR_EXAMPLE_PROJECT})
+{
+    const QString start = "listening on 127.0.0.1:";
+    if (showsOutput(
+            [&](const QString& text) { return text.startsWith(start) && text.contains('\n'); })) {
+        port_ = output().mid(start.size()).section('\n', 0, 0).toInt();
+    }
+}
+
+QStringList hostArguments(const QString& command, const QString& place, const QStringList& more)
+{
+    return QStringList{command, TAVMIR_EXAMPLE_PROJECT, "--connect", place} + more;
+}
+
+} // namespace tavmir::host
