@@ -1,5 +1,7 @@
 #include "address/Func_Check.h"
 
+#include "address/address_parts.h"
+#include "address/array_index.h"
 #include "address/label_table.h"
 #include "core/data_types.h"
 #include "core/diagnostic_log.h"
@@ -16,19 +18,7 @@ const char kInfoFunction[] = "get_label_address_info";
 const char kEntryFunction[] = "get_label_address_1";
 
 const qint32 kTextArrayStride = 256; // bits from one text of an array to the next
-
-// Takes a bracket suffix off a part: "Axis[1,2]" becomes "Axis" and "1,2". The closing bracket
-// is taken to be the last character and is not searched for: "x[1]yz" becomes "x" and "1]y".
-bool get_label_address_array_split(QString& part, QString& indexText)
-{
-    const QChar open = QLatin1Char('[');
-    if (!part.contains(open) || !part.contains(QLatin1Char(']')))
-        return false;
-    const int at = part.lastIndexOf(open);
-    indexText = part.mid(at + 1, qMax(0, part.size() - at - 2));
-    part.truncate(at);
-    return true;
-}
+const int kBitNumberRadix = 10;
 
 int logged(tavmir::DiagnosticLineNumber line, int result)
 {
@@ -36,14 +26,11 @@ int logged(tavmir::DiagnosticLineNumber line, int result)
     return result;
 }
 
-// Qt converts in the radixes 2 to 36, and in radix 0 as C writes numbers.
-bool convertIndex(const QString& text, int radix, qint32& index)
+tavmir::AddressParts cut(const QStringList& texts)
 {
-    if (radix != 0 && (radix < 2 || radix > 36))
-        return false;
-    bool converted = false;
-    index = text.toInt(&converted, radix);
-    return converted;
+    tavmir::AddressParts parts;
+    tavmir::takeParts(texts, parts);
+    return parts;
 }
 
 qint32 elementWidthOf(const Label_Type_Info& entry, int typeCode)
@@ -77,8 +64,28 @@ void resolveElement(const Label_Type_Info& entry, int typeCode, quint32 index, q
     info.elementLimit = static_cast<qint32>(end - index);
 }
 
+// Reads a bit suffix in the part behind `partIndex`, when that is the last one.
+void resolveBitSuffix(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int partIndex,
+                      ControlInformationM& info)
+{
+    if (!(entry.typeFlags & tavmir::kBitSuffixFlag) || partIndex < 0 ||
+        partIndex != parts.size() - 2)
+        return;
+    const tavmir::AddressPart& suffix = parts.at(partIndex + 1);
+    if (suffix.open < 1 || suffix.open >= suffix.close)
+        return;
+    const tavmir::TextPiece number = {suffix.whole.text + suffix.open + 1,
+                                      suffix.close - suffix.open - 1};
+    info.bitAccess = 1;
+    if (!tavmir::convertNumber(number, kBitNumberRadix, info.bitIndex))
+        info.bitIndex = 0;
+}
+
+int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int partIndex,
+            ControlInformationM& info);
+
 // A structure, or an element of an array of them: the path goes on among its members.
-int resolveStructure(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
+int resolveStructure(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int partIndex,
                      quint32 index, int pending, ControlInformationM& info)
 {
     if (index != 0) {
@@ -92,73 +99,24 @@ int resolveStructure(const Label_Type_Info& entry, const QStringList& parts, int
         return kAddressRefused;
     // The result is dropped on purpose: hosts rely on an address that ends at a structure, or
     // names a member it lacks, resolving to data type 0.
-    get_label_address_1(entry.elementType.first(), parts, partIndex + 1, info);
+    resolve(entry.elementType.first(), parts, partIndex + 1, info);
     return pending;
 }
 
-} // namespace
-
-int get_label_address_array_memory_index(QString indexText, int dimensionCount,
-                                         const QList<int>& arrayBounds, unsigned int& index,
-                                         unsigned int* end)
-{
-    const QStringList items = indexText.split(QLatin1Char(','));
-    if (items.size() != dimensionCount || dimensionCount <= 0)
-        return kAddressRefused;
-    if (arrayBounds.size() < 1 + 2 * static_cast<qint64>(dimensionCount))
-        return kAddressRefused;
-
-    // Row by row: what is summed so far counts once for each element of the next dimension. A
-    // size is high minus low, and an index above the high bound is accepted: hosts address
-    // arrays by exactly this rule.
-    qint32 linear = 0;
-    qint32 size = 0;
-    for (int d = 0; d < dimensionCount; ++d) {
-        const int low = arrayBounds.at(1 + 2 * d);
-        qint32 offset = 0;
-        if (!convertIndex(items.at(d), arrayBounds.first(), offset))
-            return kIndexRefused;
-        offset = wrapSubtract(offset, low);
-        if (offset < 0)
-            return kIndexRefused;
-        size = wrapSubtract(arrayBounds.at(2 + 2 * d), low);
-        linear = wrapAdd(wrapMultiply(linear, size), offset);
-    }
-    index = static_cast<unsigned int>(linear);
-    *end = static_cast<unsigned int>(wrapAdd(linear, size));
-    return kAddressResolved;
-}
-
-void get_label_address_2(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
-                         ControlInformationM& info)
-{
-    if (!(entry.typeFlags & tavmir::kBitSuffixFlag) || partIndex < 0 ||
-        partIndex != parts.size() - 2)
-        return;
-    const QString& suffix = parts.last();
-    const int open = suffix.lastIndexOf(QLatin1Char('['));
-    const int close = suffix.lastIndexOf(QLatin1Char(']'));
-    if (open < 1 || open >= close)
-        return;
-    info.bitAccess = 1;
-    info.bitIndex = suffix.mid(open + 1, close - open - 1).toInt();
-}
-
-int get_label_address_1(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
-                        ControlInformationM& info)
+// Resolves the parts from `partIndex` on against `entry`; calls itself for members.
+int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int partIndex,
+            ControlInformationM& info)
 {
     if (partIndex < 0 || partIndex >= parts.size())
         return kAddressRefused;
-    QString name = parts.at(partIndex);
-    QString indexText;
-    const bool indexed = get_label_address_array_split(name, indexText);
+    const tavmir::AddressPart& part = parts.at(partIndex);
 
     unsigned int index = 0;
     unsigned int end = 0;
-    int pending = indexed ? kAddressRefused : kAddressResolved;
+    int pending = part.hasSuffix() ? kAddressRefused : kAddressResolved;
     if (entry.typeFlags & tavmir::kArrayFlag) {
-        pending = get_label_address_array_memory_index(indexText, entry.dimensionCount,
-                                                       entry.arrayBounds, index, &end);
+        pending = tavmir::linearIndex(part.indexText(), entry.dimensionCount, entry.arrayBounds,
+                                      index, &end);
         if (pending != kAddressResolved)
             return logged(tavmir::kLineIndexRefused, pending);
     }
@@ -166,11 +124,11 @@ int get_label_address_1(const Label_Type_Info& entry, const QStringList& parts, 
     if (entry.typeFlags & tavmir::kStructureFlag) {
         if (!tavmir::membersAreComplete(entry))
             return kAddressRefused;
-        const Label_Type_Info* member = tavmir::findMember(entry, name);
+        const Label_Type_Info* member = tavmir::findMember(entry, part.name());
         if (!member)
             return logged(tavmir::kLineMemberNotFound, kMemberNotFound);
         info.elementAddress = wrapAdd(info.elementAddress, member->offset);
-        return get_label_address_1(*member, parts, partIndex, info);
+        return resolve(*member, parts, partIndex, info);
     }
 
     const int typeCode = entry.typeFlags & tavmir::kTypeCodeMask;
@@ -180,8 +138,29 @@ int get_label_address_1(const Label_Type_Info& entry, const QStringList& parts, 
         return pending;
     resolveElement(entry, typeCode, index, end, info);
     if (typeCode == tavmir::kWordType || typeCode == tavmir::kDoubleWordType)
-        get_label_address_2(entry, parts, partIndex, info);
+        resolveBitSuffix(entry, parts, partIndex, info);
     return pending;
+}
+
+} // namespace
+
+int get_label_address_array_memory_index(QString indexText, int dimensionCount,
+                                         const QList<int>& arrayBounds, unsigned int& index,
+                                         unsigned int* end)
+{
+    return tavmir::linearIndex(tavmir::pieceOf(indexText), dimensionCount, arrayBounds, index, end);
+}
+
+void get_label_address_2(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
+                         ControlInformationM& info)
+{
+    resolveBitSuffix(entry, cut(parts), partIndex, info);
+}
+
+int get_label_address_1(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
+                        ControlInformationM& info)
+{
+    return resolve(entry, cut(parts), partIndex, info);
 }
 
 int get_label_address_info(const QString& address, ControlInformationM& info)
@@ -191,16 +170,15 @@ int get_label_address_info(const QString& address, ControlInformationM& info)
             << address;
         return kAddressEmpty;
     }
-    const QStringList parts = address.split(QLatin1Char('.'));
+    tavmir::AddressParts parts;
+    tavmir::splitAddress(address, parts);
     if (parts.size() < 2) {
         tavmir::diagnosticLine(kFile, kInfoFunction, tavmir::kLineAddressTooShort, tavmir::kError)
-            << parts;
+            << QStringList(address);
         return kAddressTooShort;
     }
 
-    QString droppedIndex;
-    QString labelName = parts.at(0);
-    get_label_address_array_split(labelName, droppedIndex);
+    const QString labelName = parts.at(0).name().toString();
     const Label_Type_Info* label = tavmir::findLabel(labelName);
     if (!label) {
         tavmir::diagnosticLine(kFile, kInfoFunction, tavmir::kLineLabelNotFound, tavmir::kError)
@@ -214,16 +192,14 @@ int get_label_address_info(const QString& address, ControlInformationM& info)
         return kLabelWithoutVariables;
     }
 
-    QString variableName = parts.at(1);
-    get_label_address_array_split(variableName, droppedIndex);
     const Label_Type_Info& variables = label->elementType.first();
     if (!tavmir::membersAreComplete(variables))
         return kAddressRefused;
-    const Label_Type_Info* variable = tavmir::findMember(variables, variableName);
+    const Label_Type_Info* variable = tavmir::findMember(variables, parts.at(1).name());
     if (!variable)
         return kAddressRefused;
     info.elementAddress = variable->offset;
-    return get_label_address_1(*variable, parts, 1, info);
+    return resolve(*variable, parts, 1, info);
 }
 
 int get_label_address_query(const QStringList& parts, int partIndex)
