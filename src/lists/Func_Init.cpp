@@ -5,9 +5,8 @@
 #include "core/effective_station.h"
 #include "core/shared_words.h"
 #include "core/wrapping.h"
+#include "lists/class_elements.h"
 #include "tavmir_kx_tcp/host_interface.h"
-
-#include <QtCore/QMap>
 
 #include <vector>
 
@@ -16,8 +15,20 @@ namespace {
 const char kFile[] = "Func_Init";
 const char kFunction[] = "ReCreatReadVarList";
 
-// The elements of one class by address: ascending, one entry an address, the last one wins.
-typedef QMap<qint32, RW_VAR> ElementsByAddress;
+const int kClasses = tavmir::kDoubleWords + 1;
+
+// What the elements of one of the host's variables share.
+struct ExpandedVariable {
+    const HOSTVAR* var;
+    qint32 station;
+    qint32 dataType;
+};
+
+// All variables, and their elements by class.
+struct Expansion {
+    std::vector<ExpandedVariable> variables;
+    tavmir::ClassElements classes[kClasses];
+};
 
 // What the closing log says of an entry.
 struct EntryNumbers {
@@ -52,17 +63,9 @@ qint32 polledElements(qint32 count, const ControlInformationM& info)
     }
 }
 
-void addElements(ElementsByAddress& elements, RW_VAR& element, qint32 count, qint32 step)
-{
-    for (qint32 i = 0; i < count; ++i) {
-        elements.insert(element.elementAddress, element);
-        element.elementAddress = tavmir::wrapAdd(element.elementAddress, step);
-    }
-}
-
 // Expands one host variable; false when its data type cannot be polled. A refused address is
 // logged and expands to nothing.
-bool expand(const HOSTVAR& var, RW_VAR& element, ElementsByAddress* classes)
+bool expand(const HOSTVAR& var, Expansion& expansion)
 {
     ControlInformationM info;
     if (get_label_address_info(var.addressText, info) != kAddressResolved) {
@@ -73,26 +76,46 @@ bool expand(const HOSTVAR& var, RW_VAR& element, ElementsByAddress* classes)
     const tavmir::DataType* type = tavmir::findDataType(info.dataType);
     if (!type)
         return false;
-    element.addressText = var.addressText;
-    element.auxText = var.auxText;
-    element.station = tavmir::effectiveStation(var.station);
-    element.dataType = info.dataType;
-    element.elementAddress = info.elementAddress;
-    addElements(classes[type->elementClass], element, polledElements(var.count, info),
-                info.elementWidth);
+    const ExpandedVariable expanded = {&var, tavmir::effectiveStation(var.station), info.dataType};
+    const qint32 record = static_cast<qint32>(expansion.variables.size());
+    expansion.variables.push_back(expanded);
+    expansion.classes[type->elementClass].add(record, info.elementAddress, info.elementWidth,
+                                              polledElements(var.count, info));
     return true;
 }
 
-std::vector<EntryNumbers> appendInOrder(const ElementsByAddress* classes, QList<RW_VAR>& list)
+// Appends the elements of one class; neighbours of one variable share what is set for the first.
+void appendClass(const std::vector<ExpandedVariable>& variables,
+                 const std::vector<tavmir::ClassElements::Element>& elements, RW_VAR& entry,
+                 QList<RW_VAR>& list, std::vector<EntryNumbers>& numbers)
 {
-    std::vector<EntryNumbers> numbers;
-    for (int i = tavmir::kBits; i <= tavmir::kDoubleWords; ++i) {
-        for (ElementsByAddress::const_iterator it = classes[i].begin(); it != classes[i].end(); ++it) {
-            const EntryNumbers entry = {it->station, it->dataType, it->elementAddress, it->count};
-            numbers.push_back(entry);
-            list.append(*it);
+    qint32 record = -1;
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+        if (elements[i].record != record) {
+            record = elements[i].record;
+            const ExpandedVariable& variable = variables[static_cast<std::size_t>(record)];
+            entry.addressText = variable.var->addressText;
+            entry.auxText = variable.var->auxText;
+            entry.station = variable.station;
+            entry.dataType = variable.dataType;
         }
+        entry.elementAddress = elements[i].address;
+        list.append(entry);
+        const EntryNumbers line = {entry.station, entry.dataType, entry.elementAddress, entry.count};
+        numbers.push_back(line);
     }
+}
+
+std::vector<EntryNumbers> appendInOrder(Expansion& expansion, RW_VAR& entry, QList<RW_VAR>& list)
+{
+    std::size_t total = 0;
+    for (int i = 0; i < kClasses; ++i)
+        total += expansion.classes[i].inOrder().size();
+    std::vector<EntryNumbers> numbers;
+    numbers.reserve(total);
+    list.reserve(static_cast<int>(total));
+    for (int i = 0; i < kClasses; ++i)
+        appendClass(expansion.variables, expansion.classes[i].inOrder(), entry, list, numbers);
     return numbers;
 }
 
@@ -122,16 +145,17 @@ int ReCreatReadVarList(QList<HOSTVAR>* vars)
     tavmir::storeShared(PLC_driver.scanCount, 0);
     tavmir::storeShared(PLC_driver.comInfo->scanDone, 0);
 
-    RW_VAR element = elementTemplate();
-    ElementsByAddress classes[tavmir::kDoubleWords + 1];
+    RW_VAR entry = elementTemplate();
+    Expansion expansion;
     const QList<HOSTVAR>& hostVars = *vars;
     for (QList<HOSTVAR>::const_iterator var = hostVars.begin(); var != hostVars.end(); ++var) {
         // `listMutex` stays locked: a host that passes such a type is stopped at its next call
         // into the lists, and hosts are written to expect that.
-        if (!expand(*var, element, classes))
+        if (!expand(*var, expansion))
             return 0;
     }
-    const std::vector<EntryNumbers> entries = appendInOrder(classes, PLC_driver.pendingReadList);
+    const std::vector<EntryNumbers> entries =
+        appendInOrder(expansion, entry, PLC_driver.pendingReadList);
     PLC_driver.listMutex.unlock();
 
     // From here on the cycle may take the list: the lines are written from the copy.

@@ -7,26 +7,45 @@
 
 #include <QtCore/QMutexLocker>
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 
 const int kOnceReadLimit = 1024;
 const qint32 kTextStep = 16;
 
-bool sameElement(const RW_VAR& a, const RW_VAR& b)
+// All but the address.
+bool sameVariable(const RW_VAR& a, const RW_VAR& b)
 {
     return a.hostKey == b.hostKey && a.varKey == b.varKey && a.station == b.station &&
-           a.elementAddress == b.elementAddress && a.count == b.count &&
-           a.hostData4 == b.hostData4 && a.dataType == b.dataType && a.hostData13 == b.hostData13;
+           a.count == b.count && a.hostData4 == b.hostData4 && a.dataType == b.dataType &&
+           a.hostData13 == b.hostData13;
 }
 
+// Hosts may change the list itself, so each call looks at all of it once; but not once for each
+// of its elements.
 bool isQueued(const RW_VAR& var)
 {
     const QList<RW_VAR>& list = PLC_driver.onceReadList;
     for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end(); ++entry) {
-        if (sameElement(*entry, var))
+        if (entry->elementAddress == var.elementAddress && sameVariable(*entry, var))
             return true;
     }
     return false;
+}
+
+// Addresses at which the variable is queued, ascending.
+std::vector<qint32> queuedAddresses(const RW_VAR& var)
+{
+    std::vector<qint32> addresses;
+    const QList<RW_VAR>& list = PLC_driver.onceReadList;
+    for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end(); ++entry) {
+        if (sameVariable(*entry, var))
+            addresses.push_back(entry->elementAddress);
+    }
+    std::sort(addresses.begin(), addresses.end());
+    return addresses;
 }
 
 qint32 withinArray(qint32 count, const ControlInformationM& info)
@@ -55,6 +74,14 @@ qint32 onceReadElements(qint32 count, const ControlInformationM& info)
 void queueElements(RW_VAR& var, qint32 elements, qint32 step)
 {
     QList<RW_VAR>& list = PLC_driver.onceReadList;
+    if (elements == 1) {
+        if (list.size() < kOnceReadLimit && !isQueued(var))
+            list.append(var);
+        var.elementAddress = tavmir::wrapAdd(var.elementAddress, step);
+        return;
+    }
+    // Looked up once: the list is full long before the addresses of one call come round.
+    const std::vector<qint32> queued = queuedAddresses(var);
     for (qint32 i = 0; i < elements; ++i) {
         if (list.size() >= kOnceReadLimit) {
             // A full list takes no more: only the address has to arrive where it would.
@@ -63,7 +90,7 @@ void queueElements(RW_VAR& var, qint32 elements, qint32 step)
                 tavmir::wrapAdd(var.elementAddress, tavmir::wrapMultiply(rest, step));
             return;
         }
-        if (!isQueued(var))
+        if (!std::binary_search(queued.begin(), queued.end(), var.elementAddress))
             list.append(var);
         var.elementAddress = tavmir::wrapAdd(var.elementAddress, step);
     }
