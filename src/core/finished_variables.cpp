@@ -6,7 +6,29 @@ namespace tavmir {
 
 namespace {
 
-typedef std::pair<std::pair<int, int>, int> PairAndPlace;
+typedef std::pair<int, int> Pair;
+typedef std::pair<Pair, int> PairAndPlace;
+
+// Tells most pairs that are not in a set at first sight: thousands of writes may wait behind a
+// finished batch, and nearly all of them are of other variables.
+class PairFilter
+{
+public:
+    void add(const Pair& pair) { bits_[bitOf(pair)] = true; }
+    bool mayContain(const Pair& pair) const { return bits_[bitOf(pair)]; }
+
+private:
+    enum { kBitNumberBits = 11 };
+
+    static std::size_t bitOf(const Pair& pair)
+    {
+        const quint32 mixed = static_cast<quint32>(pair.first) * 0x85EBCA6Bu +
+                              static_cast<quint32>(pair.second) * 0x9E3779B1u;
+        return mixed >> (32 - kBitNumberBits);
+    }
+
+    std::bitset<1u << kBitNumberBits> bits_;
+};
 
 } // namespace
 
@@ -28,13 +50,18 @@ FinishedVariables::Flags FinishedVariables::findIn(const QList<RW_VAR>& list) co
 {
     Flags found;
     PairAndPlace sorted[kBatchSlots];
-    for (int i = 0; i < count_; ++i)
+    PairFilter filter;
+    for (int i = 0; i < count_; ++i) {
         sorted[i] = PairAndPlace(pairs_[i], i);
+        filter.add(pairs_[i]);
+    }
     std::sort(sorted, sorted + count_);
 
     int missing = count_;
     for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end() && missing > 0; ++entry) {
         const Pair pair(entry->hostKey, entry->varKey);
+        if (!filter.mayContain(pair))
+            continue;
         const PairAndPlace* place = std::lower_bound(sorted, sorted + count_, PairAndPlace(pair, 0));
         if (place == sorted + count_ || place->first != pair)
             continue;
