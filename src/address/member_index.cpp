@@ -39,11 +39,11 @@ bool hasRecordsBelow(const Label_Type_Info& record)
 
 IndexedList::IndexedList(const QList<Label_Type_Info>& members) : members_(members)
 {
-    std::size_t slots = 1;
-    while (slots < 2 * static_cast<std::size_t>(members.size()))
-        slots *= 2;
+    std::size_t slotCount = 1;
+    while (slotCount < 2 * static_cast<std::size_t>(members.size()))
+        slotCount *= 2;
     const Slot free = {0, -1};
-    slots_.assign(slots, free);
+    slots_.assign(slotCount, free);
     for (int i = 0; i < members_.size(); ++i) {
         const TextPiece name = pieceOf(members_.at(i).name);
         const quint32 hash = hashOf(name);
