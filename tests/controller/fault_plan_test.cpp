@@ -125,6 +125,17 @@ TEST(FaultPlan, ARuleBehindOthersDoesNotMoveTheirs)
     EXPECT_EQ(numbersOf(FaultKind::Drop, alone), numbersOf(FaultKind::Drop, together));
 }
 
+TEST(FaultPlan, ARuleBeforeOthersOnlyHidesTheirsWhereItApplies)
+{
+    const auto hidden = decisions({rule("drop=0.5"), rule("cut=0.3")}, 7, 1000);
+    const auto shown = decisions({rule("drop=0"), rule("cut=0.3")}, 7, 1000);
+    for (std::size_t i = 0; i < hidden.size(); ++i) {
+        if (hidden[i] != FaultKind::Drop) {
+            ASSERT_EQ(hidden[i], shown[i]) << i;
+        }
+    }
+}
+
 TEST(FaultPlan, RulesOfTheSameProbabilityDrawForThemselves)
 {
     const auto kinds = decisions({rule("drop=0.5"), rule("cut=0.5")}, 7, 1000);

@@ -114,6 +114,17 @@ TEST_F(ControllerFaults, LateRepliesCountAgainstTheClientsLimit)
     EXPECT_EQ(statistics().clientsTooSlow, 1u);
 }
 
+TEST_F(ControllerFaults, RepliesThatWentOutNoLongerCountAgainstTheLimit)
+{
+    settings.delayMs = 1;
+    settings.lateMs = 1;
+    settings.mostUnsentBytes = 20;
+    startWith({"delay%2", "late=1"});
+    for (int i = 0; i < 20; ++i)
+        ASSERT_EQ(client.exchange(request(i), 15), goodReply(i));
+    EXPECT_EQ(statistics().clientsTooSlow, 0u);
+}
+
 TEST_F(ControllerFaults, ALateReplyOfAClientThatLeftIsForgotten)
 {
     settings.lateMs = 1;
