@@ -2,6 +2,7 @@
 #include "probe/scripted_controller.h"
 #include "real_read.h"
 #include "support/diagnostic_capture.h"
+#include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -137,7 +138,17 @@ TEST(DriverLibraryNames, AllAreThere)
     ASSERT_EQ(library.load(TAVMIR_DRIVER_FILE), "");
     EXPECT_EQ(library.missingNames(), std::vector<std::string>());
     EXPECT_EQ(library.version(), TAVMIR_VERSION);
-    EXPECT_FALSE(severalQtLoaded());
+}
+
+TEST(DriverLibraryNames, ALibraryForTheOtherQtIsNotLoaded)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.writeFile(
+        "other.so", (QT_VERSION < 0x050000 ? "libQt5Core.so.5" : "libQtCore.so.4"));
+    DriverLibrary library;
+    EXPECT_EQ(library.load(file),
+              file + ": made for another Qt than this program's " QT_VERSION_STR);
+    EXPECT_EQ(library.path(), "");
 }
 
 TEST(DriverLibraryNames, AMissingFileIsExplained)

@@ -8,6 +8,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <iterator>
 
 namespace tavmir
 {
@@ -31,6 +32,17 @@ std::string besideThisProgram()
     return access(path.c_str(), R_OK) == 0 ? path : std::string();
 }
 
+// True when the file names the QtCore that this program does not use. Two of them in one process
+// take one another's functions.
+bool madeForTheOtherQt(const std::string& file)
+{
+    const char* other = QT_VERSION < 0x050000 ? "libQt5Core.so.5" : "libQtCore.so.4";
+    std::ifstream library(file.c_str(), std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(library)),
+                            std::istreambuf_iterator<char>());
+    return bytes.find(other) != std::string::npos;
+}
+
 template <typename Pointer> void resolve(void* handle, const char* name, Pointer& pointer)
 {
     void* address = dlsym(handle, name);
@@ -52,6 +64,8 @@ std::string DriverLibrary::load(const std::string& file)
     std::string name = file.empty() ? besideThisProgram() : file;
     if (name.empty())
         name = kLibraryName;
+    if (madeForTheOtherQt(name))
+        return name + ": made for another Qt than this program's " + QT_VERSION_STR;
     handle = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle != nullptr)
         return std::string();
@@ -122,18 +136,6 @@ DriverCalls DriverLibrary::calls() const
     resolve(handle, "DataCom", calls.takeAnswer);
     resolve(handle, "GetRegisterData", calls.getValues);
     return calls;
-}
-
-bool severalQtLoaded()
-{
-    std::ifstream maps("/proc/self/maps");
-    bool qt4 = false;
-    bool qt5 = false;
-    for (std::string line; std::getline(maps, line);) {
-        qt4 = qt4 || line.find("/libQtCore.so.4") != std::string::npos;
-        qt5 = qt5 || line.find("/libQt5Core.so.5") != std::string::npos;
-    }
-    return qt4 && qt5;
 }
 
 } // namespace probe

@@ -35,7 +35,9 @@ public:
 
     // Loads `file`, or with an empty name the library beside this program, or else the one that
     // the loader finds.
-    //   result  empty, or the loader's words
+    // A library that is made for the other Qt is refused before it can do harm, when its file is
+    // known beforehand.
+    //   result  empty, or what is wrong, mostly in the loader's words
     std::string load(const std::string& file);
 
     // The loaded file with symbolic links resolved; its name ends in the version.
@@ -56,10 +58,6 @@ public:
 private:
     void* handle;
 };
-
-// More than one QtCore in this process, as when a driver for one Qt meets a program for another;
-// records then look alike and nothing works.
-bool severalQtLoaded();
 
 } // namespace probe
 } // namespace tavmir

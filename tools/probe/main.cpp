@@ -67,10 +67,6 @@ bool probe(const Options& options)
     std::printf("version    %s (probe %s)\n", library.version().c_str(), TAVMIR_VERSION);
     std::printf("Qt         %s (probe built with %s)\n", qVersion(), QT_VERSION_STR);
     std::printf("pointers   %zu bits\n", 8 * sizeof(void*));
-    if (severalQtLoaded()) {
-        std::printf("failed     the library needs another Qt than this program\n");
-        return false;
-    }
     printRecords(options.records);
     if (!printNames(library))
         return false;
