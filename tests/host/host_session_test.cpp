@@ -2,6 +2,7 @@
 #include "host/host_session.h"
 
 #include "fake_controller.h"
+#include "host/host_checks.h"
 #include "host/message_log.h"
 #include "project/address_expansion.h"
 #include "project/project_reader.h"
@@ -367,6 +368,56 @@ TEST_F(Session, StationsThatWouldShareARequestAreRefusedBeforeTheDriverIsCalled)
     EXPECT_EQ("M.w of station 1 and M.grid[1,1] of station 2 would share a request, which carries "
               "one station only",
               session_->setUp().toStdString());
+}
+
+TEST_F(Session, ElementsThatAreNotTheProjectsNeverReachTheDriver)
+{
+    open();
+    Element stranger = element("M.w");
+    stranger.addressText = "M.cells[0]"; // resolves to no type: the rebuild would keep its lock
+    std::vector<PolledElement> polled(1);
+    polled[0].element = stranger;
+    EXPECT_EQ("M.cells[0] is a whole structure", session_->poll(polled).toStdString());
+    EXPECT_FALSE(session_->readOnce(stranger, Deadline(kPatientMs)).has_value());
+    EXPECT_FALSE(
+        session_->queueWrite(stranger, QByteArray(2, 'x'), Deadline(kPatientMs)).has_value());
+    EXPECT_FALSE(
+        session_->queueWrite(element("M.w.b[1]"), QByteArray(1, '\1'), Deadline(kPatientMs))
+            .has_value());
+    EXPECT_EQ(OperationState::failed,
+              session_->write(stranger, QByteArray(2, 'x'), Deadline(kPatientMs)).state);
+    stranger = element("M.w");
+    stranger.type = project::DataType::dword;
+    polled[0].element = stranger;
+    EXPECT_EQ("M.w is not what the project says", session_->poll(polled).toStdString());
+    EXPECT_TRUE(write("M.w", "1").ok());
+    EXPECT_EQ(1u, controller_.requests("efglm").size() - controller_.requests("fl").size());
+}
+
+TEST_F(Session, WriteRecordsAreCheckedBeforeTheDriverGetsThem)
+{
+    open();
+    std::optional<OperationId> id;
+    RW_VAR record;
+    record.dataType = 12;
+    record.elementAddress = 3200;
+    record.station = 1;
+    record.count = 1;
+    EXPECT_EQ("type 12 cannot be written", session_->queueRecord(record, id).toStdString());
+    record.dataType = 4;
+    record.value = QByteArray(1, '\5');
+    EXPECT_EQ("a value of 1 bytes is too short for type 4",
+              session_->queueRecord(record, id).toStdString());
+    record.value = QByteArray("\5\6");
+    EXPECT_EQ("hostData2 is 0: the acknowledgement would be decoded",
+              session_->queueRecord(record, id).toStdString());
+    EXPECT_FALSE(id.has_value());
+    record.hostData2 = 1;
+    EXPECT_EQ("", session_->queueRecord(record, id).toStdString());
+    ASSERT_TRUE(id.has_value());
+    EXPECT_TRUE(session_->await(*id, Deadline(kPatientMs)).ok());
+    EXPECT_EQ(0x0605u, controller_.get('f', 3200));
+    EXPECT_EQ("there is no record", refusalOfWriteRecord(nullptr).toStdString());
 }
 
 TEST_F(Session, StationSwitchedOffGetsNoRequests)

@@ -80,6 +80,17 @@ TEST(Tracker, DroppedOperationsFail)
     EXPECT_EQ(1u, tracker.counts(OperationKind::write).dropped);
 }
 
+TEST(Tracker, AfterTheEndNothingIsPending)
+{
+    OperationTracker tracker;
+    const OperationId before = tracker.begin(OperationKind::read, 1, 1);
+    tracker.close("over");
+    const OperationId after = tracker.begin(OperationKind::write, 1, 1);
+    EXPECT_EQ("over", tracker.await(before, Deadline(kPatientMs)).reason.toStdString());
+    EXPECT_EQ("over", tracker.await(after, Deadline(kPatientMs)).reason.toStdString());
+    EXPECT_TRUE(tracker.awaitIdle(OperationKind::write, -1, Deadline(0)));
+}
+
 TEST(Tracker, AbandonedOperationIsCountedAtItsEnd)
 {
     OperationTracker tracker;

@@ -31,9 +31,12 @@ public:
 
     ~Operator()
     {
-        lines_.stop();
+        stop();
         thread_.join();
     }
+
+    // Takes no further line.
+    void stop() { lines_.stop(); }
 
 private:
     void loop()
@@ -153,6 +156,9 @@ int runCommand(const CommandLine& line)
                       (line.durationMs >= 0 && 1000 * secondsSince(start) >= line.durationMs);
             terminal.show(currentRows(session), connected,
                           (connected ? "connected to " : "not connected to ") + controller);
+        }
+        if (commands) {
+            commands->stop();
         }
         session.stop(); // ends what the operator still waits for
     }

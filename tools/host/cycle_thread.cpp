@@ -80,9 +80,7 @@ void CycleThread::stop()
     if (thread_.joinable()) {
         thread_.join();
     }
-    const QString reason = reasonOf(ExchangeResult::stopped);
-    shared_.operations.dropAll(OperationKind::write, reason);
-    shared_.operations.dropAll(OperationKind::read, reason);
+    shared_.operations.close(reasonOf(ExchangeResult::stopped));
 }
 
 void CycleThread::loop()

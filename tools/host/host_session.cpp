@@ -1,6 +1,7 @@
 // Set-up in the driver's order, and its data exchange.
 #include "host_session.h"
 
+#include "host_checks.h"
 #include "label_tree.h"
 
 namespace tavmir::host
@@ -57,7 +58,7 @@ HostSession::~HostSession()
 QString HostSession::setUp()
 {
     const project::Connection& connection = project_.connection;
-    const QString refusal = refusalOf(polled_, connection.ownStations);
+    const QString refusal = refusalOfPolling(project_, polled_);
     if (!refusal.isEmpty()) {
         return refusal;
     }
@@ -76,7 +77,7 @@ QString HostSession::setUp()
 
 QString HostSession::poll(const std::vector<PolledElement>& polled)
 {
-    const QString refusal = refusalOf(polled, project_.connection.ownStations);
+    const QString refusal = refusalOfPolling(project_, polled);
     if (!refusal.isEmpty()) {
         return refusal;
     }
@@ -127,6 +128,9 @@ int HostSession::stationOf(const Element& element) const
 
 std::optional<OperationId> HostSession::readOnce(const Element& element, const Deadline& deadline)
 {
+    if (!refusalOfExchange(project_, element).isEmpty()) {
+        return std::nullopt;
+    }
     OperationTracker& operations = shared_.operations;
     const int elements = project::wireElementCount(element);
     const int station = stationOf(element);
@@ -161,6 +165,10 @@ std::optional<OperationId> HostSession::readOnce(const Element& element, const D
 OperationOutcome HostSession::write(const Element& element, const QByteArray& bytes,
                                     const Deadline& deadline)
 {
+    const QString refusal = refusalOfExchange(project_, element);
+    if (!refusal.isEmpty()) {
+        return {OperationState::failed, refusal};
+    }
     if (element.bitNumber) {
         return writeBit(element, bytes, deadline);
     }
@@ -172,8 +180,27 @@ OperationOutcome HostSession::write(const Element& element, const QByteArray& by
 std::optional<OperationId> HostSession::queueWrite(const Element& element, const QByteArray& bytes,
                                                    const Deadline& deadline)
 {
+    if (!refusalOfExchange(project_, element).isEmpty() || element.bitNumber) {
+        return std::nullopt;
+    }
     const std::lock_guard<std::mutex> order(writeOrder_);
     return giveWrite(element, bytes, deadline);
+}
+
+QString HostSession::queueRecord(RW_VAR record, std::optional<OperationId>& id)
+{
+    record.hostKey = OperationTracker::hostKey(OperationKind::write);
+    const QString refusal = refusalOfWriteRecord(&record);
+    if (!refusal.isEmpty()) {
+        return refusal;
+    }
+    const std::lock_guard<std::mutex> order(writeOrder_);
+    const std::lock_guard<std::mutex> gate(shared_.gate);
+    id = shared_.operations.begin(OperationKind::write, 1, record.station);
+    record.varKey = id->key;
+    api_.addWrite(&record);
+    cycle_->wake();
+    return QString();
 }
 
 OperationOutcome HostSession::writeBit(const Element& element, const QByteArray& bytes,

@@ -54,7 +54,8 @@ public:
     // When the element was last polled; none: never.
     std::optional<Clock::time_point> lastPolled(const project::Element& element);
 
-    // Queues a read from the controller; none when there was no room in time.
+    // Queues a read from the controller; none when the element is not one of the project's, or
+    // there was no room in time.
     std::optional<OperationId> readOnce(const project::Element& element, const Deadline& deadline);
 
     // Writes and waits for the driver's report. A bit is written by reading its word first and
@@ -63,10 +64,15 @@ public:
     OperationOutcome write(const project::Element& element, const QByteArray& bytes,
                            const Deadline& deadline);
 
-    // Queues a write that is no bit of a word; await it with the id. None when an earlier write
-    // to another station did not end in time.
+    // Queues a write that is no bit of a word; await it with the id. None when the element is
+    // a bit or not one of the project's, or an earlier write to another station did not end in
+    // time.
     std::optional<OperationId> queueWrite(const project::Element& element, const QByteArray& bytes,
                                           const Deadline& deadline);
+
+    // Queues a record as it stands, for hosts that make their own; it is given keys of this
+    // session. Empty, with the id, or what is wrong with it. For one station only.
+    QString queueRecord(RW_VAR record, std::optional<OperationId>& id);
 
     OperationOutcome await(const OperationId& id, const Deadline& deadline)
     {

@@ -11,7 +11,7 @@ namespace tavmir::host
 
 std::optional<QByteArray> LineReader::next()
 {
-    for (;;) {
+    while (!stopped_) {
         const int end = buffer_.indexOf('\n');
         if (end >= 0 || buffer_.size() >= kMaxLineBytes || (ended_ && !buffer_.isEmpty())) {
             const QByteArray line = end >= 0 ? buffer_.left(end) : buffer_;
@@ -36,6 +36,7 @@ std::optional<QByteArray> LineReader::next()
             ended_ = true;
         }
     }
+    return std::nullopt;
 }
 
 } // namespace tavmir::host

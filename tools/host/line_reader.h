@@ -6,6 +6,7 @@
 
 #include <QtCore/QByteArray>
 
+#include <atomic>
 #include <optional>
 
 namespace tavmir::host
@@ -22,11 +23,16 @@ public:
     std::optional<QByteArray> next();
 
     // Any thread.
-    void stop() { stop_.wake(); }
+    void stop()
+    {
+        stopped_ = true;
+        stop_.wake();
+    }
 
 private:
     int descriptor_;
     WakeEvent stop_;
+    std::atomic<bool> stopped_{false};
     QByteArray buffer_;
     bool ended_ = false;
 };

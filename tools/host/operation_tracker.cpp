@@ -21,6 +21,9 @@ OperationId OperationTracker::begin(OperationKind kind, int elements, int statio
     list.pendingElements += elements;
     ++list.counts.begun;
     list.nextKey = list.nextKey == std::numeric_limits<int>::max() ? 1 : list.nextKey + 1;
+    if (closed_) {
+        drop(list, closedReason_);
+    }
     return id;
 }
 
@@ -52,16 +55,31 @@ void OperationTracker::finished(int hostKeyOfDriver, int varKey, bool ok, const 
     changed_.notify_all();
 }
 
+void OperationTracker::drop(Kind& kind, const QString& reason)
+{
+    for (auto operation = kind.operations.begin(); operation != kind.operations.end();) {
+        const auto current = operation++;
+        if (!current->second.ended) {
+            ++kind.counts.dropped;
+            end(kind, current, OperationState::failed, reason);
+        }
+    }
+}
+
 void OperationTracker::dropAll(OperationKind kind, const QString& reason)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    Kind& list = of(kind);
-    for (auto operation = list.operations.begin(); operation != list.operations.end();) {
-        const auto current = operation++;
-        if (!current->second.ended) {
-            ++list.counts.dropped;
-            end(list, current, OperationState::failed, reason);
-        }
+    drop(of(kind), reason);
+    changed_.notify_all();
+}
+
+void OperationTracker::close(const QString& reason)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    closed_ = true;
+    closedReason_ = reason;
+    for (Kind& kind : kinds_) {
+        drop(kind, reason);
     }
     changed_.notify_all();
 }

@@ -63,6 +63,9 @@ public:
     // All pending operations of the kind end as failed.
     void dropAll(OperationKind kind, const QString& reason);
 
+    // The cycle has ended: all pending operations fail, and all that begin from now on.
+    void close(const QString& reason);
+
     // The driver did not take the operation after all.
     void cancel(const OperationId& id);
 
@@ -99,9 +102,13 @@ private:
              const QString& reason);
     static bool idleFor(const Kind& kind, int station);
 
+    void drop(Kind& kind, const QString& reason);
+
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     Kind kinds_[2];
+    bool closed_ = false;
+    QString closedReason_;
 };
 
 } // namespace tavmir::host

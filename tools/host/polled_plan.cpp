@@ -57,29 +57,6 @@ std::vector<PolledElement> polledElements(const project::Project& project)
     return list;
 }
 
-QString refusalOf(const std::vector<PolledElement>& polled, bool ownStations)
-{
-    const PolledElement* firstOfClass[3] = {nullptr, nullptr, nullptr};
-    for (const PolledElement& entry : polled) {
-        if (entry.element.type == DataType::structure) {
-            return QString("%1: a structure cannot be polled").arg(entry.element.addressText);
-        }
-        const PolledElement*& first = firstOfClass[static_cast<int>(valueClassOf(entry.element))];
-        if (first == nullptr) {
-            first = &entry;
-        }
-        if (ownStations && entry.station != first->station) {
-            return QString("%1 of station %2 and %3 of station %4 would share a request, which "
-                           "carries one station only")
-                .arg(first->element.addressText)
-                .arg(first->station)
-                .arg(entry.element.addressText)
-                .arg(entry.station);
-        }
-    }
-    return QString();
-}
-
 QList<HOSTVAR> hostRecords(const std::vector<PolledElement>& polled)
 {
     QList<HOSTVAR> records;

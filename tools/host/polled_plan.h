@@ -45,11 +45,6 @@ std::vector<WireElement> wireElements(const project::Element& element);
 // All polled elements of a checked project.
 std::vector<PolledElement> polledElements(const project::Project& project);
 
-// What of it the driver would take but answer wrongly or never return from, in words; empty
-// when nothing is wrong. Each request carries one station, so a class of values polled from
-// two stations would be read from one of them.
-QString refusalOf(const std::vector<PolledElement>& polled, bool ownStations);
-
 // The records for ReCreatReadVarList.
 QList<HOSTVAR> hostRecords(const std::vector<PolledElement>& polled);
 

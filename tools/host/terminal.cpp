@@ -17,6 +17,7 @@ namespace
 
 constexpr int kRecentMessages = 5;
 constexpr int kUsualRows = 24;
+constexpr int kUsualColumns = 80;
 constexpr char kHome[] = "\x1b[H";
 constexpr char kClearScreen[] = "\x1b[2J";
 constexpr char kClearRestOfLine[] = "\x1b[K";
@@ -27,11 +28,14 @@ QString now()
     return QDateTime::currentDateTime().toString(Qt::ISODateWithMs);
 }
 
-int terminalRows()
+winsize terminalSize()
 {
     winsize size = {};
-    const bool known = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
-    return known ? size.ws_row : kUsualRows;
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0) {
+        size.ws_row = kUsualRows;
+        size.ws_col = kUsualColumns;
+    }
+    return size;
 }
 
 void print(const QByteArray& bytes)
@@ -91,7 +95,8 @@ void Terminal::show(const std::vector<ValueRow>& rows, bool connected, const QSt
 void Terminal::showInPlace(const QStringList& lines, const QString& state)
 {
     QStringList screen(now() + "  " + state);
-    const int room = std::max(1, terminalRows() - 2 - static_cast<int>(recent_.size()));
+    const winsize size = terminalSize();
+    const int room = std::max(1, size.ws_row - 2 - static_cast<int>(recent_.size()));
     screen += lines.mid(0, room - (lines.size() > room ? 1 : 0));
     if (lines.size() > room) {
         screen << QString("… %1 more").arg(lines.size() - room + 1);
@@ -99,7 +104,7 @@ void Terminal::showInPlace(const QStringList& lines, const QString& state)
     screen += recent_;
     QByteArray bytes = first_ ? QByteArray(kClearScreen) + kHome : QByteArray(kHome);
     for (const QString& line : screen) {
-        bytes += line.toUtf8() + kClearRestOfLine + "\r\n";
+        bytes += line.left(size.ws_col).toUtf8() + kClearRestOfLine + "\r\n";
     }
     print(bytes + kClearBelow);
 }
