@@ -9,15 +9,16 @@ namespace {
 // pointer. The window's start tells which of the two it did.
 bool moveFirstToEnd(QList<RW_VAR>& list)
 {
-    const QList<RW_VAR>::iterator start = list.begin();
+    const QList<RW_VAR>::const_iterator start = list.constBegin();
     list.move(0, list.size() - 1);
-    return list.begin() != start;
+    return list.constBegin() != start;
 }
 
-// Appending makes QList take the window back to the start of its memory, or take more memory;
-// either way slots become free again, in proportion to the list's length.
+// Appending makes QList take the window back to the start of its memory, once that has more than
+// three slots an entry; so it gets them first, and no more than it needs.
 void makeRoomBehind(QList<RW_VAR>& list)
 {
+    list.reserve(3 * list.size() + 3);
     list.append(RW_VAR());
     list.removeLast();
 }
