@@ -6,26 +6,6 @@ namespace {
 
 using namespace tavmir::bench;
 
-const int kArrayElements = 100;
-
-// The label "Main": a plain word, a word with bits, an array, and an array of structures.
-void passMixedPlant()
-{
-    Label_Type_Info axis = arrayVariable(QString::fromLatin1("Axis"), kStructure, 100000, 16);
-    axis.elementSizes << 96;
-    axis.elementType << structureType(QList<Label_Type_Info>()
-                                      << variable(QString::fromLatin1("Position"), kDoubleWord, 0)
-                                      << variable(QString::fromLatin1("Velocity"), kDoubleWord, 32));
-    QList<Label_Type_Info> labels;
-    labels << label(QString::fromLatin1("Main"),
-                    QList<Label_Type_Info>()
-                        << variable(QString::fromLatin1("Speed"), kWord, 16)
-                        << variable(QString::fromLatin1("State"), kWord | kBitSuffix, 32)
-                        << arrayVariable(QString::fromLatin1("Recipe"), kWord, 1600, kArrayElements)
-                        << axis);
-    PassVarName_2(&labels);
-}
-
 struct Access {
     const char* address;
     int count;

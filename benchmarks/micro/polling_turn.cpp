@@ -11,11 +11,16 @@ void pollingTurn(benchmark::State& state, int type)
 {
     const int entries = static_cast<int>(state.range(0));
     resetDriver();
-    passPlant(entries, type);
-    QList<HOSTVAR> vars = polledVariables(entries);
-    ReCreatReadVarList(&vars);
-    // A first pass, so that the caches hold every value as they do on a running panel.
-    for (int covered = 0; covered < 2 * entries && goodTurn(); covered += PLC_driver.batchCount) {
+    for (int i = 0; i < entries; ++i) {
+        RW_VAR var;
+        var.dataType = type;
+        var.elementAddress = 64 * i; // no two adjacent
+        var.count = 1;
+        AddListReadVar(&var);
+    }
+    // Passes beforehand, so that the caches hold every value and the list has its room to turn,
+    // as on a running panel.
+    for (int covered = 0; covered < 3 * entries && goodTurn(); covered += PLC_driver.batchCount) {
     }
 
     const MeasuredCalls calls;

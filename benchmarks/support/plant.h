@@ -31,6 +31,13 @@ QString variableName(int i);
 // `count` variables of one type, no two adjacent.
 QList<Label_Type_Info> variables(int count, int typeFlags);
 
+// Elements of the array of `passMixedPlant`.
+const int kArrayElements = 100;
+
+// The label "Main" with one variable of each shape: the word Speed, the word State with bits, the
+// array Recipe, and Axis, an array of structures with the members Position and Velocity.
+void passMixedPlant();
+
 // One label "Main" with `count` such variables, and its address texts "Main.Variable17".
 void passPlant(int count, int typeFlags);
 QList<HOSTVAR> polledVariables(int count);
