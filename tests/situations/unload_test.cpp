@@ -1,0 +1,53 @@
+// The driver is unloaded while a request is in flight: the host's cycle is stopped, the request
+// stays unanswered, the library goes, and can be loaded again.
+#include "host/cycle_thread.h"
+#include "host/driver_loader.h"
+#include "scripted_controller.h"
+#include "support/wait_until.h"
+
+#include <gtest/gtest.h>
+
+namespace tavmir::situations
+{
+namespace
+{
+
+TEST(Unload, WhileARequestIsInFlight)
+{
+    std::atomic<int> requests{0};
+    ScriptedController controller;
+    controller.start([&](Peer& peer) {
+        while (!peer.request().isEmpty())
+            ++requests;
+    });
+    host::LinkOptions options;
+    options.host = QString::fromLatin1("127.0.0.1");
+    options.port = controller.port();
+    options.replyTimeoutMs = 60000;
+
+    for (int loading = 1; loading <= 3; ++loading) {
+        QStringList problems;
+        const std::unique_ptr<host::Driver> driver =
+            host::Driver::load(QString::fromLatin1(TAVMIR_DRIVER_FILE), problems);
+        ASSERT_TRUE(driver) << problems.join('\n').toStdString();
+        ComInfo words = {};
+        words.defaultStation = 1;
+        driver->api().setComInfo(&words);
+        driver->api().registerCallbacks(nullptr, nullptr);
+        RW_VAR polled;
+        polled.dataType = 4;
+        polled.elementAddress = 16;
+        polled.station = 1;
+        polled.count = 1;
+        ASSERT_EQ(1, driver->api().addPolled(&polled)) << "a driver that nobody used before";
+
+        host::CycleShared shared;
+        host::CycleThread cycle(driver->api(), shared, options, 0, [](bool, const QString&) {});
+        cycle.start();
+        ASSERT_TRUE(test::waitUntil([&] { return requests >= loading; }));
+        cycle.stop();
+    }
+}
+
+} // namespace
+} // namespace tavmir::situations
