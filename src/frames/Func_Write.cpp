@@ -58,7 +58,10 @@ void WriteAnalog()
 
 void WriteRegister()
 {
+    const int queued = PLC_driver.protocolList.size();
     WriteAnalog();
+    if (PLC_driver.protocolList.size() == queued)
+        return;
     // While the link is marked failed, SetRegisterData has stored the values already.
     if (tavmir::loadShared(PLC_driver.commFailed))
         return;

@@ -221,9 +221,12 @@ TEST_F(WriteRequest, ABatchThatDoesNotFitTheWorkAreaMakesNone)
     makeBatch(batch);
     WriteAnalog();
     EXPECT_EQ(PLC_driver.protocolList.size(), 1);
+    WriteRegister();
     PLC_driver.batchCount = INT_MAX;
     WriteAnalog();
+    WriteRegister();
     EXPECT_EQ(PLC_driver.protocolList.size(), 1);
+    EXPECT_TRUE(PLC_driver.dwordCache.isEmpty()) << "what is not sent is not stored";
 }
 
 TEST_F(WriteRequest, TheHookDoesNothing)
