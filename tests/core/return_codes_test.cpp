@@ -78,6 +78,12 @@ TEST_F(ReturnCodes, OtherHostKeysGiveTheFirstCodeOfTheBand)
     }
 }
 
+TEST_F(ReturnCodes, WithoutARequestAFailureIsTheFirstCodeOfItsBand)
+{
+    EXPECT_EQ(GetDriverReturnValue(2), 41);
+    EXPECT_EQ(SwitchErrorReturn(10), 11);
+}
+
 TEST_F(ReturnCodes, SwitchErrorReturnAddsOneAndTheHostKeyToAnyBase)
 {
     requestInFlight(11);
