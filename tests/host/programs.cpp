@@ -1,7 +1,10 @@
 // QProcess, read step by step.
 #include "programs.h"
 
+#include "support/temporary_folder.h"
+
 #include <QtCore/QDeadlineTimer>
+#include <QtCore/QFile>
 
 #include <csignal>
 #include <sys/types.h>
@@ -84,9 +87,21 @@ Controller::Controller(int port)
     }
 }
 
+QString patientProject()
+{
+    static const test::TemporaryFolder folder;
+    QFile example(TAVMIR_EXAMPLE_PROJECT);
+    example.open(QIODevice::ReadOnly);
+    QByteArray text = example.readAll();
+    text.replace("\"connectTimeoutMs\": 1000", "\"connectTimeoutMs\": 20000");
+    text.replace("\"replyTimeoutMs\": 500", "\"replyTimeoutMs\": 20000");
+    text.replace("\"reconnectMaxMs\": 5000", "\"reconnectMaxMs\": 400");
+    return QString::fromStdString(folder.writeFile("plant.json", text.toStdString()));
+}
+
 QStringList hostArguments(const QString& command, const QString& place, const QStringList& more)
 {
-    return QStringList{command, TAVMIR_EXAMPLE_PROJECT, "--connect", place} + more;
+    return QStringList{command, patientProject(), "--connect", place} + more;
 }
 
 } // namespace tavmir::host

@@ -50,7 +50,11 @@ private:
     int port_ = 0;
 };
 
-// Arguments of tavmir-host: the command, the example project, the controller, then the rest.
+// The example project with time-outs that a busy machine does not reach, and short pauses
+// before it connects again.
+QString patientProject();
+
+// Arguments of tavmir-host: the command, that project, the controller, then the rest.
 QStringList hostArguments(const QString& command, const QString& place,
                           const QStringList& more = {});
 

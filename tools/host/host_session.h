@@ -46,6 +46,7 @@ public:
     void stop() { cycle_->stop(); }
 
     // Replaces the polled elements while the cycle may run. As setUp: empty, or what is wrong.
+    // Call it on the thread that looks at polled().
     QString poll(const std::vector<PolledElement>& polled);
     const std::vector<PolledElement>& polled() const { return polled_; }
 
