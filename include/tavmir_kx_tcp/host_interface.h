@@ -13,7 +13,9 @@
 //              AddListWriteVar, AddListOnceReadVar, ReCreatReadVarList
 //        ──▶ unload library (no call may be running)
 //
-// Nothing here throws. Results are integers. The driver keeps pointers to what the
+// Nothing here throws, but a host that asks for more memory than there is ends the process.
+// Diagnostic lines are written from inside calls, some with `listMutex` (a rebuild) or
+// `cacheMutex` (a reply) held: a message handler must not call the driver. Results are integers. The driver keeps pointers to what the
 // host owns (`ComInfo`, the local areas) and never frees them; what it stores from
 // records and lists are copies.
 //
@@ -61,7 +63,7 @@ struct ComInfo {
     qint32 hostWord14;     // word 14: copied into `hostData3` of every element made
     qint32 hostWord15;     // word 15: copied into `hostData4` of every element made
     qint32 writeMode;      // word 16: 2: writes go to the controller; else caches only
-    qint32 scanDone;       // word 17: 1: full pass done or nothing to send; 0: given up
+    qint32 scanDone;       // word 17: 1: full pass done or nothing to send; 0: given up, rebuilt
     qint32 comStation;     // word 18: first argument of `varDoneCallback`
 };
 
@@ -169,15 +171,15 @@ struct HOSTVAR {
 // Both are called from inside `DataCom`, on the thread that called it, with `listMutex`
 // held: they must not block, and must not call `AddListWriteVar`, `AddListOnceReadVar`,
 // `ReCreatReadVarList`, `ComCommunication` or `DataCom`, nor `SetRegisterData` while
-// `writeMode` is 2; any of these would wait for that mutex for ever. `GetRegisterData` is
-// allowed. What they return is ignored.
+// `writeMode` is 2; these would wait for that mutex for ever, or upset the turn that is about to
+// end. `GetRegisterData` is allowed. What they return is ignored.
 
 // A write or one-shot read of the variable (hostKey, varKey) ended.
 //   station  ComInfo::comStation
 //   result   1 completed, 2 failed
 typedef int (*VarDoneCallback)(int station, int hostKey, int varKey, int result);
 
-// A request was given up after `retryLimit` repeats.
+// A request was given up: the failures since the last give-up exceed `retryLimit`.
 //   vars     always empty
 //   hostKey  that of the variable whose poll ended last
 //   flag     always 1
@@ -194,7 +196,11 @@ typedef int (*CommFailCallback)(QList<RW_VAR> vars, int hostKey, int flag);
 //   station  hold `stationMutex`
 //   cycle    only on the communication thread, between calls of the cycle
 //   set-up   only before the cycle starts
-// No two of the mutexes are ever held together.
+// Read entries in place and keep no copy of a list: a list that is shared moves its entries when
+// it is changed next, and the request in flight points at them.
+// The driver itself never holds two of the mutexes. A callback that reads values takes
+// `cacheMutex` while `listMutex` is held, so a host that locks `cacheMutex` itself must not wait
+// for `listMutex` meanwhile.
 class TAVMIR_KX_TCP_EXPORT Communication_Protocol {
 public:
     Communication_Protocol();
@@ -271,7 +277,8 @@ TAVMIR_KX_TCP_EXPORT void FlashLocalRegister(void* lb, void* lw, void* rwi);
 //   labels  owned by the host, may be released after the call; null or empty: nothing happens.
 // Nothing is validated: an address that needs a record which contradicts itself (a member
 // count above the number of members, bounds missing, no structure type) is refused when it
-// is parsed.
+// is parsed; below a structure variable it resolves to data type 0 instead, which
+// `ReCreatReadVarList` takes as a type that cannot be polled.
 // Thread: any, while no other thread is inside a call that parses addresses
 // (`AddListOnceReadVar`, `ReCreatReadVarList`, `GetRegisterData`, `SetRegisterData`).
 // Locks: none.
@@ -286,7 +293,8 @@ TAVMIR_KX_TCP_EXPORT int AddListReadVar(const RW_VAR* var);
 
 // Queues a write of one element, as it stands.
 //   var     `value` holds 1, 2 or 4 bytes for types 1; 4 and 10; 6 and 7, sent in that order;
-//           missing bytes are sent as zero. `hostData2` must not be 0: with 0 the
+//           missing bytes are sent as zero. `count` is 1: each further one would store a
+//           value under a neighbouring key of the cache. `hostData2` must not be 0: with 0 the
 //           acknowledgement would be decoded as values. Null is a host error. A `dataType`
 //           that has no write encoding is dropped with a diagnostic line, and with it the
 //           neighbours of that type in its batch; no callback reports them.
@@ -295,11 +303,14 @@ TAVMIR_KX_TCP_EXPORT int AddListReadVar(const RW_VAR* var);
 TAVMIR_KX_TCP_EXPORT int AddListWriteVar(const RW_VAR* var);
 
 // Parses `addressText` and queues one-element reads that are done once.
-//   var     in: hostKey, varKey, addressText, station, count, hostData4, hostData13.
+//   var     in: hostKey, varKey, addressText, station, count; the other members are copied
+//           into each entry. `hostData2` must be 0, otherwise the values are not stored.
 //           `count` counts elements, for the 32-bit types 16-bit units; it is cut to 1 for
-//           an address that is no array element, and to the array's last dimension.
-//           out: dataType, station, count = 1, elementAddress behind the last element.
-//           Null is a host error.
+//           an address that is no array element, and to the array's last dimension; for a
+//           text it is cut to the text's width only.
+//           out: dataType, station, count = 1, elementAddress behind the last element; when
+//           the data type cannot be read, dataType and station only; when the address is
+//           refused, nothing. Null is a host error.
 //   result  entries in the one-shot list (at most 1024: what does not fit is dropped), or 0
 //           when the address is refused or its data type cannot be read
 // Elements already queued are not queued twice.
@@ -345,9 +356,9 @@ TAVMIR_KX_TCP_EXPORT RW_VAR* DataCom(QByteArray* reply, int received);
 // reads as zero.
 //   address  an address text; "label.variable[index].member" or with a bit "….b[5]"
 //   data     receives: type 1: `count` bytes; 4 and 10: 2 bytes an element; 6 and 7: 4 bytes
-//            for each two of `count`; a bit address: `count` bytes of 0 or 1. An address that
-//            is no array element yields one element, the rest stays zero. Null: nothing is
-//            stored.
+//            for each two of `count`; a bit address: `count` bytes of 0 or 1. A text yields
+//            all its words, an array element at most the size of its last dimension, any other
+//            address one element; the rest stays zero. Null: the values go nowhere.
 //   count    elements; for types 6 and 7 in 16-bit units; below 1: no elements
 //   result   0 when the address is refused (`data` is then 2 * count zero bytes), else 1
 // Thread: any, also a callback; not beside `PassVarName_2`. Locks: takes `cacheMutex`.

@@ -20,6 +20,31 @@ const char kEntryFunction[] = "get_label_address_1";
 const qint32 kTextArrayStride = 256; // bits from one text of an array to the next
 const int kBitNumberRadix = 10;
 
+// Takes a bracket suffix off a part: "Axis[1,2]" gives "Axis" and "1,2". It starts at the last
+// '[' when there is any ']' too; the closing bracket is taken to be the last character and is not
+// searched for: "x[1]yz" gives "x" and "1]y". False, and no index text, without a suffix.
+bool get_label_address_array_split(const tavmir::AddressPart& part, tavmir::TextPiece& name,
+                                   tavmir::TextPiece& indexText)
+{
+    name = part.whole;
+    indexText = part.whole;
+    indexText.size = 0;
+    if (part.open < 0 || part.close < 0)
+        return false;
+    name.size = part.open;
+    indexText.text += part.open + 1;
+    indexText.size = qMax(0, part.whole.size - part.open - 2);
+    return true;
+}
+
+tavmir::TextPiece nameOf(const tavmir::AddressPart& part)
+{
+    tavmir::TextPiece name;
+    tavmir::TextPiece dropped;
+    get_label_address_array_split(part, name, dropped);
+    return name;
+}
+
 int logged(tavmir::DiagnosticLineNumber line, int result)
 {
     tavmir::diagnosticLine(kFile, kEntryFunction, line, tavmir::kError) << "";
@@ -68,10 +93,10 @@ void resolveElement(const Label_Type_Info& entry, int typeCode, quint32 index, q
 void resolveBitSuffix(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int partIndex,
                       ControlInformationM& info)
 {
-    if (!(entry.typeFlags & tavmir::kBitSuffixFlag) || partIndex < 0 ||
+    if (!(entry.typeFlags & tavmir::kBitSuffixFlag) || parts.isEmpty() ||
         partIndex != parts.size() - 2)
         return;
-    const tavmir::AddressPart& suffix = parts.at(partIndex + 1);
+    const tavmir::AddressPart& suffix = parts.at(parts.size() - 1);
     if (suffix.open < 1 || suffix.open >= suffix.close)
         return;
     const tavmir::TextPiece number = {suffix.whole.text + suffix.open + 1,
@@ -109,14 +134,16 @@ int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int
 {
     if (partIndex < 0 || partIndex >= parts.size())
         return kAddressRefused;
-    const tavmir::AddressPart& part = parts.at(partIndex);
+    tavmir::TextPiece name;
+    tavmir::TextPiece indexText;
+    const bool indexed = get_label_address_array_split(parts.at(partIndex), name, indexText);
 
     unsigned int index = 0;
     unsigned int end = 0;
-    int pending = part.hasSuffix() ? kAddressRefused : kAddressResolved;
+    int pending = indexed ? kAddressRefused : kAddressResolved;
     if (entry.typeFlags & tavmir::kArrayFlag) {
-        pending = tavmir::linearIndex(part.indexText(), entry.dimensionCount, entry.arrayBounds,
-                                      index, &end);
+        pending = tavmir::linearIndex(indexText, entry.dimensionCount, entry.arrayBounds, index,
+                                      &end);
         if (pending != kAddressResolved)
             return logged(tavmir::kLineIndexRefused, pending);
     }
@@ -124,7 +151,7 @@ int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int
     if (entry.typeFlags & tavmir::kStructureFlag) {
         if (!tavmir::membersAreComplete(entry))
             return kAddressRefused;
-        const Label_Type_Info* member = tavmir::findMember(entry, part.name());
+        const Label_Type_Info* member = tavmir::findMember(entry, name);
         if (!member)
             return logged(tavmir::kLineMemberNotFound, kMemberNotFound);
         info.elementAddress = wrapAdd(info.elementAddress, member->offset);
@@ -178,7 +205,7 @@ int get_label_address_info(const QString& address, ControlInformationM& info)
         return kAddressTooShort;
     }
 
-    const QString labelName = parts.at(0).name().toString();
+    const QString labelName = nameOf(parts.at(0)).toString();
     const Label_Type_Info* label = tavmir::findLabel(labelName);
     if (!label) {
         tavmir::diagnosticLine(kFile, kInfoFunction, tavmir::kLineLabelNotFound, tavmir::kError)
@@ -195,7 +222,7 @@ int get_label_address_info(const QString& address, ControlInformationM& info)
     const Label_Type_Info& variables = label->elementType.first();
     if (!tavmir::membersAreComplete(variables))
         return kAddressRefused;
-    const Label_Type_Info* variable = tavmir::findMember(variables, parts.at(1).name());
+    const Label_Type_Info* variable = tavmir::findMember(variables, nameOf(parts.at(1)));
     if (!variable)
         return kAddressRefused;
     info.elementAddress = variable->offset;

@@ -22,19 +22,6 @@ void takeCharacter(AddressPart& part, ushort character)
 
 } // namespace
 
-TextPiece AddressPart::name() const
-{
-    const TextPiece piece = {whole.text, hasSuffix() ? open : whole.size};
-    return piece;
-}
-
-TextPiece AddressPart::indexText() const
-{
-    const TextPiece piece = {whole.text + (hasSuffix() ? open + 1 : 0),
-                             hasSuffix() ? qMax(0, whole.size - open - 2) : 0};
-    return piece;
-}
-
 void splitAddress(const QString& address, AddressParts& parts)
 {
     const QChar* const end = address.constData() + address.size();

@@ -34,16 +34,6 @@ struct AddressPart {
     TextPiece whole;
     int open;  // position of the last '[', -1 without
     int close; // position of the last ']', -1 without
-
-    // A bracket suffix starts at the last '[' when there is any ']' too.
-    bool hasSuffix() const { return open >= 0 && close >= 0; }
-
-    // The part without its suffix.
-    TextPiece name() const;
-
-    // What the suffix holds. Its last character is taken to be the closing bracket, whatever it
-    // is: "x[1]yz" holds "1]y". Empty without a suffix.
-    TextPiece indexText() const;
 };
 
 } // namespace tavmir

@@ -109,9 +109,11 @@ void countTurnEnd()
     ComInfo& host = *PLC_driver.comInfo;
     if (loadShared(host.scanDone) != 0)
         return;
-    const qint32 turnEnds = tavmir::wrapAdd(loadShared(PLC_driver.scanCount), 1);
+    const qint32 before = loadShared(PLC_driver.scanCount);
+    const qint32 turnEnds = tavmir::wrapAdd(before, 1);
     const bool passDone = turnEnds > PLC_driver.readVarList.size();
-    storeShared(PLC_driver.scanCount, passDone ? 0 : turnEnds);
+    // A rebuild that started the count anew meanwhile wins.
+    tavmir::replaceShared(PLC_driver.scanCount, before, passDone ? 0 : turnEnds);
     if (passDone)
         storeShared(host.scanDone, 1);
 }

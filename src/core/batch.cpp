@@ -4,8 +4,8 @@ namespace tavmir {
 
 namespace {
 
-// Reply bytes that a batch may come to before its last element is added. It yields at most 45,
-// 38 or 28 elements of 5, 6 or 8 bytes.
+// The element bytes of a batch, counted one element ahead, stay below this until the last element:
+// at most 45, 38 or 28 elements of 5, 6 or 8 bytes.
 const int kBatchByteBudget = 230;
 
 } // namespace
@@ -19,7 +19,6 @@ void formBatch(QList<RW_VAR>& list)
 
     int count = 0;
     PLC_driver.batchElements[count++] = &*entry;
-    // The budget counts one element ahead.
     int total = 2 * elementSize;
     for (++entry; entry != end && total < kBatchByteBudget; ++entry) {
         if (entry->dataType != dataType)

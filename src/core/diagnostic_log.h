@@ -48,7 +48,8 @@ extern const char kInfo[];  // "INFO "
 extern const char kError[]; // "ERROR "
 
 // Begins a line; the caller streams the payload into the result, and the line goes out when
-// the statement ends. Any thread; hold no lock that a message handler may want.
+// the statement ends. Any thread. The rebuild writes some with `listMutex` held, reply decoding
+// one with `cacheMutex`: hosts are told that a message handler must not call the driver.
 QDebug diagnosticLine(const char* file, const char* function, DiagnosticLineNumber line,
                       const char* level);
 

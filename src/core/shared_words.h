@@ -16,6 +16,13 @@ template <typename Word> inline void storeShared(Word& word, Word value)
     __atomic_store_n(&word, value, __ATOMIC_RELAXED);
 }
 
+// Stores `value` only while the word still is `expected`: what another thread has stored since
+// then stays.
+template <typename Word> inline void replaceShared(Word& word, Word expected, Word value)
+{
+    __atomic_compare_exchange_n(&word, &expected, value, false, __ATOMIC_RELAXED, __ATOMIC_RELAXED);
+}
+
 } // namespace tavmir
 
 #endif

@@ -108,7 +108,7 @@ void deliver(RW_VAR& record)
 }
 
 // The element that a bit write starts from, entered as zero when it was never received. Without
-// `cacheMutex`, as hosts expect of a bit write: it must not wait for a reply being stored.
+// `cacheMutex`, as hosts expect of a bit write: the look-up does not wait for a reply being stored.
 template <typename Value>
 Value elementWithoutLock(QHash<int, Value>& cache, qint32 elementAddress)
 {

@@ -62,7 +62,8 @@ void WriteRegister()
     WriteAnalog();
     if (PLC_driver.protocolList.size() == queued)
         return;
-    // While the link is marked failed, SetRegisterData has stored the values already.
+    // While the link is marked failed the caches are left alone: a write handed in meanwhile has
+    // stored its values already.
     if (tavmir::loadShared(PLC_driver.commFailed))
         return;
     for (int i = 0; i < PLC_driver.batchCount; ++i)

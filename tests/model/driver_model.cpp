@@ -1,4 +1,4 @@
-// Set-up, stations, and the helpers that every part of the model uses.
+// Set-up, stations, and what every file of the model uses.
 #include "model/driver_model.h"
 
 namespace tavmir::model
