@@ -1,9 +1,9 @@
 // Runs one kind of call a given number of times, for a tool that counts instructions.
-// Usage: tavmir_instruction_probe CASE CALLS
+// Usage: tavmir_instruction_probe CASE CALLS    CASE may be "all": one case after the other
 //        tavmir_instruction_probe --list
 //
-// The calls are made inside the function `tavmir_measured_calls`; what is not measured is done
-// before it.
+// The calls are made inside the function `tavmir_measured_calls`, which is called from `main`
+// once a case; what is not measured is done before it.
 #include "address/Func_Check.h"
 #include "support/plant.h"
 #include "support/quiet_messages.h"
@@ -144,13 +144,9 @@ const Case kCases[] = {
     {"parse_member", prepareMember, parse},
 };
 
-const Case* findCase(const char* name)
+bool isChosen(const char* chosen, const Case& one)
 {
-    for (const Case& one : kCases) {
-        if (std::strcmp(one.name, name) == 0)
-            return &one;
-    }
-    return nullptr;
+    return std::strcmp(chosen, "all") == 0 || std::strcmp(chosen, one.name) == 0;
 }
 
 } // namespace
@@ -168,15 +164,18 @@ int main(int argc, char** argv)
             std::puts(one.name);
         return 0;
     }
-    const Case* chosen = argc == 3 ? findCase(argv[1]) : nullptr;
-    if (!chosen) {
+    if (argc != 3) {
         std::fputs("usage: tavmir_instruction_probe CASE CALLS | --list\n", stderr);
         return 2;
     }
     discardMessages();
-    resetDriver();
-    chosen->prepare();
-    chosen->call();
-    tavmir_measured_calls(chosen->call, std::atol(argv[2]));
+    for (const Case& one : kCases) {
+        if (!isChosen(argv[1], one))
+            continue;
+        resetDriver();
+        one.prepare();
+        one.call();
+        tavmir_measured_calls(one.call, std::atol(argv[2]));
+    }
     return 0;
 }

@@ -1,0 +1,79 @@
+// Keeps 10,000 16-bit values fresh with each client in turn, round by round, and prints one line
+// of JSON for each client, layout, delay and round.
+// Usage: tavmir_side_by_side [ROUNDS [MILLISECONDS]]
+#include "side_by_side/client.h"
+#include "side_by_side/responder.h"
+#include "support/quiet_messages.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <cstdio>
+#include <cstdlib>
+#include <sys/resource.h>
+
+namespace {
+
+using namespace tavmir::bench;
+
+const int kDelaysMs[] = {0, 1, 10};
+const Layout kLayouts[] = {Layout::scattered, Layout::contiguous};
+
+double seconds(const timeval& time)
+{
+    return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+}
+
+rusage usage()
+{
+    rusage used;
+    getrusage(RUSAGE_SELF, &used);
+    return used;
+}
+
+void measure(Client& client, const Responder& responder, Layout layout, int delayMs, int round,
+             std::chrono::milliseconds duration)
+{
+    const std::chrono::milliseconds kWarmUp(20);
+    client.connectTo(responder.port(), layout);
+    client.readFor(kWarmUp);
+
+    const rusage before = usage();
+    const auto start = std::chrono::steady_clock::now();
+    const Done done = client.readFor(duration);
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    const rusage after = usage();
+    client.disconnect();
+
+    std::printf("{\"client\": \"%s\", \"layout\": \"%s\", \"delay_ms\": %d, \"round\": %d, "
+                "\"seconds\": %.6f, \"values\": %ld, \"requests\": %ld, "
+                "\"user\": %.6f, \"system\": %.6f}\n",
+                client.name(), layout == Layout::scattered ? "scattered" : "contiguous", delayMs,
+                round, elapsed.count(), done.values, done.requests,
+                seconds(after.ru_utime) - seconds(before.ru_utime),
+                seconds(after.ru_stime) - seconds(before.ru_stime));
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const int rounds = argc > 1 ? std::atoi(argv[1]) : 5;
+    const std::chrono::milliseconds duration(argc > 2 ? std::atoi(argv[2]) : 400);
+    // The children first: they share nothing with the clients.
+    const Responder responders[] = {Responder(kDelaysMs[0]), Responder(kDelaysMs[1]),
+                                    Responder(kDelaysMs[2])};
+    QCoreApplication application(argc, argv);
+    discardMessages();
+    const std::unique_ptr<Client> clients[] = {makeLibmodbusClient(), makeQtClient(),
+                                               makeDriverClient()};
+    for (int round = 0; round < rounds; ++round) {
+        for (size_t delay = 0; delay < 3; ++delay) {
+            for (const Layout layout : kLayouts) {
+                for (const std::unique_ptr<Client>& client : clients)
+                    measure(*client, responders[delay], layout, kDelaysMs[delay], round, duration);
+            }
+        }
+    }
+    return 0;
+}
