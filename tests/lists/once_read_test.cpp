@@ -1,8 +1,6 @@
-// One-shot reads: parsed, expanded into one-element entries, without duplicates.
-#include "support/driver_test.h"
-#include "support/label_tree.h"
+// One-shot reads: parsed, queued as one-element entries, without duplicates.
+#include "lists/once_read_fixture.h"
 #include "support/locks.h"
-#include "support/records.h"
 
 #include <climits>
 #include <functional>
@@ -11,55 +9,6 @@ using namespace tavmir::test;
 
 namespace
 {
-
-class OnceRead : public DriverTest
-{
-protected:
-    OnceRead()
-    {
-        const QList<int> upTo3 = QList<int>() << 0 << 3;
-        const QList<int> upTo10 = QList<int>() << 0 << 10;
-        QList<Label_Type_Info> variables;
-        variables << variable("B", 1, 100) << arrayVariable("Bs", 1, 200, upTo3)
-                  << variable("W", 4, 1000) << arrayVariable("Ws", 4, 2000, upTo3)
-                  << variable("D", 6, 3000) << arrayVariable("Ds", 6, 4000, upTo10)
-                  << variable("U", 7, 5000) << arrayVariable("Us", 7, 6000, upTo10)
-                  << textVariable("T", 7000, 8) << variable("T0", 10, 7500)
-                  << textVariable("TNegative", 7600, -1);
-        Label_Type_Info texts = arrayVariable("Ts", 10, 8000, upTo3);
-        texts.elementSizes << 8;
-        variables << texts;
-        Label_Type_Info empty = arrayVariable("Empty", 4, 9000, QList<int>() << 5 << 5);
-        Label_Type_Info reversed = arrayVariable("Reversed", 4, 9500, QList<int>() << 5 << 3);
-        variables << empty << reversed;
-        for (const int code : {0, 2, 3, 5, 8, 9, 11, 12})
-            variables << variable(qPrintable(QString::fromLatin1("X%1").arg(code)), code, 9900);
-        passLabels({label("P", variables)});
-    }
-
-    static RW_VAR request(const char* address, int count)
-    {
-        RW_VAR var;
-        var.addressText = QString::fromUtf8(address);
-        var.count = count;
-        var.station = 3;
-        var.hostKey = 11;
-        var.varKey = 12;
-        return var;
-    }
-
-    // Registers on an empty list and returns the addresses that were queued.
-    std::vector<int> queued(const char* address, int count)
-    {
-        PLC_driver.onceReadList.clear();
-        RW_VAR var = request(address, count);
-        const int result = AddListOnceReadVar(&var);
-        EXPECT_EQ(result, PLC_driver.onceReadList.size());
-        return addressesOf(PLC_driver.onceReadList);
-    }
-};
-
-typedef std::vector<int> Addresses;
 
 TEST_F(OnceRead, ARefusedAddressReturnsZeroAndLeavesTheRecord)
 {
@@ -124,97 +73,6 @@ TEST_F(OnceRead, AnEntryIsACopyOfTheRecordWithItsOwnAddress)
     }
     expected.elementAddress = 2032;
     EXPECT_TRUE(sameRecord(var, expected)) << "the caller's record stands behind the last element";
-}
-
-TEST_F(OnceRead, BitsAndWordsOutsideAnArrayAreOneElementWhateverTheCount)
-{
-    for (const int count : {1, 5, 0, -3, INT_MAX}) {
-        EXPECT_EQ(queued("P.B", count), Addresses{100}) << count;
-        EXPECT_EQ(queued("P.W", count), Addresses{1000}) << count;
-    }
-}
-
-TEST_F(OnceRead, BitsAndWordsOfAnArrayAreCutToItsLimit)
-{
-    EXPECT_EQ(queued("P.Bs[0]", 5), (Addresses{200, 201, 202}));
-    EXPECT_EQ(queued("P.Bs[0]", 3), (Addresses{200, 201, 202}));
-    EXPECT_EQ(queued("P.Bs[0]", 2), (Addresses{200, 201}));
-    EXPECT_EQ(queued("P.Ws[0]", 5), (Addresses{2000, 2016, 2032}));
-    EXPECT_EQ(queued("P.Ws[1]", 5), (Addresses{2016, 2032, 2048}))
-        << "the limit does not shrink with the index";
-    EXPECT_EQ(queued("P.Ws[0]", INT_MAX), (Addresses{2000, 2016, 2032}));
-}
-
-TEST_F(OnceRead, NoElementsOfAnArrayLeaveTheListAsItIs)
-{
-    for (const char* address : {"P.Bs[0]", "P.Ws[0]", "P.Ds[0]", "P.Us[0]"}) {
-        for (const int count : {0, -1, INT_MIN}) {
-            EXPECT_EQ(queued(address, count), Addresses{}) << address << ' ' << count;
-        }
-    }
-    EXPECT_EQ(queued("P.Empty[5]", 4), Addresses{});
-    EXPECT_EQ(queued("P.Reversed[5]", 4), Addresses{}) << "a negative limit";
-
-    PLC_driver.onceReadList.append(element(4, 0));
-    RW_VAR var = request("P.Ws[1]", 0);
-    EXPECT_EQ(AddListOnceReadVar(&var), 1) << "the size, not 0";
-    EXPECT_EQ(var.elementAddress, 2016);
-    EXPECT_EQ(var.count, 1);
-    EXPECT_EQ(var.dataType, 4);
-}
-
-TEST_F(OnceRead, DoubleWordsCountTwoUnitsEach)
-{
-    EXPECT_EQ(queued("P.Ds[0]", 5), (Addresses{4000, 4032, 4064}));
-    EXPECT_EQ(queued("P.Us[0]", 5), (Addresses{6000, 6032, 6064}));
-    EXPECT_EQ(queued("P.Ds[0]", 4), (Addresses{4000, 4032}));
-    EXPECT_EQ(queued("P.Ds[0]", 1), Addresses{4000});
-    EXPECT_EQ(queued("P.Ds[0]", 21).size(), 10u) << "(21 + 1) / 2 is 11, the limit 10";
-    EXPECT_EQ(queued("P.Ds[0]", 2000000000).size(), 10u);
-}
-
-TEST_F(OnceRead, TheLargestCountWrapsBeforeItIsHalved)
-{
-    EXPECT_EQ(queued("P.Ds[0]", INT_MAX), Addresses{});
-    EXPECT_EQ(queued("P.D", INT_MAX), Addresses{3000});
-}
-
-TEST_F(OnceRead, HalvingTruncatesTowardsZero)
-{
-    EXPECT_EQ(queued("P.Ds[0]", -2), Addresses{}) << "-1 / 2 is 0";
-    EXPECT_EQ(queued("P.Ds[0]", -1), Addresses{});
-}
-
-TEST_F(OnceRead, DoubleWordsOutsideAnArrayAreOneElementWhateverTheCount)
-{
-    for (const int count : {5, 1, 0, -9}) {
-        EXPECT_EQ(queued("P.D", count), Addresses{3000}) << count;
-        EXPECT_EQ(queued("P.U", count), Addresses{5000}) << count;
-    }
-}
-
-TEST_F(OnceRead, TextsAreLimitedByTheirWidthAndSteppedBy16)
-{
-    const Addresses eight = {7000, 7016, 7032, 7048, 7064, 7080, 7096, 7112};
-    EXPECT_EQ(queued("P.T", 40), eight);
-    EXPECT_EQ(queued("P.T", 8), eight);
-    EXPECT_EQ(queued("P.T", 3), (Addresses{7000, 7016, 7032}));
-    EXPECT_EQ(queued("P.T", 0), Addresses{});
-    EXPECT_EQ(queued("P.T0", 40), Addresses{}) << "no width, no element";
-}
-
-TEST_F(OnceRead, TheTextLimitIsComparedUnsigned)
-{
-    EXPECT_EQ(queued("P.T", -1).size(), 8u) << "-1 is a large count";
-    EXPECT_EQ(queued("P.T", INT_MIN).size(), 8u);
-    EXPECT_EQ(queued("P.TNegative", 5).size(), 5u) << "-1 is a large width";
-    EXPECT_EQ(queued("P.TNegative", -1), Addresses{}) << "the smaller one, as a count, is -1";
-}
-
-TEST_F(OnceRead, TextsDoNotLookAtTheArrayMembers)
-{
-    EXPECT_EQ(queued("P.Ts[1]", 5), (Addresses{8256, 8272, 8288, 8304, 8320}))
-        << "the array's limit of 3 is not used";
 }
 
 TEST_F(OnceRead, TheSameRequestAgainAddsNothing)
@@ -305,13 +163,6 @@ TEST_F(OnceRead, AnOverfullListOfTheHostStaysAsItIs)
         PLC_driver.onceReadList.append(element(1, i));
     RW_VAR var = request("P.W", 1);
     EXPECT_EQ(AddListOnceReadVar(&var), 1030);
-}
-
-TEST_F(OnceRead, AddressesWrapIn32Bits)
-{
-    passLabels({label("End", QList<Label_Type_Info>()
-                                 << arrayVariable("W", 4, INT_MAX - 15, QList<int>() << 0 << 9))});
-    EXPECT_EQ(queued("End.W[0]", 2), (Addresses{INT_MAX - 15, INT_MIN}));
 }
 
 TEST_F(OnceRead, RegistrationWaitsForTheListMutexAfterParsing)
