@@ -54,17 +54,18 @@ def goals(micro, side, memory):
     rows.append(row("100,000 variables under the label over 100", "≤ 1.3", ratio <= 1.3, f"{ratio:.2f}"))
     value = micro.per_element("rebuild/100000", 100000)
     rows.append(row("rebuild, per element of 100,000", "≤ 3 µs", value <= 3000, time(value)))
-    ratio = value / micro.per_element("rebuild/1000", 1000)
+    ratio = micro.ratio("rebuild/100000", "rebuild/1000") / 100
     rows.append(row("rebuild, per element: 100,000 over 1,000", "≤ 2", ratio <= 2, f"{ratio:.2f}"))
     ratio = micro.ratio("onceReadsInOneCall", "appendAlone")
     rows.append(row("1,024 one-shot reads in one call over appending alone", "≤ 3", ratio <= 3, f"{ratio:.2f}"))
-    ratio = micro.per_element("onceReadsOneByOne", 1024) / micro.median("onceReadIntoEmptyList")
-    rows.append(row("1,024 calls of one each over the call without a list to search", "≤ 3", ratio <= 3, f"{ratio:.2f}"))
+    ratio = micro.ratio("onceReadsOneByOne", "onceReadIntoEmptyList") / 1024
+    rows.append(["1,024 calls of one each over the call without a list to search", "bound by the rule",
+                 f"{ratio:.2f}", "–"])
     for architecture, numbers in memory.items():
         if numbers:
             most = max(numbers.values())
             rows.append(row(f"bytes per polled element, {architecture}",
-                            "≤ 160" if architecture == "armhf" else "–",
+                            "≤ 160" if architecture == "armhf" else "none",
                             architecture != "armhf" or most <= 160, str(most)))
     return table(["what", "goal", "measured", "met"], rows)
 

@@ -1,6 +1,7 @@
 // Keeps 10,000 16-bit values fresh with each client in turn, round by round, and prints one line
 // of JSON for each client, layout, delay and round.
-// Usage: tavmir_side_by_side [ROUNDS [MILLISECONDS]]
+// Usage: tavmir_side_by_side [ROUNDS [MILLISECONDS [CLIENT]]]
+//   CLIENT  only this one, by its name: for a profiler
 #include "side_by_side/client.h"
 #include "side_by_side/responder.h"
 #include "support/quiet_messages.h"
@@ -9,6 +10,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <sys/resource.h>
 
 namespace {
@@ -60,6 +62,7 @@ int main(int argc, char** argv)
 {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 5;
     const std::chrono::milliseconds duration(argc > 2 ? std::atoi(argv[2]) : 400);
+    const char* const only = argc > 3 ? argv[3] : nullptr;
     // The children first: they share nothing with the clients.
     const Responder responders[] = {Responder(kDelaysMs[0]), Responder(kDelaysMs[1]),
                                     Responder(kDelaysMs[2])};
@@ -70,8 +73,11 @@ int main(int argc, char** argv)
     for (int round = 0; round < rounds; ++round) {
         for (size_t delay = 0; delay < 3; ++delay) {
             for (const Layout layout : kLayouts) {
-                for (const std::unique_ptr<Client>& client : clients)
+                for (const std::unique_ptr<Client>& client : clients) {
+                    if (only && std::strcmp(only, client->name()) != 0)
+                        continue;
                     measure(*client, responders[delay], layout, kDelaysMs[delay], round, duration);
+                }
             }
         }
     }
