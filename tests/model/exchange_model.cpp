@@ -44,7 +44,7 @@ void copyBits(std::map<std::int32_t, Value>& cache, std::int32_t key, std::int64
         return;
     const Value word = cache[key];
     for (std::size_t j = 0; j < data.size() && bit < bits; ++j, ++bit)
-        data[j] = bit < 0 ? 0 : static_cast<unsigned char>((word >> bit) & 1);
+        data[j] = static_cast<unsigned char>(bit < 0 ? 0 : (word >> bit) & 1);
 }
 
 template <typename Value>
