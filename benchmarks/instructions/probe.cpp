@@ -27,9 +27,13 @@ int count = 1;
 
 void preparePolling(int type)
 {
-    passPlant(kPolled, type);
-    QList<HOSTVAR> vars = polledVariables(kPolled);
-    ReCreatReadVarList(&vars);
+    for (int i = 0; i < kPolled; ++i) {
+        RW_VAR var;
+        var.dataType = type;
+        var.elementAddress = 64 * i;
+        var.count = 1;
+        AddListReadVar(&var);
+    }
     // Two passes, so that all values are in the caches and the list has its room to turn.
     for (int i = 0; i < 2 * kPolled; i += PLC_driver.batchCount)
         goodTurn();
