@@ -289,14 +289,14 @@ TEST_F(ForeignHost, CallsWhatNeedsNoLink)
 TEST_F(ForeignHost, LoadsAndUnloadsAThousandTimesWithoutGrowth)
 {
     // Qt and the loader fill tables of their own during the first lives.
-    for (int life = 0; life < 100 && !HasFatalFailure(); ++life)
+    for (int life = 0; life < TAVMIR_LIVES / 10 && !HasFatalFailure(); ++life)
         oneLife();
     const Footprint before = footprint();
-    for (int life = 0; life < 1000 && !HasFatalFailure(); ++life)
+    for (int life = 0; life < TAVMIR_LIVES && !HasFatalFailure(); ++life)
         oneLife();
     const Footprint after = footprint();
     // The allocator's own bookkeeping moves by some kilobytes. One block left behind by each life,
-    // 16 bytes at least, would make 16,000.
+    // 16 bytes at least, would make 16,000 in a thousand lives.
     EXPECT_LE(after.heapBytes, before.heapBytes + 12000);
     EXPECT_EQ(after.openFiles, before.openFiles);
     EXPECT_GT(before.openFiles, 0);
