@@ -8,7 +8,6 @@
 
 #include <cstring>
 #include <fstream>
-#include <iterator>
 
 namespace tavmir
 {
@@ -18,6 +17,7 @@ namespace probe
 namespace
 {
 
+const std::streamoff kMostLibraryBytes = 256 * 1024 * 1024;
 const char kLibraryName[] = "libtavmir_kx_tcp.so.1";
 
 std::string besideThisProgram()
@@ -37,9 +37,13 @@ std::string besideThisProgram()
 bool madeForTheOtherQt(const std::string& file)
 {
     const char* other = QT_VERSION < 0x050000 ? "libQt5Core.so.5" : "libQtCore.so.4";
-    std::ifstream library(file.c_str(), std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(library)),
-                            std::istreambuf_iterator<char>());
+    std::ifstream library(file.c_str(), std::ios::binary | std::ios::ate);
+    const std::streamoff size = library.tellg();
+    if (size <= 0 || size > kMostLibraryBytes) // not there, or a folder
+        return false;
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    library.seekg(0);
+    library.read(&bytes[0], size);
     return bytes.find(other) != std::string::npos;
 }
 
