@@ -3,11 +3,13 @@
 
 #include "deadline.h"
 
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -49,6 +51,17 @@ int finishConnect(int descriptor, const Deadline& deadline, int wakeDescriptor)
     }
 }
 
+// Makes the connected socket what a link works with; false when the system refuses.
+bool prepare(int descriptor)
+{
+    // Requests are small and each waits for its reply: nothing may be held back.
+    const int on = 1;
+    const timeval slice = {0, kReceiveSliceMs * 1000};
+    return ::setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) == 0 &&
+           ::setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &slice, sizeof slice) == 0 &&
+           ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK) == 0;
+}
+
 // The errno of the attempt; on success the socket is in `descriptor`.
 int tryAddress(const addrinfo& address, const Deadline& deadline, int wakeDescriptor,
                int& descriptor)
@@ -62,13 +75,13 @@ int tryAddress(const addrinfo& address, const Deadline& deadline, int wakeDescri
     if (error == EINPROGRESS || error == EINTR) {
         error = finishConnect(opened, deadline, wakeDescriptor);
     }
+    if (error == 0 && !prepare(opened)) {
+        error = errno;
+    }
     if (error != 0) {
         ::close(opened);
         return error;
     }
-    // Requests are small and each waits for its reply: nothing may be held back.
-    const int on = 1;
-    ::setsockopt(opened, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     descriptor = opened;
     return 0;
 }

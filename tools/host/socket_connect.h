@@ -7,8 +7,11 @@
 namespace tavmir::host
 {
 
+// How long one receive call of a connected socket sleeps.
+constexpr int kReceiveSliceMs = 50;
+
 struct ConnectOutcome {
-    int descriptor = -1; // non-blocking, TCP_NODELAY; the caller closes it. -1: failed
+    int descriptor = -1; // blocking, with TCP_NODELAY; the caller closes it. -1: failed
     QString problem;     // failed: why
     bool woken = false;  // failed because `wakeDescriptor` became readable
 };

@@ -23,6 +23,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include <atomic>
 #include <functional>
 
 namespace tavmir::host
@@ -70,7 +71,11 @@ public:
     // Ends idle(), now or when it is called next. Any thread.
     void wake() { work_.wake(); }
     // Ends every wait from now on. Any thread.
-    void stop() { stop_.wake(); }
+    void stop()
+    {
+        stopping_ = true;
+        stop_.wake();
+    }
 
     bool connected() const { return socket_ >= 0; }
     void close();
@@ -84,6 +89,9 @@ private:
     bool send(const char* bytes, size_t size, const Deadline& deadline);
     // `wakeable`: wake() ends the wait too.
     Received receive(const Deadline& deadline, bool wakeable);
+    Received awaitBytes(const Deadline& deadline, bool wakeable);
+    // flags  of recv(); without MSG_DONTWAIT it sleeps for a slice
+    Received takeBytes(int flags);
     ExchangeResult awaitReply(const FrameView& request, Clock::time_point sent, QByteArray& reply);
     ExchangeResult giveUpWaiting();
     // What ended the sleep: stop(), wake() when `wakeable`, or the time.
@@ -95,6 +103,7 @@ private:
     Observer observer_;
     ReconnectPause pause_;
     Clock::time_point nextAttempt_;
+    std::atomic<bool> stopping_{false};
     WakeEvent stop_;
     WakeEvent work_;
     FrameDecoder decoder_;
