@@ -43,7 +43,7 @@ bool madeForTheOtherQt(const std::string& file)
         return false;
     std::string bytes(static_cast<std::size_t>(size), '\0');
     library.seekg(0);
-    library.read(&bytes[0], size);
+    library.read(&bytes[0], static_cast<std::streamsize>(size));
     return bytes.find(other) != std::string::npos;
 }
 
