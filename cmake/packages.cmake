@@ -48,12 +48,12 @@ whether the driver loads, fits and reaches a controller.")
 
 # What the packages need: asked of the linked files, or, where this machine has no package
 # database of the panel's processor, the same list written down. scripts/test-package compares it
-# with the libraries that the files name.
+# with the libraries, and the versions of the C library, that the files name.
 if(CMAKE_CROSSCOMPILING)
-  set(base "libc6 (>= 2.34), libgcc-s1 (>= 3.5), libqt5core5a (>= 5.15.1), libstdc++6 (>= 11)")
-  set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${base}")
+  set(base "libgcc-s1 (>= 3.5), libqt5core5a (>= 5.15.1), libstdc++6 (>= 11)")
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.4), ${base}")
   set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
-    "${base}, libqt5network5 (>= 5.15.1), ${same_library}")
+    "libc6 (>= 2.34), ${base}, libqt5network5 (>= 5.0.2), ${same_library}")
 else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
