@@ -42,7 +42,7 @@ IndexedList::IndexedList(const QList<Label_Type_Info>& members) : members_(membe
     std::size_t slotCount = 1;
     while (slotCount < 2 * static_cast<std::size_t>(members.size()))
         slotCount *= 2;
-    const Slot free = {0, -1};
+    const Slot free = {0, -1, 0};
     slots_.assign(slotCount, free);
     for (int i = 0; i < members_.size(); ++i) {
         const TextPiece name = pieceOf(members_.at(i).name);
@@ -52,6 +52,7 @@ IndexedList::IndexedList(const QList<Label_Type_Info>& members) : members_(membe
             continue; // the first of equal names counts
         slot.hash = hash;
         slot.place = i;
+        slot.record = &members_.at(i);
     }
 }
 
@@ -60,7 +61,7 @@ std::size_t IndexedList::slotOf(const TextPiece& name, quint32 hash) const
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = hash & mask;
     while (slots_[at].place >= 0 &&
-           !(slots_[at].hash == hash && members_.at(slots_[at].place).name == name))
+           !(slots_[at].hash == hash && slots_[at].record->name == name))
         at = (at + 1) & mask;
     return at;
 }

@@ -27,7 +27,8 @@ public:
 private:
     struct Slot {
         quint32 hash;
-        qint32 place; // -1: free
+        qint32 place;                  // -1: free
+        const Label_Type_Info* record; // at that place: saves a look into the list
     };
 
     // Where the name's slot is, or where it would go.

@@ -49,6 +49,24 @@ RW_VAR elementTemplate()
     return element;
 }
 
+// A project's variables and their texts lie all over the memory; asked for so far ahead, they are
+// there when their turn comes.
+const int kRecordsAhead = 16;
+const int kTextsAhead = 8;
+
+void fetchText(const QString& text)
+{
+    __builtin_prefetch(const_cast<QString&>(text).data_ptr());
+}
+
+void fetchAhead(const QList<HOSTVAR>& vars, int next)
+{
+    if (next + kRecordsAhead < vars.size())
+        __builtin_prefetch(&vars.at(next + kRecordsAhead));
+    if (next + kTextsAhead < vars.size())
+        fetchText(vars.at(next + kTextsAhead).addressText);
+}
+
 // How many elements a polled variable of `count` makes. Only texts are cut to their array.
 qint32 polledElements(qint32 count, const ControlInformationM& info)
 {
@@ -91,6 +109,10 @@ void appendClass(const std::vector<ExpandedVariable>& variables,
 {
     qint32 record = -1;
     for (std::size_t i = 0; i < elements.size(); ++i) {
+        if (i + kTextsAhead < elements.size()) {
+            const qint32 ahead = elements[i + kTextsAhead].record;
+            fetchText(variables[static_cast<std::size_t>(ahead)].var->addressText);
+        }
         if (elements[i].record != record) {
             record = elements[i].record;
             const ExpandedVariable& variable = variables[static_cast<std::size_t>(record)];
@@ -121,11 +143,14 @@ std::vector<EntryNumbers> appendInOrder(Expansion& expansion, RW_VAR& entry, QLi
 
 void logEntries(const std::vector<EntryNumbers>& entries)
 {
+    tavmir::RepeatedLine line(kFile, kFunction, tavmir::kLineRebuildEntry, tavmir::kInfo);
+    char payload[64]; // four numbers of at most 11 characters and their blanks
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const EntryNumbers& entry = entries[i];
-        tavmir::diagnosticLine(kFile, kFunction, tavmir::kLineRebuildEntry, tavmir::kInfo)
-            << entry.station << " " << entry.dataType << " " << entry.elementAddress << " "
-            << entry.count << " ";
+        // A blank item follows each number, and items are parted by a blank.
+        qsnprintf(payload, sizeof payload, "%d   %d   %d   %d  ", entry.station, entry.dataType,
+                  entry.elementAddress, entry.count);
+        line.write(payload);
     }
 }
 
@@ -148,10 +173,11 @@ int ReCreatReadVarList(QList<HOSTVAR>* vars)
     RW_VAR entry = elementTemplate();
     Expansion expansion;
     const QList<HOSTVAR>& hostVars = *vars;
-    for (QList<HOSTVAR>::const_iterator var = hostVars.begin(); var != hostVars.end(); ++var) {
+    for (int i = 0; i < hostVars.size(); ++i) {
+        fetchAhead(hostVars, i);
         // `listMutex` stays locked: a host that passes such a type is stopped at its next call
         // into the lists, and hosts are written to expect that.
-        if (!expand(*var, expansion))
+        if (!expand(hostVars.at(i), expansion))
             return 0;
     }
     const std::vector<EntryNumbers> entries =
