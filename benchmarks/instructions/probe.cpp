@@ -128,6 +128,20 @@ void parse()
     get_label_address_info(address, info);
 }
 
+QList<HOSTVAR> polled;
+
+void prepareRebuild()
+{
+    const int kRebuilt = 20;
+    passPlant(kVariables, kWord);
+    polled = polledVariables(kRebuilt);
+}
+
+void rebuild()
+{
+    ReCreatReadVarList(&polled);
+}
+
 struct Case {
     const char* name;
     void (*prepare)();
@@ -146,6 +160,7 @@ const Case kCases[] = {
     {"write_plain", preparePlain, write},
     {"parse_last_of_1000", prepareParsing, parse},
     {"parse_member", prepareMember, parse},
+    {"rebuild_20_words", prepareRebuild, rebuild},
 };
 
 bool isChosen(const char* chosen, const Case& one)

@@ -38,6 +38,7 @@ public:
 std::unique_ptr<Client> makeLibmodbusClient();
 std::unique_ptr<Client> makeQtClient(); // needs a QCoreApplication
 std::unique_ptr<Client> makeDriverClient();
+std::unique_ptr<Client> makeBareClient();
 
 } // namespace bench
 } // namespace tavmir

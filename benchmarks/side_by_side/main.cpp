@@ -1,7 +1,8 @@
 // Keeps 10,000 16-bit values fresh with each client in turn, round by round, and prints one line
 // of JSON for each client, layout, delay and round.
-// Usage: tavmir_side_by_side [ROUNDS [MILLISECONDS [CLIENT]]]
-//   CLIENT  only this one, by its name: for a profiler
+// Usage: tavmir_side_by_side [ROUNDS [MILLISECONDS [LONGEST_DELAY [CLIENT]]]]
+//   LONGEST_DELAY  leaves out the longer ones of the added round trips, in milliseconds
+//   CLIENT         only this one, by its name: for a profiler
 #include "side_by_side/client.h"
 #include "side_by_side/responder.h"
 #include "support/quiet_messages.h"
@@ -62,16 +63,17 @@ int main(int argc, char** argv)
 {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 5;
     const std::chrono::milliseconds duration(argc > 2 ? std::atoi(argv[2]) : 400);
-    const char* const only = argc > 3 ? argv[3] : nullptr;
+    const int longestDelayMs = argc > 3 ? std::atoi(argv[3]) : kDelaysMs[2];
+    const char* const only = argc > 4 ? argv[4] : nullptr;
     // The children first: they share nothing with the clients.
     const Responder responders[] = {Responder(kDelaysMs[0]), Responder(kDelaysMs[1]),
                                     Responder(kDelaysMs[2])};
     QCoreApplication application(argc, argv);
     discardMessages();
     const std::unique_ptr<Client> clients[] = {makeLibmodbusClient(), makeQtClient(),
-                                               makeDriverClient()};
+                                               makeDriverClient(), makeBareClient()};
     for (int round = 0; round < rounds; ++round) {
-        for (size_t delay = 0; delay < 3; ++delay) {
+        for (size_t delay = 0; delay < 3 && kDelaysMs[delay] <= longestDelayMs; ++delay) {
             for (const Layout layout : kLayouts) {
                 for (const std::unique_ptr<Client>& client : clients) {
                     if (only && std::strcmp(only, client->name()) != 0)
