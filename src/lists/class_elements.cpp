@@ -10,10 +10,13 @@ namespace {
 
 typedef ClassElements::Element Element;
 
-bool before(const Element& a, const Element& b)
-{
-    return a.address != b.address ? a.address < b.address : a.record < b.record;
-}
+// A type, not a function, so that sorting has it inline.
+struct Before {
+    bool operator()(const Element& a, const Element& b) const
+    {
+        return a.address != b.address ? a.address < b.address : a.record < b.record;
+    }
+};
 
 bool sameAddress(const Element& a, const Element& b)
 {
@@ -58,8 +61,8 @@ const std::vector<ClassElements::Element>& ClassElements::inOrder()
 
 void ClassElements::compact()
 {
-    if (!std::is_sorted(elements_.begin(), elements_.end(), before))
-        std::sort(elements_.begin(), elements_.end(), before);
+    if (!std::is_sorted(elements_.begin(), elements_.end(), Before()))
+        std::sort(elements_.begin(), elements_.end(), Before());
     // From the back, so that the last of equal addresses stays.
     const std::vector<Element>::reverse_iterator kept =
         std::unique(elements_.rbegin(), elements_.rend(), sameAddress);
