@@ -2,6 +2,7 @@
 
 #include <QtCore/QtEndian>
 #include <QtNetwork/QTcpServer>
+#include <QtNetwork/QTcpSocket>
 
 namespace tavmir
 {
@@ -79,6 +80,11 @@ quint16 ModbusPeer::port() const
 {
     const QTcpServer* server = findChild<QTcpServer*>();
     return server == nullptr ? quint16(0) : server->serverPort();
+}
+
+bool ModbusPeer::hasClients() const
+{
+    return findChild<QTcpSocket*>() != nullptr;
 }
 
 void ModbusPeer::setValue(char readFunction, quint32 address, quint32 value)

@@ -28,6 +28,7 @@ public:
     // Listens on a free port of the loopback; false when it cannot.
     bool listen();
     quint16 port() const;
+    bool hasClients() const;
 
     // A value that a read of this function code ('d', 'f' or 'l') finds at the address.
     void setValue(char readFunction, quint32 address, quint32 value);

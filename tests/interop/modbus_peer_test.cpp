@@ -49,6 +49,12 @@ protected:
         });
         EXPECT_TRUE(ended);
         hostThread.join();
+        // The module frees a connection's memory only when it sees the connection end.
+        EXPECT_TRUE(waitUntil([this] {
+            QCoreApplication::processEvents();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            return !peer.hasClients();
+        }));
         EXPECT_EQ(result.error, "");
         return result;
     }
