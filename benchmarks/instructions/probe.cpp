@@ -12,7 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace {
+namespace
+{
 
 using namespace tavmir::bench;
 

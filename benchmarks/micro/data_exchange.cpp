@@ -2,7 +2,8 @@
 #include "micro/measured_calls.h"
 #include "support/plant.h"
 
-namespace {
+namespace
+{
 
 using namespace tavmir::bench;
 

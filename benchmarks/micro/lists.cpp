@@ -2,7 +2,8 @@
 #include "micro/measured_calls.h"
 #include "support/plant.h"
 
-namespace {
+namespace
+{
 
 using namespace tavmir::bench;
 
@@ -85,8 +86,9 @@ void onceReadsInOneCall(benchmark::State& state)
 {
     resetDriver();
     QList<Label_Type_Info> labels;
-    labels << label(QString::fromLatin1("Main"), QList<Label_Type_Info>() << arrayVariable(
-                        QString::fromLatin1("Recipe"), kWord, 0, kOnceReadLimit));
+    labels << label(QString::fromLatin1("Main"),
+                    QList<Label_Type_Info>()
+                        << arrayVariable(QString::fromLatin1("Recipe"), kWord, 0, kOnceReadLimit));
     PassVarName_2(&labels);
     MeasuredCalls calls;
     for (auto _ : state) {

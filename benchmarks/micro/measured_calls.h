@@ -7,8 +7,10 @@
 
 #include <benchmark/benchmark.h>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
 // Counts from its construction until `report`.
 class MeasuredCalls

@@ -12,10 +12,13 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
-namespace {
+namespace
+{
 
 const int kWords = 38; // of a full request
 const int kHeaderBytes = 9;
@@ -77,7 +80,8 @@ private:
         if (send(socket_, request_, kRequestBytes, MSG_NOSIGNAL) != kRequestBytes)
             fail("send");
         for (int have = 0; have < kReplyBytes;) {
-            const ssize_t got = recv(socket_, reply_ + have, sizeof reply_ - static_cast<size_t>(have), 0);
+            const ssize_t got =
+                recv(socket_, reply_ + have, sizeof reply_ - static_cast<size_t>(have), 0);
             if (got <= 0)
                 fail("receive");
             have += static_cast<int>(got);

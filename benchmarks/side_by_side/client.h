@@ -5,8 +5,10 @@
 #include <chrono>
 #include <memory>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
 // The values to keep fresh: so many 16-bit values.
 const int kValues = 10000;

@@ -7,10 +7,13 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
-namespace {
+namespace
+{
 
 const int kBitsApart[] = {32, 16}; // by Layout
 const char* const kLabels[] = {"Scattered", "Contiguous"};

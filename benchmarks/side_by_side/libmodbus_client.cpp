@@ -7,10 +7,13 @@
 #include <cstdlib>
 #include <modbus/modbus.h>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
-namespace {
+namespace
+{
 
 class LibmodbusClient : public Client
 {

@@ -14,7 +14,8 @@
 #include <cstring>
 #include <sys/resource.h>
 
-namespace {
+namespace
+{
 
 using namespace tavmir::bench;
 

@@ -4,8 +4,10 @@
 
 #include "side_by_side/client.h"
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
 // Function 3 reads a run of registers, so values with gaps between them need a request each.
 class ModbusPlan

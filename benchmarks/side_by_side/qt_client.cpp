@@ -12,10 +12,13 @@
 #include <cstdlib>
 #include <vector>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
-namespace {
+namespace
+{
 
 const int kUnit = 1;
 
@@ -89,7 +92,8 @@ private:
             fail(reply.errorString());
         const QModbusDataUnit result = reply.result();
         for (uint i = 0; i < result.valueCount(); ++i)
-            values_[static_cast<size_t>(result.startAddress()) + i] = result.value(static_cast<int>(i));
+            values_[static_cast<size_t>(result.startAddress()) + i] =
+                result.value(static_cast<int>(i));
         done_.values += static_cast<long>(result.valueCount());
         ++done_.requests;
         plan_.advance();

@@ -13,10 +13,13 @@
 #include <time.h>
 #include <unistd.h>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
-namespace {
+namespace
+{
 
 const int kLengthEnd = 6; // the length field counts what follows it
 const int kFunctionAt = 7;

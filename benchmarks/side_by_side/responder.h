@@ -5,8 +5,10 @@
 
 #include <sys/types.h>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
 // A child process that serves one connection after another on a free loopback port, so that
 // what it costs is not counted among the client's costs.

@@ -14,7 +14,8 @@ void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
 }
 
-namespace {
+namespace
+{
 
 // Each block has one word of the allocator in front of it.
 const long kBookkeepingBytes = static_cast<long>(sizeof(std::size_t));
@@ -83,8 +84,10 @@ void free(void* block)
 
 } // extern "C"
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
 unsigned long allocationCount()
 {

@@ -5,8 +5,10 @@
 #ifndef TAVMIR_BENCHMARKS_SUPPORT_ALLOCATION_COUNTER_H
 #define TAVMIR_BENCHMARKS_SUPPORT_ALLOCATION_COUNTER_H
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
 // Heap blocks that the calling thread has asked for since it started; growing a block counts.
 unsigned long allocationCount();

@@ -2,10 +2,13 @@
 
 #include <cstring>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
-namespace {
+namespace
+{
 
 // Bits from one variable to the next: twice the widest type, so that no two are adjacent.
 const int kBitsApart = 64;
@@ -80,9 +83,9 @@ void passMixedPlant()
 {
     Label_Type_Info axis = arrayVariable(QString::fromLatin1("Axis"), kStructure, 100000, 16);
     axis.elementSizes << 96;
-    axis.elementType << structureType(QList<Label_Type_Info>()
-                                      << variable(QString::fromLatin1("Position"), kDoubleWord, 0)
-                                      << variable(QString::fromLatin1("Velocity"), kDoubleWord, 32));
+    axis.elementType << structureType(
+        QList<Label_Type_Info>() << variable(QString::fromLatin1("Position"), kDoubleWord, 0)
+                                 << variable(QString::fromLatin1("Velocity"), kDoubleWord, 32));
     QList<Label_Type_Info> labels;
     labels << label(QString::fromLatin1("Main"),
                     QList<Label_Type_Info>()

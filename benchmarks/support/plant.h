@@ -4,8 +4,10 @@
 
 #include "tavmir_kx_tcp/host_interface.h"
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
 // Codes and bits of `typeFlags`.
 const int kBit = 1;

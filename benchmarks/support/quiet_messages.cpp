@@ -4,10 +4,13 @@
 
 #include <atomic>
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
-namespace {
+namespace
+{
 
 std::atomic<unsigned long> messages(0);
 

@@ -2,8 +2,10 @@
 #ifndef TAVMIR_BENCHMARKS_SUPPORT_QUIET_MESSAGES_H
 #define TAVMIR_BENCHMARKS_SUPPORT_QUIET_MESSAGES_H
 
-namespace tavmir {
-namespace bench {
+namespace tavmir
+{
+namespace bench
+{
 
 // From now on every Qt message of the process is dropped and counted.
 void discardMessages();

@@ -15,9 +15,9 @@
 //
 // Nothing here throws, but a host that asks for more memory than there is ends the process.
 // Diagnostic lines are written from inside calls, some with `listMutex` (a rebuild) or
-// `cacheMutex` (a reply) held: a message handler must not call the driver. Results are integers. The driver keeps pointers to what the
-// host owns (`ComInfo`, the local areas) and never frees them; what it stores from
-// records and lists are copies.
+// `cacheMutex` (a reply) held: a message handler must not call the driver. Results are integers.
+// The driver keeps pointers to what the host owns (`ComInfo`, the local areas) and never frees
+// them; what it stores from records and lists are copies.
 //
 // Record sizes and member positions are a binary interface: the host is compiled
 // apart from the driver. No member may be added, removed or moved.
@@ -86,8 +86,8 @@ struct RW_VAR {
     QByteArray value;      // write: value bytes in the order in which they are sent
 
     RW_VAR()
-        : hostKey(0), varKey(0), hostData2(0), hostData3(0), hostData4(0), status(0),
-          dataType(0), elementAddress(0), station(0), count(0), hostData12(0), hostData13(0)
+        : hostKey(0), varKey(0), hostData2(0), hostData3(0), hostData4(0), status(0), dataType(0),
+          elementAddress(0), station(0), count(0), hostData12(0), hostData13(0)
     {
     }
 };
@@ -154,12 +154,12 @@ struct Label_Type_Info {
 struct HOSTVAR {
     quint8 hostByte0;
     quint8 hostByte1;
-    quint8 station;      // the variable's own station, used while `stationMode` is not 0
+    quint8 station; // the variable's own station, used while `stationMode` is not 0
     quint8 hostByte3;
     qint32 hostWord4;
-    QString auxText;     // copied into `auxText` of every element
+    QString auxText; // copied into `auxText` of every element
     QString addressText;
-    qint32 count;        // elements; for 32-bit types counted in 16-bit units
+    qint32 count; // elements; for 32-bit types counted in 16-bit units
 
     HOSTVAR() : hostByte0(0), hostByte1(0), station(0), hostByte3(0), hostWord4(0), count(0) {}
 };
@@ -201,7 +201,8 @@ typedef int (*CommFailCallback)(QList<RW_VAR> vars, int hostKey, int flag);
 // The driver itself never holds two of the mutexes. A callback that reads values takes
 // `cacheMutex` while `listMutex` is held, so a host that locks `cacheMutex` itself must not wait
 // for `listMutex` meanwhile.
-class TAVMIR_KX_TCP_EXPORT Communication_Protocol {
+class TAVMIR_KX_TCP_EXPORT Communication_Protocol
+{
 public:
     Communication_Protocol();
     ~Communication_Protocol();
@@ -224,21 +225,21 @@ public:
     QMutex listMutex;
     QMutex cacheMutex;
     QMutex stationMutex;
-    QMap<int, int> stationMap;         // station: the disabled stations, each with value 0
-    RW_VAR retVar;                     // cycle: what `DataCom` returns
-    qint32 cycleState;                 // cycle: in flight: 0 read, 1 write, 2 one-shot; 100 none yet
-    qint32 writeTurns;                 // cycle: write turns in a row
-    qint32 onceReadTurns;              // cycle: one-shot turns in a row
-    qint32 scanCount;                  // turn ends towards a full pass
-    bool commFailed;                   // a request was given up and no good reply came since
-    qint32 batchCount;                 // cycle: valid entries of `batchElements`
-    RW_VAR* batchElements[255];        // cycle: into the list that the request covers
-    quint16 transactionCounter;        // cycle: transaction id of the next request
-    unsigned char sendBuffer[1026];    // cycle: the frame under construction
-    QHash<QString, Label_Type_Info> labelTable;  // set-up: by label name
-    QHash<int, unsigned char> byteCache;         // cache: type 1, by element address
-    QHash<int, unsigned short> wordCache;        // cache: types 4 and 10
-    QHash<int, unsigned int> dwordCache;         // cache: types 6 and 7
+    QMap<int, int> stationMap;      // station: the disabled stations, each with value 0
+    RW_VAR retVar;                  // cycle: what `DataCom` returns
+    qint32 cycleState;              // cycle: in flight: 0 read, 1 write, 2 one-shot; 100 none yet
+    qint32 writeTurns;              // cycle: write turns in a row
+    qint32 onceReadTurns;           // cycle: one-shot turns in a row
+    qint32 scanCount;               // turn ends towards a full pass
+    bool commFailed;                // a request was given up and no good reply came since
+    qint32 batchCount;              // cycle: valid entries of `batchElements`
+    RW_VAR* batchElements[255];     // cycle: into the list that the request covers
+    quint16 transactionCounter;     // cycle: transaction id of the next request
+    unsigned char sendBuffer[1026]; // cycle: the frame under construction
+    QHash<QString, Label_Type_Info> labelTable; // set-up: by label name
+    QHash<int, unsigned char> byteCache;        // cache: type 1, by element address
+    QHash<int, unsigned short> wordCache;       // cache: types 4 and 10
+    QHash<int, unsigned int> dwordCache;        // cache: types 6 and 7
 };
 
 // ---------------------------------------------------------------------------
@@ -267,7 +268,8 @@ TAVMIR_KX_TCP_EXPORT void SetComInfo(ComInfo* comInfo);
 
 // Stores the two callbacks; a null one is not called.
 // Thread: any, before the cycle starts. Locks: none.
-TAVMIR_KX_TCP_EXPORT void RegistCallBackFuncIntf(VarDoneCallback varDone, CommFailCallback commFail);
+TAVMIR_KX_TCP_EXPORT void RegistCallBackFuncIntf(VarDoneCallback varDone,
+                                                 CommFailCallback commFail);
 
 // Stores the three local areas in `LB`, `LW`, `RWI`.
 // Thread: any, before the cycle starts. Locks: none.
@@ -362,8 +364,8 @@ TAVMIR_KX_TCP_EXPORT RW_VAR* DataCom(QByteArray* reply, int received);
 //   count    elements; for types 6 and 7 in 16-bit units; below 1: no elements
 //   result   0 when the address is refused (`data` is then 2 * count zero bytes), else 1
 // Thread: any, also a callback; not beside `PassVarName_2`. Locks: takes `cacheMutex`.
-TAVMIR_KX_TCP_EXPORT int GetRegisterData(const QString& address, int unused2, int unused3, int unused4,
-                                         QByteArray* data, int count);
+TAVMIR_KX_TCP_EXPORT int GetRegisterData(const QString& address, int unused2, int unused3,
+                                         int unused4, QByteArray* data, int count);
 
 // Hands in values to write: queued for the controller while `writeMode` is 2, otherwise only
 // stored in the caches.

@@ -11,7 +11,8 @@ using tavmir::wrapAdd;
 using tavmir::wrapMultiply;
 using tavmir::wrapSubtract;
 
-namespace {
+namespace
+{
 
 const char kFile[] = "Func_Check";
 const char kInfoFunction[] = "get_label_address_info";
@@ -90,8 +91,8 @@ void resolveElement(const Label_Type_Info& entry, int typeCode, quint32 index, q
 }
 
 // Reads a bit suffix in the part behind `partIndex`, when that is the last one.
-void resolveBitSuffix(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int partIndex,
-                      ControlInformationM& info)
+void resolveBitSuffix(const Label_Type_Info& entry, const tavmir::AddressParts& parts,
+                      int partIndex, ControlInformationM& info)
 {
     if (!(entry.typeFlags & tavmir::kBitSuffixFlag) || parts.isEmpty() ||
         partIndex != parts.size() - 2)
@@ -116,8 +117,7 @@ int resolveStructure(const Label_Type_Info& entry, const tavmir::AddressParts& p
     if (index != 0) {
         if (entry.elementSizes.isEmpty())
             return logged(tavmir::kLineStructureSizeMissing, kStructureSizeMissing);
-        const qint32 offset =
-            wrapMultiply(entry.elementSizes.first(), static_cast<qint32>(index));
+        const qint32 offset = wrapMultiply(entry.elementSizes.first(), static_cast<qint32>(index));
         info.elementAddress = wrapAdd(info.elementAddress, offset);
     }
     if (entry.elementType.isEmpty())
@@ -142,8 +142,8 @@ int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int
     unsigned int end = 0;
     int pending = indexed ? kAddressRefused : kAddressResolved;
     if (entry.typeFlags & tavmir::kArrayFlag) {
-        pending = tavmir::linearIndex(indexText, entry.dimensionCount, entry.arrayBounds, index,
-                                      &end);
+        pending =
+            tavmir::linearIndex(indexText, entry.dimensionCount, entry.arrayBounds, index, &end);
         if (pending != kAddressResolved)
             return logged(tavmir::kLineIndexRefused, pending);
     }

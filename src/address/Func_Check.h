@@ -50,15 +50,17 @@ TAVMIR_KX_TCP_EXPORT int get_label_address_1(const Label_Type_Info& entry, const
                                              int partIndex, ControlInformationM& info);
 
 // Reads a bit suffix in the part behind `partIndex`, when that is the last one.
-TAVMIR_KX_TCP_EXPORT void get_label_address_2(const Label_Type_Info& entry, const QStringList& parts,
-                                              int partIndex, ControlInformationM& info);
+TAVMIR_KX_TCP_EXPORT void get_label_address_2(const Label_Type_Info& entry,
+                                              const QStringList& parts, int partIndex,
+                                              ControlInformationM& info);
 
 // Turns "1,2" into a linear index. Results 0, 1 (number of indices, bounds missing), 3 (not a
 // number, below a low bound); on 1 and 3 `index` and `end` are not written.
 //   end  index plus the size of the last dimension
 TAVMIR_KX_TCP_EXPORT int get_label_address_array_memory_index(QString indexText, int dimensionCount,
                                                               const QList<int>& arrayBounds,
-                                                              unsigned int& index, unsigned int* end);
+                                                              unsigned int& index,
+                                                              unsigned int* end);
 
 // Always 0; kept for hosts that resolve it by name.
 TAVMIR_KX_TCP_EXPORT int get_label_address_query(const QStringList& parts, int partIndex);

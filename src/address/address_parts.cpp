@@ -1,8 +1,10 @@
 #include "address/address_parts.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 // Collects the part that starts at `text` while its characters go by.
 AddressPart emptyPart(const QChar* text)

@@ -7,7 +7,8 @@
 
 #include <cstring>
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Characters inside a text that outlives it.
 struct TextPiece {
@@ -25,8 +26,8 @@ inline TextPiece pieceOf(const QString& text)
 
 inline bool operator==(const QString& a, const TextPiece& b)
 {
-    return a.size() == b.size &&
-           std::memcmp(a.constData(), b.text, static_cast<std::size_t>(b.size) * sizeof(QChar)) == 0;
+    return a.size() == b.size && std::memcmp(a.constData(), b.text,
+                                             static_cast<std::size_t>(b.size) * sizeof(QChar)) == 0;
 }
 
 // One part between dots, and where its brackets stand.
@@ -40,7 +41,8 @@ struct AddressPart {
 
 Q_DECLARE_TYPEINFO(tavmir::AddressPart, Q_PRIMITIVE_TYPE);
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Few addresses have more parts; those that do cost one allocation.
 typedef QVarLengthArray<AddressPart, 8> AddressParts;

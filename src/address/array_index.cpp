@@ -5,9 +5,11 @@
 
 #include <algorithm>
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 const int kDecimal = 10;
 const int kDigitsThatFit = 9; // any number of so many decimal digits fits 32 bits

@@ -6,7 +6,8 @@
 
 #include <QtCore/QList>
 
-namespace tavmir {
+namespace tavmir
+{
 
 // A number as QString::toInt converts it: false when it is none, or out of range. Qt converts
 // in the radixes 2 to 36, and in radix 0 as C writes numbers; other radixes have no numbers.

@@ -2,7 +2,8 @@
 
 #include "address/member_index.h"
 
-namespace {
+namespace
+{
 
 // Changes only in `PassVarName_2`.
 tavmir::MemberIndex memberIndex;
@@ -21,7 +22,8 @@ void PassVarName_2(QList<Label_Type_Info>* labels)
     memberIndex.dropUnused();
 }
 
-namespace tavmir {
+namespace tavmir
+{
 
 const Label_Type_Info* findLabel(const QString& name)
 {

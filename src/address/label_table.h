@@ -5,7 +5,8 @@
 #include "address/address_parts.h"
 #include "tavmir_kx_tcp/host_interface.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Bits of `typeFlags`.
 const quint16 kTypeCodeMask = 0x00FF;

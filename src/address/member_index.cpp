@@ -2,9 +2,11 @@
 
 #include <unordered_set>
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 // Shorter lists are searched as fast as they are looked up.
 const int kIndexedFrom = 9;
@@ -60,8 +62,7 @@ std::size_t IndexedList::slotOf(const TextPiece& name, quint32 hash) const
 {
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = hash & mask;
-    while (slots_[at].place >= 0 &&
-           !(slots_[at].hash == hash && slots_[at].record->name == name))
+    while (slots_[at].place >= 0 && !(slots_[at].hash == hash && slots_[at].record->name == name))
         at = (at + 1) & mask;
     return at;
 }
@@ -88,7 +89,8 @@ void MemberIndex::add(const Label_Type_Info& root)
             continue;
         if (members.size() >= kIndexedFrom)
             lists_.emplace(&members.first(), IndexedList(members));
-        for (QList<Label_Type_Info>::const_iterator it = members.begin(); it != members.end(); ++it) {
+        for (QList<Label_Type_Info>::const_iterator it = members.begin(); it != members.end();
+             ++it) {
             if (hasRecordsBelow(*it))
                 waiting.push_back(&*it);
         }

@@ -8,7 +8,8 @@
 #include <unordered_map>
 #include <vector>
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Places of the names in one list. It shares the list, so the list and its records stay what
 // and where they are for as long as the index lives: whoever changes a record's list from then

@@ -19,7 +19,8 @@ using tavmir::storeShared;
 
 Communication_Protocol PLC_driver;
 
-namespace {
+namespace
+{
 
 const char kFile[] = "Communication_Protocol";
 

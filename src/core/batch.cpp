@@ -1,8 +1,10 @@
 #include "core/batch.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 // The element bytes of a batch, counted one element ahead, stay below this until the last element:
 // at most 45, 38 or 28 elements of 5, 6 or 8 bytes.

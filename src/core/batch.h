@@ -4,7 +4,8 @@
 
 #include "tavmir_kx_tcp/host_interface.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Fills `batchElements` and `batchCount` from the head of `list`, which is not empty: entries
 // of the head's data type in a row, while the byte budget lasts. Stations and addresses are

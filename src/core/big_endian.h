@@ -4,7 +4,8 @@
 
 #include <QtCore/QtGlobal>
 
-namespace tavmir {
+namespace tavmir
+{
 
 inline void putBigEndian16(unsigned char* at, quint16 value)
 {

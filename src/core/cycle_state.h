@@ -2,7 +2,8 @@
 #ifndef TAVMIR_CORE_CYCLE_STATE_H
 #define TAVMIR_CORE_CYCLE_STATE_H
 
-namespace tavmir {
+namespace tavmir
+{
 
 // `cycleState`: the kind of the request in flight.
 enum CycleState {

@@ -1,8 +1,10 @@
 #include "core/data_types.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 //                             class         read write bytes
 const DataType kBit = {kBits, 'd', 'e', 1};

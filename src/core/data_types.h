@@ -2,7 +2,8 @@
 #ifndef TAVMIR_CORE_DATA_TYPES_H
 #define TAVMIR_CORE_DATA_TYPES_H
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Data type codes as they stand in records and label trees.
 enum DataTypeCode {

@@ -2,19 +2,22 @@
 
 #include <QtCore/QString>
 
-namespace tavmir {
+namespace tavmir
+{
 
 // The trailing blank is part of each word.
 const char kTrace[] = "TRACE ";
 const char kInfo[] = "INFO ";
 const char kError[] = "ERROR ";
 
-namespace {
+namespace
+{
 
 void begin(QDebug& stream, const char* file, const char* function, DiagnosticLineNumber line,
            const char* level)
 {
-    stream << file << " " << QString::fromLatin1(function) << " " << static_cast<int>(line) << level;
+    stream << file << " " << QString::fromLatin1(function) << " " << static_cast<int>(line)
+           << level;
 }
 
 } // namespace

@@ -11,7 +11,8 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QDebug>
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Line numbers are names, not places: readers of logs know them, so they stay what they are
 // wherever the code moves.

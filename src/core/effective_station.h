@@ -4,7 +4,8 @@
 
 #include "tavmir_kx_tcp/host_interface.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
 // `own` while the host's station mode is on, else the host's default station. Any thread.
 inline int effectiveStation(int own)

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 typedef std::pair<int, int> Pair;
 typedef std::pair<Pair, int> PairAndPlace;
@@ -58,11 +60,13 @@ FinishedVariables::Flags FinishedVariables::findIn(const QList<RW_VAR>& list) co
     std::sort(sorted, sorted + count_);
 
     int missing = count_;
-    for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end() && missing > 0; ++entry) {
+    for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end() && missing > 0;
+         ++entry) {
         const Pair pair(entry->hostKey, entry->varKey);
         if (!filter.mayContain(pair))
             continue;
-        const PairAndPlace* place = std::lower_bound(sorted, sorted + count_, PairAndPlace(pair, 0));
+        const PairAndPlace* place =
+            std::lower_bound(sorted, sorted + count_, PairAndPlace(pair, 0));
         if (place == sorted + count_ || place->first != pair)
             continue;
         const std::size_t at = static_cast<std::size_t>(place->second);

@@ -8,7 +8,8 @@
 #include <bitset>
 #include <utility>
 
-namespace tavmir {
+namespace tavmir
+{
 
 // A variable is its pair (hostKey, varKey). Pairs are recorded from the back of the batch.
 class FinishedVariables

@@ -2,7 +2,8 @@
 
 #include <cstdio>
 
-namespace tavmir {
+namespace tavmir
+{
 
 QByteArray logTimeStamp(const QDateTime& when)
 {

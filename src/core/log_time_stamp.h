@@ -5,7 +5,8 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QDateTime>
 
-namespace tavmir {
+namespace tavmir
+{
 
 // "2026.11.16.07:05:09.45": date, time and the plain number of milliseconds. Not by Qt's date
 // formats: they write milliseconds differently from one major version to the next, and digits

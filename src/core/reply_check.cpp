@@ -5,7 +5,8 @@
 
 #include <QtCore/QMutexLocker>
 
-namespace {
+namespace
+{
 
 const int kNoReplyExpected = 0;
 const int kAnyLength = -1;

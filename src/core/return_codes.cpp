@@ -2,7 +2,8 @@
 
 #include "core/wrapping.h"
 
-namespace {
+namespace
+{
 
 // The first number below each failure band.
 const int kBandReplyRefused = 10;

@@ -4,7 +4,8 @@
 #ifndef TAVMIR_CORE_SHARED_WORDS_H
 #define TAVMIR_CORE_SHARED_WORDS_H
 
-namespace tavmir {
+namespace tavmir
+{
 
 template <typename Word> inline Word loadShared(const Word& word)
 {

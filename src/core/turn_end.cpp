@@ -8,9 +8,11 @@
 
 #include <QtCore/QMutexLocker>
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 const int kVariableDone = 1;
 const int kVariableFailed = 2;
@@ -28,7 +30,8 @@ void finishListTurn(QList<RW_VAR>& list, bool failed)
 
     if (!PLC_driver.varDoneCallback)
         return;
-    const FinishedVariables::Flags waiting = failed ? FinishedVariables::Flags() : finished.findIn(list);
+    const FinishedVariables::Flags waiting =
+        failed ? FinishedVariables::Flags() : finished.findIn(list);
     const int station = PLC_driver.comInfo->comStation;
     for (int i = 0; i < finished.count(); ++i) {
         if (!waiting[i])

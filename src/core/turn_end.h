@@ -2,7 +2,8 @@
 #ifndef TAVMIR_CORE_TURN_END_H
 #define TAVMIR_CORE_TURN_END_H
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Ends the turn that `cycleState` names and sets `retVar.status` to `code`.
 // Communication thread. Takes `listMutex` and holds it while the callbacks run.

@@ -4,7 +4,8 @@
 
 #include <QtCore/QtGlobal>
 
-namespace tavmir {
+namespace tavmir
+{
 
 inline qint32 wrapAdd(qint32 a, qint32 b)
 {

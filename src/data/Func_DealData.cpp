@@ -5,7 +5,8 @@
 #include "core/data_types.h"
 #include "core/diagnostic_log.h"
 
-namespace {
+namespace
+{
 
 const int kStoreValues = 1;
 const int kNothingToStore = 2;
@@ -21,7 +22,8 @@ template <typename Value>
 void storeEntries(const unsigned char* entry, int available, QHash<int, Value>& cache)
 {
     const int entryBytes = tavmir::kAddressBytes + static_cast<int>(sizeof(Value));
-    const int count = qMin(qMin(PLC_driver.batchCount, tavmir::kBatchSlots), available / entryBytes);
+    const int count =
+        qMin(qMin(PLC_driver.batchCount, tavmir::kBatchSlots), available / entryBytes);
     for (int i = 0; i < count; ++i, entry += entryBytes)
         cache.insert(PLC_driver.batchElements[i]->elementAddress,
                      tavmir::getBigEndian<Value>(entry + tavmir::kAddressBytes));
@@ -51,8 +53,8 @@ void SaveToLocalDataErea(QByteArray* reply)
     const int dataType = PLC_driver.batchElements[0]->dataType;
     const tavmir::DataType* type = tavmir::findDataType(dataType);
     if (!type) {
-        tavmir::diagnosticLine("Func_DealData", "SaveToLocalDataErea", tavmir::kLineReplyTypeUnknown,
-                               tavmir::kError)
+        tavmir::diagnosticLine("Func_DealData", "SaveToLocalDataErea",
+                               tavmir::kLineReplyTypeUnknown, tavmir::kError)
             << dataType;
         return;
     }

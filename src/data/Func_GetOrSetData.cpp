@@ -13,9 +13,10 @@
 using tavmir::wrapAdd;
 using tavmir::wrapMultiply;
 
-namespace {
+namespace
+{
 
-const qint32 kTextStep = 16;       // bits between the words of a text
+const qint32 kTextStep = 16;        // bits between the words of a text
 const qint32 kSendToController = 2; // of `writeMode`
 
 void fillWithZeros(QByteArray& data, qint32 size)
@@ -71,7 +72,8 @@ void readPlain(const ControlInformationM& info, qint32 count, QByteArray& data)
         return readElements(PLC_driver.wordCache, info, kTextStep, count, data);
     case tavmir::kDoubleWordType:
     case tavmir::kDoubleWordType7:
-        return readElements(PLC_driver.dwordCache, info, info.elementWidth, doubleWords(count), data);
+        return readElements(PLC_driver.dwordCache, info, info.elementWidth, doubleWords(count),
+                            data);
     default:
         return fillWithZeros(data, wrapMultiply(2, count));
     }
@@ -109,8 +111,7 @@ void deliver(RW_VAR& record)
 
 // The element that a bit write starts from, entered as zero when it was never received. Without
 // `cacheMutex`, as hosts expect of a bit write: the look-up does not wait for a reply being stored.
-template <typename Value>
-Value elementWithoutLock(QHash<int, Value>& cache, qint32 elementAddress)
+template <typename Value> Value elementWithoutLock(QHash<int, Value>& cache, qint32 elementAddress)
 {
     return cache[elementAddress];
 }
@@ -140,7 +141,8 @@ void writeBits(QHash<int, Value>& cache, const ControlInformationM& info, const 
     record.value = QByteArray(bytes, static_cast<int>(sizeof bytes));
     record.count = static_cast<qint32>(sizeof bytes);
     tavmir::diagnosticLine("Func_GetOrSetData", "SetRegisterData", line, tavmir::kInfo)
-        << record.auxText << record.elementAddress << record.count << tavmir::hexText(&record.value);
+        << record.auxText << record.elementAddress << record.count
+        << tavmir::hexText(&record.value);
     deliver(record);
 }
 
@@ -154,7 +156,8 @@ QByteArray elementBytes(const QByteArray& data, qint32 i, int valueBytes)
 }
 
 // Delivers `count` elements, `step` apart. Writes are not cut at the end of an array.
-void writeElements(const QByteArray& data, qint32 count, qint32 step, int valueBytes, RW_VAR& record)
+void writeElements(const QByteArray& data, qint32 count, qint32 step, int valueBytes,
+                   RW_VAR& record)
 {
     for (qint32 i = 0; i < count; ++i) {
         record.value = elementBytes(data, i, valueBytes);
@@ -166,7 +169,8 @@ void writeElements(const QByteArray& data, qint32 count, qint32 step, int valueB
 }
 
 // False when the type cannot be written.
-bool writePlain(const ControlInformationM& info, const QByteArray& data, qint32 count, RW_VAR& record)
+bool writePlain(const ControlInformationM& info, const QByteArray& data, qint32 count,
+                RW_VAR& record)
 {
     switch (info.dataType) {
     case tavmir::kBitType:

@@ -2,7 +2,8 @@
 
 #include "core/wrapping.h"
 
-namespace {
+namespace
+{
 
 unsigned int byteSum(const unsigned char* data, unsigned short length)
 {

@@ -5,7 +5,8 @@
 
 #include <QtCore/QMutexLocker>
 
-namespace {
+namespace
+{
 
 // The value of element `i`, least significant byte first; what lies past the end is zero.
 template <typename Value> Value valueAt(const QByteArray& bytes, qint32 i)
@@ -15,8 +16,9 @@ template <typename Value> Value valueAt(const QByteArray& bytes, qint32 i)
     for (unsigned b = 0; b < sizeof(Value); ++b) {
         const qint64 at = first + b;
         if (at < bytes.size())
-            value |= static_cast<quint32>(static_cast<unsigned char>(bytes.at(static_cast<int>(at))))
-                     << (8 * b);
+            value |=
+                static_cast<quint32>(static_cast<unsigned char>(bytes.at(static_cast<int>(at))))
+                << (8 * b);
     }
     return static_cast<Value>(value);
 }

@@ -7,7 +7,8 @@
 #include "data/local_values.h"
 #include "frames/request_frame.h"
 
-namespace {
+namespace
+{
 
 const char kFile[] = "Func_Write";
 const char kFunction[] = "WriteAnalog";

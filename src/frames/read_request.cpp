@@ -22,7 +22,8 @@ void ReadAnalog()
 
     unsigned char* entry = PLC_driver.sendBuffer + tavmir::kHeaderBytes;
     for (int i = 0; i < PLC_driver.batchCount; ++i, entry += tavmir::kAddressBytes)
-        tavmir::putBigEndian32(entry, static_cast<quint32>(PLC_driver.batchElements[i]->elementAddress));
+        tavmir::putBigEndian32(entry,
+                               static_cast<quint32>(PLC_driver.batchElements[i]->elementAddress));
 
     const int elementBytes = PLC_driver.get_data_type_size(dataType);
     tavmir::queueRequest(length, PLC_driver.batchCount * elementBytes + tavmir::kHeaderBytes,

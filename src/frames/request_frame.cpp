@@ -3,9 +3,11 @@
 #include "core/big_endian.h"
 #include "core/cycle_state.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 // The header's `length` counts from behind itself.
 const int kBytesBeforeCounting = 6;

@@ -10,7 +10,8 @@
 
 #include "tavmir_kx_tcp/host_interface.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
 const int kHeaderBytes = 9;
 const int kFunctionOffset = 7;

@@ -10,7 +10,8 @@
 
 #include <vector>
 
-namespace {
+namespace
+{
 
 const char kFile[] = "Func_Init";
 const char kFunction[] = "ReCreatReadVarList";
@@ -123,7 +124,8 @@ void appendClass(const std::vector<ExpandedVariable>& variables,
         }
         entry.elementAddress = elements[i].address;
         list.append(entry);
-        const EntryNumbers line = {entry.station, entry.dataType, entry.elementAddress, entry.count};
+        const EntryNumbers line = {entry.station, entry.dataType, entry.elementAddress,
+                                   entry.count};
         numbers.push_back(line);
     }
 }

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 typedef ClassElements::Element Element;
 

@@ -6,7 +6,8 @@
 
 #include <vector>
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Which record of the host wants which address. Of several that want the same one the last
 // counts.

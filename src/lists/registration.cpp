@@ -10,7 +10,8 @@
 #include <algorithm>
 #include <vector>
 
-namespace {
+namespace
+{
 
 const int kOnceReadLimit = 1024;
 const qint32 kTextStep = 16;

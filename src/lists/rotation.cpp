@@ -1,8 +1,10 @@
 #include "lists/rotation.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
-namespace {
+namespace
+{
 
 // QList moves its first entry to the end by letting its window of entry pointers slide one
 // slot, but only while there is a free slot behind the window; without one it shifts every

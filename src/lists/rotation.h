@@ -4,7 +4,8 @@
 
 #include "tavmir_kx_tcp/host_interface.h"
 
-namespace tavmir {
+namespace tavmir
+{
 
 // Moves the first `elements` entries, one after the other, to the list's end. Costs the number
 // moved, not the list's length, and makes no copies of entries. Communication thread.

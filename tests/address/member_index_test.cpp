@@ -8,7 +8,8 @@
 
 using namespace tavmir::test;
 
-namespace {
+namespace
+{
 
 const int kMany = 100;
 
