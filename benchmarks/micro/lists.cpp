@@ -9,29 +9,37 @@ using namespace tavmir::bench;
 
 const int kOnceReadLimit = 1024;
 
-// The host's variables in an order that is not that of their addresses.
-QList<HOSTVAR> shuffled(const QList<HOSTVAR>& vars)
-{
-    const qint64 kStride = 7919; // a prime: every variable comes once
-    QList<HOSTVAR> list;
-    for (int i = 0; i < vars.size(); ++i)
-        list << vars.at(static_cast<int>(i * kStride % vars.size()));
-    return list;
-}
-
-void rebuildOf(benchmark::State& state, QList<HOSTVAR> vars)
+// Measures `fill`, which adds `elements` entries to `list`, always from an empty list.
+template <typename Fill>
+void measureFilling(benchmark::State& state, QList<RW_VAR>& list, int elements, Fill fill)
 {
     MeasuredCalls calls;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(ReCreatReadVarList(&vars));
+        fill();
         state.PauseTiming();
         calls.pause();
-        PLC_driver.pendingReadList.clear();
+        list.clear();
         calls.resume();
         state.ResumeTiming();
     }
-    calls.report(state, static_cast<int>(state.range(0)));
+    calls.report(state, elements);
     resetDriver();
+}
+
+// "Main.Recipe[0]" and so on.
+void passRecipe(int elements)
+{
+    QList<Label_Type_Info> labels;
+    labels << label(QString::fromLatin1("Main"),
+                    QList<Label_Type_Info>()
+                        << arrayVariable(QString::fromLatin1("Recipe"), kWord, 0, elements));
+    PassVarName_2(&labels);
+}
+
+void measureRebuild(benchmark::State& state, QList<HOSTVAR> vars)
+{
+    measureFilling(state, PLC_driver.pendingReadList, static_cast<int>(state.range(0)),
+                   [&] { benchmark::DoNotOptimize(ReCreatReadVarList(&vars)); });
 }
 
 // Each element a variable of its own, in the order of the project.
@@ -40,17 +48,22 @@ void rebuild(benchmark::State& state)
     const int elements = static_cast<int>(state.range(0));
     resetDriver();
     passPlant(elements, kWord);
-    rebuildOf(state, polledVariables(elements));
+    measureRebuild(state, polledVariables(elements));
 }
 BENCHMARK(rebuild)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);
 
 // The same in an order in which no variable's record lies beside the one before.
 void rebuildShuffled(benchmark::State& state)
 {
+    const qint64 kStride = 7919; // a prime: every variable comes once
     const int elements = static_cast<int>(state.range(0));
     resetDriver();
     passPlant(elements, kWord);
-    rebuildOf(state, shuffled(polledVariables(elements)));
+    const QList<HOSTVAR> vars = polledVariables(elements);
+    QList<HOSTVAR> shuffled;
+    for (int i = 0; i < elements; ++i)
+        shuffled << vars.at(static_cast<int>(i * kStride % elements));
+    measureRebuild(state, shuffled);
 }
 BENCHMARK(rebuildShuffled)->Arg(1000)->Arg(100000)->Unit(benchmark::kMicrosecond);
 
@@ -59,15 +72,11 @@ void rebuildArray(benchmark::State& state)
 {
     const int elements = static_cast<int>(state.range(0));
     resetDriver();
-    QList<Label_Type_Info> labels;
-    labels << label(QString::fromLatin1("Main"),
-                    QList<Label_Type_Info>()
-                        << arrayVariable(QString::fromLatin1("Recipe"), kWord, 0, elements));
-    PassVarName_2(&labels);
+    passRecipe(elements);
     HOSTVAR var;
     var.addressText = QString::fromLatin1("Main.Recipe[0]");
     var.count = elements;
-    rebuildOf(state, QList<HOSTVAR>() << var);
+    measureRebuild(state, QList<HOSTVAR>() << var);
 }
 BENCHMARK(rebuildArray)->Arg(1000)->Arg(100000)->Unit(benchmark::kMicrosecond);
 
@@ -85,23 +94,11 @@ RW_VAR onceRead(const QString& address, int count)
 void onceReadsInOneCall(benchmark::State& state)
 {
     resetDriver();
-    QList<Label_Type_Info> labels;
-    labels << label(QString::fromLatin1("Main"),
-                    QList<Label_Type_Info>()
-                        << arrayVariable(QString::fromLatin1("Recipe"), kWord, 0, kOnceReadLimit));
-    PassVarName_2(&labels);
-    MeasuredCalls calls;
-    for (auto _ : state) {
+    passRecipe(kOnceReadLimit);
+    measureFilling(state, PLC_driver.onceReadList, kOnceReadLimit, [] {
         RW_VAR var = onceRead(QString::fromLatin1("Main.Recipe[0]"), kOnceReadLimit);
         benchmark::DoNotOptimize(AddListOnceReadVar(&var));
-        state.PauseTiming();
-        calls.pause();
-        PLC_driver.onceReadList.clear();
-        calls.resume();
-        state.ResumeTiming();
-    }
-    calls.report(state, kOnceReadLimit);
-    resetDriver();
+    });
 }
 BENCHMARK(onceReadsInOneCall)->Unit(benchmark::kMicrosecond);
 
@@ -113,20 +110,12 @@ void onceReadsOneByOne(benchmark::State& state)
     QList<RW_VAR> vars;
     for (int i = 0; i < kOnceReadLimit; ++i)
         vars << onceRead(QString::fromLatin1("Main.") + variableName(i), 1);
-    MeasuredCalls calls;
-    for (auto _ : state) {
-        for (int i = 0; i < kOnceReadLimit; ++i)
+    measureFilling(state, PLC_driver.onceReadList, kOnceReadLimit, [&] {
+        for (int i = 0; i < kOnceReadLimit; ++i) {
+            vars[i].count = 1; // the call changes it
             benchmark::DoNotOptimize(AddListOnceReadVar(&vars[i]));
-        state.PauseTiming();
-        calls.pause();
-        PLC_driver.onceReadList.clear();
-        for (int i = 0; i < kOnceReadLimit; ++i)
-            vars[i].count = 1;
-        calls.resume();
-        state.ResumeTiming();
-    }
-    calls.report(state, kOnceReadLimit);
-    resetDriver();
+        }
+    });
 }
 BENCHMARK(onceReadsOneByOne)->Unit(benchmark::kMicrosecond);
 
@@ -135,18 +124,10 @@ void appendAlone(benchmark::State& state)
 {
     resetDriver();
     const RW_VAR var = onceRead(QString::fromLatin1("Main.Recipe[0]"), 1);
-    MeasuredCalls calls;
-    for (auto _ : state) {
+    measureFilling(state, PLC_driver.onceReadList, kOnceReadLimit, [&] {
         for (int i = 0; i < kOnceReadLimit; ++i)
             PLC_driver.onceReadList.append(var);
-        state.PauseTiming();
-        calls.pause();
-        PLC_driver.onceReadList.clear();
-        calls.resume();
-        state.ResumeTiming();
-    }
-    calls.report(state, kOnceReadLimit);
-    resetDriver();
+    });
 }
 BENCHMARK(appendAlone)->Unit(benchmark::kMicrosecond);
 
