@@ -4,7 +4,6 @@
 #include "exchange.h"
 #include "line_reader.h"
 #include "prepared_host.h"
-#include "project/value_format.h"
 #include "statistics_report.h"
 #include "stop_signal.h"
 #include "terminal.h"
@@ -92,12 +91,7 @@ std::vector<ValueRow> currentRows(HostSession& session)
     std::vector<ValueRow> rows;
     const Clock::time_point now = Clock::now();
     for (const PolledElement& entry : session.polled()) {
-        ValueRow row;
-        row.name = entry.name;
-        row.address = entry.element.addressText;
-        row.format = entry.format;
-        row.value =
-            project::decodeValue(entry.element, entry.format, session.cachedValue(entry.element));
+        ValueRow row = cachedRow(session, entry);
         if (const auto read = session.lastPolled(entry.element)) {
             const auto age = std::chrono::duration_cast<std::chrono::milliseconds>(now - *read);
             row.ageMs = std::max<qint64>(0, age.count());

@@ -81,6 +81,17 @@ ReadRequest parseRead(const project::Project& project, const QString& address, F
     return request;
 }
 
+ValueRow cachedRow(HostSession& session, const PolledElement& entry)
+{
+    ValueRow row;
+    row.name = entry.name;
+    row.address = entry.element.addressText;
+    row.format = entry.format;
+    row.value =
+        project::decodeValue(entry.element, entry.format, session.cachedValue(entry.element));
+    return row;
+}
+
 std::vector<ValueRow> readAll(HostSession& session, const std::vector<PolledElement>& elements,
                               int timeoutMs, QStringList& failures)
 {
@@ -98,12 +109,7 @@ std::vector<ValueRow> readAll(HostSession& session, const std::vector<PolledElem
             failures << QString("%1: not read: %2").arg(entry.name, outcome.reason);
             continue;
         }
-        ValueRow row;
-        row.name = entry.name;
-        row.address = entry.element.addressText;
-        row.format = entry.format;
-        row.value =
-            project::decodeValue(entry.element, entry.format, session.cachedValue(entry.element));
+        ValueRow row = cachedRow(session, entry);
         row.ageMs = 0;
         rows.push_back(row);
     }

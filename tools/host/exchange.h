@@ -29,6 +29,9 @@ struct ReadRequest {
 ReadRequest parseRead(const project::Project& project, const QString& address,
                       project::Format format);
 
+// What the driver's cache holds of an element, of unknown age.
+ValueRow cachedRow(HostSession& session, const PolledElement& entry);
+
 // Reads all from the controller, at most `timeoutMs` for each. Rows of those that were read;
 // one message for each that was not.
 std::vector<ValueRow> readAll(HostSession& session, const std::vector<PolledElement>& elements,
