@@ -183,13 +183,13 @@ protected:
         plain.noValues = 1;
         plain.type = 1;
         plain.position = 16;
-        plain.station = 1;
+        plain.station = 3; // differs from the count of elements, as every neighbour should
         plain.elements = 1;
         plain.bytes = bytesOf("01");
         ASSERT_EQ(driver.addWrite(&plain), 1);
-        ASSERT_TRUE(exchange("000200000008016501"
+        ASSERT_TRUE(exchange("000200000008036501"
                              "0000001001",
-                             "000200000003016501", 1));
+                             "000200000003036501", 1));
 
         ASSERT_TRUE(exchange("000300000007016601"
                              "00000bb8",
