@@ -2,8 +2,11 @@
 #include "support/driver_test.h"
 #include "support/locks.h"
 #include "support/records.h"
+#include "support/wait_until.h"
 
+#include <atomic>
 #include <climits>
+#include <thread>
 
 using namespace tavmir::test;
 
@@ -92,6 +95,23 @@ TEST_F(Registration, AWriteWaitsForTheListMutexOnly)
     EXPECT_TRUE(endsWhileHeld(PLC_driver.cacheMutex, [&] { AddListWriteVar(&var); }));
     EXPECT_TRUE(endsWhileHeld(PLC_driver.stationMutex, [&] { AddListWriteVar(&var); }));
     EXPECT_TRUE(isFree(PLC_driver.listMutex));
+}
+
+// The call takes the mutex twice: it must have it for the first of its two steps already.
+TEST_F(Registration, AWriteIsNotQueuedBeforeTheListMutexIsFree)
+{
+    const RW_VAR var = writeOf(4, 0, hex("00 00"));
+    std::atomic<bool> started(false);
+    PLC_driver.listMutex.lock();
+    std::thread thread([&] {
+        started = true;
+        AddListWriteVar(&var);
+    });
+    EXPECT_TRUE(waitUntil([&] { return started.load(); }));
+    EXPECT_FALSE(waitUntil([] { return !PLC_driver.writeVarList.isEmpty(); }, 60));
+    PLC_driver.listMutex.unlock();
+    thread.join();
+    EXPECT_EQ(PLC_driver.writeVarList.size(), 1);
 }
 
 } // namespace
