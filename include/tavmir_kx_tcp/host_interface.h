@@ -6,14 +6,14 @@
 //   load library ──▶ SetComInfo ──▶ RegistCallBackFuncIntf ──▶ FlashLocalRegister
 //        ──▶ PassVarName_2 ──▶ AddListReadVar / ReCreatReadVarList
 //        ──▶ on the communication thread, again and again:
-//              Protocol* p = ComCommunication();     null: nothing to send
+//              Protocol* p = ComCommunication();     null twice in a row: nothing to send
 //              send p->frame, wait for the answer
 //              RW_VAR* r = DataCom(&reply, received); r->status 0: will be resent
 //        ──▶ on other threads: GetRegisterData, SetRegisterData,
 //              AddListWriteVar, AddListOnceReadVar, ReCreatReadVarList
 //        ──▶ unload library (no call may be running)
 //
-// Nothing here throws, but a host that asks for more memory than there is ends the process.
+// Nothing here throws: a host that asks for more memory than there is ends the process.
 // Diagnostic lines are written from inside calls, some with `listMutex` (a rebuild) or
 // `cacheMutex` (a reply) held: a message handler must not call the driver. Results are integers.
 // The driver keeps pointers to what the host owns (`ComInfo`, the local areas) and never frees
@@ -36,6 +36,14 @@
 #define TAVMIR_KX_TCP_EXPORT __attribute__((visibility("default")))
 #else
 #define TAVMIR_KX_TCP_EXPORT
+#endif
+
+// No exception leaves the driver, not one out of a host's callback either: it ends the process,
+// rather than leave a lock behind that nobody opens again.
+#if __cplusplus >= 201103L
+#define TAVMIR_KX_TCP_NOTHROW noexcept
+#else
+#define TAVMIR_KX_TCP_NOTHROW throw()
 #endif
 
 // ---------------------------------------------------------------------------
@@ -264,16 +272,16 @@ extern "C" {
 //   comInfo  at least 19 words, owned by the host, kept until the library is unloaded.
 //            A null pointer is a host error.
 // Thread: any, before every other call. Locks: none.
-TAVMIR_KX_TCP_EXPORT void SetComInfo(ComInfo* comInfo);
+TAVMIR_KX_TCP_EXPORT void SetComInfo(ComInfo* comInfo) TAVMIR_KX_TCP_NOTHROW;
 
 // Stores the two callbacks; a null one is not called.
 // Thread: any, before the cycle starts. Locks: none.
 TAVMIR_KX_TCP_EXPORT void RegistCallBackFuncIntf(VarDoneCallback varDone,
-                                                 CommFailCallback commFail);
+                                                 CommFailCallback commFail) TAVMIR_KX_TCP_NOTHROW;
 
 // Stores the three local areas in `LB`, `LW`, `RWI`.
 // Thread: any, before the cycle starts. Locks: none.
-TAVMIR_KX_TCP_EXPORT void FlashLocalRegister(void* lb, void* lw, void* rwi);
+TAVMIR_KX_TCP_EXPORT void FlashLocalRegister(void* lb, void* lw, void* rwi) TAVMIR_KX_TCP_NOTHROW;
 
 // Adds the labels to the label table; a name already there is replaced, the last one wins.
 //   labels  owned by the host, may be released after the call; null or empty: nothing happens.
@@ -284,14 +292,14 @@ TAVMIR_KX_TCP_EXPORT void FlashLocalRegister(void* lb, void* lw, void* rwi);
 // Thread: any, while no other thread is inside a call that parses addresses
 // (`AddListOnceReadVar`, `ReCreatReadVarList`, `GetRegisterData`, `SetRegisterData`).
 // Locks: none.
-TAVMIR_KX_TCP_EXPORT void PassVarName_2(QList<Label_Type_Info>* labels);
+TAVMIR_KX_TCP_EXPORT void PassVarName_2(QList<Label_Type_Info>* labels) TAVMIR_KX_TCP_NOTHROW;
 
 // Appends a copy of the record to the polled list, unparsed and unchecked.
 //   var     null is a host error, and so is a `dataType` other than 1, 4, 6, 7, 10: its
 //           request would go out with the function code of the request before it.
 //   result  entries in the polled list
 // Thread: any, but only before the cycle starts. Locks: none.
-TAVMIR_KX_TCP_EXPORT int AddListReadVar(const RW_VAR* var);
+TAVMIR_KX_TCP_EXPORT int AddListReadVar(const RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 // Queues a write of one element, as it stands.
 //   var     `value` holds 1, 2 or 4 bytes for types 1; 4 and 10; 6 and 7, sent in that order;
@@ -302,7 +310,7 @@ TAVMIR_KX_TCP_EXPORT int AddListReadVar(const RW_VAR* var);
 //           neighbours of that type in its batch; no callback reports them.
 //   result  entries in the write list
 // Thread: any but a callback. Locks: takes `listMutex`.
-TAVMIR_KX_TCP_EXPORT int AddListWriteVar(const RW_VAR* var);
+TAVMIR_KX_TCP_EXPORT int AddListWriteVar(const RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 // Parses `addressText` and queues one-element reads that are done once.
 //   var     in: hostKey, varKey, addressText, station, count; the other members are copied
@@ -317,7 +325,7 @@ TAVMIR_KX_TCP_EXPORT int AddListWriteVar(const RW_VAR* var);
 //           when the address is refused or its data type cannot be read
 // Elements already queued are not queued twice.
 // Thread: any but a callback. Locks: takes `listMutex` after parsing.
-TAVMIR_KX_TCP_EXPORT int AddListOnceReadVar(RW_VAR* var);
+TAVMIR_KX_TCP_EXPORT int AddListOnceReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 // Rebuilds the polled list out of the host's variables: one entry per element, without
 // duplicates, ordered by class (bits, words, double words) and address. The cycle takes it
@@ -329,13 +337,15 @@ TAVMIR_KX_TCP_EXPORT int AddListOnceReadVar(RW_VAR* var);
 // An address whose data type is not 1, 4, 6, 7 or 10 is a host error: the call returns 0
 // with `listMutex` still locked. Hosts rely on being stopped there; check addresses first.
 // Thread: any but a callback. Locks: takes `listMutex`.
-TAVMIR_KX_TCP_EXPORT int ReCreatReadVarList(QList<HOSTVAR>* vars);
+TAVMIR_KX_TCP_EXPORT int ReCreatReadVarList(QList<HOSTVAR>* vars) TAVMIR_KX_TCP_NOTHROW;
 
-// The request to send next, or null when there is nothing to send (`scanDone` is then 1).
+// The request to send next, or null when there is none (`scanDone` is then 1).
 //   result  owned by the driver; valid until `DataCom` returns. After a failure the same
-//           request is returned again.
+//           request is returned again. With nothing to poll, null also stands between five
+//           turns of writes or one-shot reads and the next five: a host that sleeps when there
+//           is nothing to send asks once more before it does.
 // Thread: the communication thread only. Locks: takes `listMutex` for a short time.
-TAVMIR_KX_TCP_EXPORT Protocol* ComCommunication();
+TAVMIR_KX_TCP_EXPORT Protocol* ComCommunication() TAVMIR_KX_TCP_NOTHROW;
 
 // Takes the answer to the request in flight.
 //   reply     the received bytes; may be null when nothing came
@@ -352,7 +362,7 @@ TAVMIR_KX_TCP_EXPORT Protocol* ComCommunication();
 // transaction id and function code).
 // Thread: the communication thread only. Locks: takes `cacheMutex`, then `listMutex`, which
 // is held while the callbacks run.
-TAVMIR_KX_TCP_EXPORT RW_VAR* DataCom(QByteArray* reply, int received);
+TAVMIR_KX_TCP_EXPORT RW_VAR* DataCom(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW;
 
 // Copies cached values into `data`, least significant byte first; a value never received
 // reads as zero.
@@ -365,7 +375,8 @@ TAVMIR_KX_TCP_EXPORT RW_VAR* DataCom(QByteArray* reply, int received);
 //   result   0 when the address is refused (`data` is then 2 * count zero bytes), else 1
 // Thread: any, also a callback; not beside `PassVarName_2`. Locks: takes `cacheMutex`.
 TAVMIR_KX_TCP_EXPORT int GetRegisterData(const QString& address, int unused2, int unused3,
-                                         int unused4, QByteArray* data, int count);
+                                         int unused4, QByteArray* data,
+                                         int count) TAVMIR_KX_TCP_NOTHROW;
 
 // Hands in values to write: queued for the controller while `writeMode` is 2, otherwise only
 // stored in the caches.
@@ -387,21 +398,21 @@ TAVMIR_KX_TCP_EXPORT int GetRegisterData(const QString& address, int unused2, in
 // `listMutex` to queue (so not from a callback while `writeMode` is 2), `cacheMutex` to store.
 TAVMIR_KX_TCP_EXPORT int SetRegisterData(const QString& address, int unused2, const QString& text,
                                          int station, QByteArray* data, int count, int hostKey,
-                                         int varKey);
+                                         int varKey) TAVMIR_KX_TCP_NOTHROW;
 
 // Marks a station as disabled (`enable` 0) or enabled (1); other values do nothing. A
 // negative station enables all. Requests are not affected: the host asks
 // `Ethernetcontains`. Thread: any. Locks: takes `stationMutex`.
-TAVMIR_KX_TCP_EXPORT void EnCommStation(int station, int enable);
+TAVMIR_KX_TCP_EXPORT void EnCommStation(int station, int enable) TAVMIR_KX_TCP_NOTHROW;
 
 // The same under another name.
-TAVMIR_KX_TCP_EXPORT void EnableEthernet(int station, int enable);
+TAVMIR_KX_TCP_EXPORT void EnableEthernet(int station, int enable) TAVMIR_KX_TCP_NOTHROW;
 
 // Always -1: moving addresses is not supported.
-TAVMIR_KX_TCP_EXPORT int PLCAddressChangeIntef();
+TAVMIR_KX_TCP_EXPORT int PLCAddressChangeIntef() TAVMIR_KX_TCP_NOTHROW;
 
 // Always 1.
-TAVMIR_KX_TCP_EXPORT int QueryFinishFlag();
+TAVMIR_KX_TCP_EXPORT int QueryFinishFlag() TAVMIR_KX_TCP_NOTHROW;
 
 } // extern "C"
 
@@ -410,7 +421,7 @@ TAVMIR_KX_TCP_EXPORT int QueryFinishFlag();
 // ---------------------------------------------------------------------------
 
 // True when the station is disabled. Thread: any. Locks: takes `stationMutex`.
-TAVMIR_KX_TCP_EXPORT bool Ethernetcontains(int station);
+TAVMIR_KX_TCP_EXPORT bool Ethernetcontains(int station) TAVMIR_KX_TCP_NOTHROW;
 
 // A message handler of Qt 4's shape that appends each message with a time stamp to
 // "/tmp/debug.log"; the host may install it (the driver never does). A line that cannot be
@@ -418,6 +429,7 @@ TAVMIR_KX_TCP_EXPORT bool Ethernetcontains(int station);
 //   type  not looked at
 //   msg   in the locale's encoding; null counts as empty
 // Thread: any; takes no lock. Lines of several threads may interleave.
-TAVMIR_KX_TCP_EXPORT void customMessageHandler(QtMsgType type, const char* msg);
+TAVMIR_KX_TCP_EXPORT void customMessageHandler(QtMsgType type,
+                                               const char* msg) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

@@ -173,24 +173,24 @@ int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int
 
 int get_label_address_array_memory_index(QString indexText, int dimensionCount,
                                          const QList<int>& arrayBounds, unsigned int& index,
-                                         unsigned int* end)
+                                         unsigned int* end) TAVMIR_KX_TCP_NOTHROW
 {
     return tavmir::linearIndex(tavmir::pieceOf(indexText), dimensionCount, arrayBounds, index, end);
 }
 
 void get_label_address_2(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
-                         ControlInformationM& info)
+                         ControlInformationM& info) TAVMIR_KX_TCP_NOTHROW
 {
     resolveBitSuffix(entry, cut(parts), partIndex, info);
 }
 
 int get_label_address_1(const Label_Type_Info& entry, const QStringList& parts, int partIndex,
-                        ControlInformationM& info)
+                        ControlInformationM& info) TAVMIR_KX_TCP_NOTHROW
 {
     return resolve(entry, cut(parts), partIndex, info);
 }
 
-int get_label_address_info(const QString& address, ControlInformationM& info)
+int get_label_address_info(const QString& address, ControlInformationM& info) TAVMIR_KX_TCP_NOTHROW
 {
     if (address.isEmpty()) {
         tavmir::diagnosticLine(kFile, kInfoFunction, tavmir::kLineAddressEmpty, tavmir::kError)
@@ -229,7 +229,7 @@ int get_label_address_info(const QString& address, ControlInformationM& info)
     return resolve(*variable, parts, 1, info);
 }
 
-int get_label_address_query(const QStringList& parts, int partIndex)
+int get_label_address_query(const QStringList& parts, int partIndex) TAVMIR_KX_TCP_NOTHROW
 {
     Q_UNUSED(parts);
     Q_UNUSED(partIndex);

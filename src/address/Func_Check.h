@@ -43,26 +43,29 @@ enum AddressResult {
 
 // Resolves `address`. `info` must come in zeroed; after a result other than 0 it is to be
 // ignored.
-TAVMIR_KX_TCP_EXPORT int get_label_address_info(const QString& address, ControlInformationM& info);
+TAVMIR_KX_TCP_EXPORT int get_label_address_info(const QString& address,
+                                                ControlInformationM& info) TAVMIR_KX_TCP_NOTHROW;
 
 // Resolves `parts` from `partIndex` on against `entry`; calls itself for members.
 TAVMIR_KX_TCP_EXPORT int get_label_address_1(const Label_Type_Info& entry, const QStringList& parts,
-                                             int partIndex, ControlInformationM& info);
+                                             int partIndex,
+                                             ControlInformationM& info) TAVMIR_KX_TCP_NOTHROW;
 
 // Reads a bit suffix in the part behind `partIndex`, when that is the last one.
 TAVMIR_KX_TCP_EXPORT void get_label_address_2(const Label_Type_Info& entry,
                                               const QStringList& parts, int partIndex,
-                                              ControlInformationM& info);
+                                              ControlInformationM& info) TAVMIR_KX_TCP_NOTHROW;
 
 // Turns "1,2" into a linear index. Results 0, 1 (number of indices, bounds missing), 3 (not a
 // number, below a low bound); on 1 and 3 `index` and `end` are not written.
 //   end  index plus the size of the last dimension
-TAVMIR_KX_TCP_EXPORT int get_label_address_array_memory_index(QString indexText, int dimensionCount,
-                                                              const QList<int>& arrayBounds,
-                                                              unsigned int& index,
-                                                              unsigned int* end);
+TAVMIR_KX_TCP_EXPORT int
+get_label_address_array_memory_index(QString indexText, int dimensionCount,
+                                     const QList<int>& arrayBounds, unsigned int& index,
+                                     unsigned int* end) TAVMIR_KX_TCP_NOTHROW;
 
 // Always 0; kept for hosts that resolve it by name.
-TAVMIR_KX_TCP_EXPORT int get_label_address_query(const QStringList& parts, int partIndex);
+TAVMIR_KX_TCP_EXPORT int get_label_address_query(const QStringList& parts,
+                                                 int partIndex) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

@@ -10,7 +10,7 @@ tavmir::MemberIndex memberIndex;
 
 } // namespace
 
-void PassVarName_2(QList<Label_Type_Info>* labels)
+void PassVarName_2(QList<Label_Type_Info>* labels) TAVMIR_KX_TCP_NOTHROW
 {
     if (!labels)
         return;

@@ -178,7 +178,7 @@ int Communication_Protocol::get_data_type_size(int dataType)
     return dataType >= 1 && dataType <= 10 ? kSizes[dataType - 1] : kDefaultSize;
 }
 
-Protocol* ComCommunication()
+Protocol* ComCommunication() TAVMIR_KX_TCP_NOTHROW
 {
     if (!PLC_driver.protocolList.isEmpty())
         return &PLC_driver.protocolList.first();
@@ -197,7 +197,7 @@ Protocol* ComCommunication()
     return &PLC_driver.protocolList.first();
 }
 
-RW_VAR* DataCom(QByteArray* reply, int received)
+RW_VAR* DataCom(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW
 {
     PLC_driver.retVar.status = kGood;
     if (PLC_driver.protocolList.isEmpty())

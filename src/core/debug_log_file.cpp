@@ -4,7 +4,7 @@
 
 #include <QtCore/QFile>
 
-void customMessageHandler(QtMsgType type, const char* msg)
+void customMessageHandler(QtMsgType type, const char* msg) TAVMIR_KX_TCP_NOTHROW
 {
     Q_UNUSED(type);
     QFile file(QString::fromLatin1("/tmp/debug.log"));

@@ -5,32 +5,33 @@ void* LB = 0;
 void* LW = 0;
 void* RWI = 0;
 
-void SetComInfo(ComInfo* comInfo)
+void SetComInfo(ComInfo* comInfo) TAVMIR_KX_TCP_NOTHROW
 {
     PLC_driver.comInfo = comInfo;
     comInfo->hostWord10 = 0;
     comInfo->hostWord13 = 0;
 }
 
-void RegistCallBackFuncIntf(VarDoneCallback varDone, CommFailCallback commFail)
+void RegistCallBackFuncIntf(VarDoneCallback varDone,
+                            CommFailCallback commFail) TAVMIR_KX_TCP_NOTHROW
 {
     PLC_driver.varDoneCallback = varDone;
     PLC_driver.commFailCallback = commFail;
 }
 
-void FlashLocalRegister(void* lb, void* lw, void* rwi)
+void FlashLocalRegister(void* lb, void* lw, void* rwi) TAVMIR_KX_TCP_NOTHROW
 {
     LB = lb;
     LW = lw;
     RWI = rwi;
 }
 
-int PLCAddressChangeIntef()
+int PLCAddressChangeIntef() TAVMIR_KX_TCP_NOTHROW
 {
     return -1;
 }
 
-int QueryFinishFlag()
+int QueryFinishFlag() TAVMIR_KX_TCP_NOTHROW
 {
     return 1;
 }

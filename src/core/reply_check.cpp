@@ -22,7 +22,7 @@ int sizeOf(const QByteArray* reply)
 
 } // namespace
 
-int DealDataOfLocalArea(QByteArray* reply, int received)
+int DealDataOfLocalArea(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW
 {
     const int expected = PLC_driver.protocolList.first().replyLength;
     if (received == 0)
@@ -41,7 +41,7 @@ int DealDataOfLocalArea(QByteArray* reply, int received)
     return GetDriverReturnValue(check == kNothingToStore ? kGoodReply : kReplyRefused);
 }
 
-int DealDataOfRemoteArea(QByteArray* reply, int received)
+int DealDataOfRemoteArea(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW
 {
     const Protocol& request = PLC_driver.protocolList.first();
     const int expected = request.replyLength;

@@ -1,6 +1,6 @@
 #include "core/result_record.h"
 
-void passRetValue(const RW_VAR& from, RW_VAR& to)
+void passRetValue(const RW_VAR& from, RW_VAR& to) TAVMIR_KX_TCP_NOTHROW
 {
     to.hostKey = from.hostKey;
     to.varKey = from.varKey;

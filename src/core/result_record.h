@@ -5,6 +5,6 @@
 #include "tavmir_kx_tcp/host_interface.h"
 
 // Copies a record, but leaves `to.value` empty: the result record never carries values.
-TAVMIR_KX_TCP_EXPORT void passRetValue(const RW_VAR& from, RW_VAR& to);
+TAVMIR_KX_TCP_EXPORT void passRetValue(const RW_VAR& from, RW_VAR& to) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

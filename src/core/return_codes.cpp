@@ -19,7 +19,7 @@ const int kLastRefiningKey = 11;
 
 } // namespace
 
-int SwitchErrorReturn(int base)
+int SwitchErrorReturn(int base) TAVMIR_KX_TCP_NOTHROW
 {
     const int code = tavmir::wrapAdd(base, 1);
     const QList<Protocol>& requests = PLC_driver.protocolList;
@@ -29,7 +29,7 @@ int SwitchErrorReturn(int base)
     return key >= 0 && key <= kLastRefiningKey ? tavmir::wrapAdd(code, key) : code;
 }
 
-int GetDriverReturnValue(int kind)
+int GetDriverReturnValue(int kind) TAVMIR_KX_TCP_NOTHROW
 {
     switch (kind) {
     case kGoodReply:

@@ -18,10 +18,10 @@ enum OutcomeKind {
 
 // The code of an outcome: 1 for kGoodReply, 100 for kRemoteAccepted, for a failure a code in
 // its band, 200 for any other number. Communication thread, no lock.
-TAVMIR_KX_TCP_EXPORT int GetDriverReturnValue(int kind);
+TAVMIR_KX_TCP_EXPORT int GetDriverReturnValue(int kind) TAVMIR_KX_TCP_NOTHROW;
 
 // `base` + 1, plus the `hostKey` of the request in flight when that is 0..11.
 // Communication thread, no lock.
-TAVMIR_KX_TCP_EXPORT int SwitchErrorReturn(int base);
+TAVMIR_KX_TCP_EXPORT int SwitchErrorReturn(int base) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

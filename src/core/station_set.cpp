@@ -3,7 +3,7 @@
 
 #include <QtCore/QMutexLocker>
 
-void EnCommStation(int station, int enable)
+void EnCommStation(int station, int enable) TAVMIR_KX_TCP_NOTHROW
 {
     QMutexLocker lock(&PLC_driver.stationMutex);
     if (station < 0)
@@ -14,12 +14,12 @@ void EnCommStation(int station, int enable)
         PLC_driver.stationMap.remove(station);
 }
 
-void EnableEthernet(int station, int enable)
+void EnableEthernet(int station, int enable) TAVMIR_KX_TCP_NOTHROW
 {
     EnCommStation(station, enable);
 }
 
-bool Ethernetcontains(int station)
+bool Ethernetcontains(int station) TAVMIR_KX_TCP_NOTHROW
 {
     QMutexLocker lock(&PLC_driver.stationMutex);
     return PLC_driver.stationMap.contains(station);

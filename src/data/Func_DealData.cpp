@@ -31,7 +31,7 @@ void storeEntries(const unsigned char* entry, int available, QHash<int, Value>& 
 
 } // namespace
 
-int CheckGetData(const QByteArray* reply, int size)
+int CheckGetData(const QByteArray* reply, int size) TAVMIR_KX_TCP_NOTHROW
 {
     Q_UNUSED(reply);
     Q_UNUSED(size);
@@ -41,7 +41,7 @@ int CheckGetData(const QByteArray* reply, int size)
     return kStoreValues;
 }
 
-void SaveToLocalDataErea(QByteArray* reply)
+void SaveToLocalDataErea(QByteArray* reply) TAVMIR_KX_TCP_NOTHROW
 {
     if (!reply || !PLC_driver.batchElements[0] || PLC_driver.protocolList.isEmpty())
         return;

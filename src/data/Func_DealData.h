@@ -6,11 +6,11 @@
 
 // Whether the reply to the request in flight carries values: 1 store them, 2 do not.
 // Neither argument is looked at. Communication thread, no lock.
-TAVMIR_KX_TCP_EXPORT int CheckGetData(const QByteArray* reply, int size);
+TAVMIR_KX_TCP_EXPORT int CheckGetData(const QByteArray* reply, int size) TAVMIR_KX_TCP_NOTHROW;
 
 // Stores the reply's values under the addresses of the batch elements. Values that a short
 // reply lacks are not stored; null stores nothing.
 // Communication thread; the caller holds `cacheMutex`.
-TAVMIR_KX_TCP_EXPORT void SaveToLocalDataErea(QByteArray* reply);
+TAVMIR_KX_TCP_EXPORT void SaveToLocalDataErea(QByteArray* reply) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

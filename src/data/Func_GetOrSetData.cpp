@@ -194,7 +194,7 @@ bool writePlain(const ControlInformationM& info, const QByteArray& data, qint32 
 } // namespace
 
 int GetRegisterData(const QString& address, int unused2, int unused3, int unused4, QByteArray* data,
-                    int count)
+                    int count) TAVMIR_KX_TCP_NOTHROW
 {
     Q_UNUSED(unused2);
     Q_UNUSED(unused3);
@@ -222,7 +222,7 @@ int GetRegisterData(const QString& address, int unused2, int unused3, int unused
 }
 
 int SetRegisterData(const QString& address, int unused2, const QString& text, int station,
-                    QByteArray* data, int count, int hostKey, int varKey)
+                    QByteArray* data, int count, int hostKey, int varKey) TAVMIR_KX_TCP_NOTHROW
 {
     Q_UNUSED(unused2);
     ControlInformationM info;

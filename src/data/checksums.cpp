@@ -15,12 +15,12 @@ unsigned int byteSum(const unsigned char* data, unsigned short length)
 
 } // namespace
 
-unsigned short CalSUM(unsigned char* data, unsigned short length)
+unsigned short CalSUM(unsigned char* data, unsigned short length) TAVMIR_KX_TCP_NOTHROW
 {
     return static_cast<unsigned short>(byteSum(data, length) & 0xFFFF);
 }
 
-unsigned short CalCRC(unsigned char* data, unsigned short length)
+unsigned short CalCRC(unsigned char* data, unsigned short length) TAVMIR_KX_TCP_NOTHROW
 {
     unsigned int crc = 0xFFFF;
     for (unsigned int i = 0; i < length; ++i) {
@@ -31,12 +31,12 @@ unsigned short CalCRC(unsigned char* data, unsigned short length)
     return static_cast<unsigned short>(crc);
 }
 
-unsigned short CalLRC(unsigned char* data, unsigned short length)
+unsigned short CalLRC(unsigned char* data, unsigned short length) TAVMIR_KX_TCP_NOTHROW
 {
     return static_cast<unsigned short>((~byteSum(data, length) & 0xFF) + 1);
 }
 
-unsigned short CalXOR(unsigned char* data, unsigned short length)
+unsigned short CalXOR(unsigned char* data, unsigned short length) TAVMIR_KX_TCP_NOTHROW
 {
     unsigned int result = data[0];
     for (unsigned int i = 1; i < length; ++i)
@@ -44,12 +44,12 @@ unsigned short CalXOR(unsigned char* data, unsigned short length)
     return static_cast<unsigned short>(result);
 }
 
-int DigitalToASCII(int digit)
+int DigitalToASCII(int digit) TAVMIR_KX_TCP_NOTHROW
 {
     return digit <= 9 ? tavmir::wrapAdd(digit, '0') : tavmir::wrapAdd(digit, 'A' - 10);
 }
 
-int ASCIIToDigital(int character)
+int ASCIIToDigital(int character) TAVMIR_KX_TCP_NOTHROW
 {
     if (character < '0' || character == '@')
         return 0;

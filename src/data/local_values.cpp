@@ -32,7 +32,7 @@ template <typename Value> void store(const RW_VAR& var, QHash<int, Value>& cache
 
 } // namespace
 
-void WriteDataToLocal(RW_VAR* var)
+void WriteDataToLocal(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
 {
     QMutexLocker lock(&PLC_driver.cacheMutex);
     const tavmir::DataType* type = tavmir::findDataType(var->dataType);

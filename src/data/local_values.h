@@ -7,6 +7,6 @@
 // Stores the record's value in the cache of its data type, `count` elements at consecutive
 // keys; bytes past the end of `value` count as zero. Any thread; takes `cacheMutex`, which the
 // caller must not hold.
-TAVMIR_KX_TCP_EXPORT void WriteDataToLocal(RW_VAR* var);
+TAVMIR_KX_TCP_EXPORT void WriteDataToLocal(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

@@ -30,7 +30,7 @@ void putEntry(unsigned char* entry, const RW_VAR& var, int valueBytes)
 
 } // namespace
 
-void WriteAnalog()
+void WriteAnalog() TAVMIR_KX_TCP_NOTHROW
 {
     if (PLC_driver.batchCount < 1)
         return;
@@ -57,7 +57,7 @@ void WriteAnalog()
     tavmir::queueRequest(length, tavmir::kHeaderBytes, kReplyDataOffset);
 }
 
-void WriteRegister()
+void WriteRegister() TAVMIR_KX_TCP_NOTHROW
 {
     const int queued = PLC_driver.protocolList.size();
     WriteAnalog();
@@ -71,7 +71,7 @@ void WriteRegister()
         WriteDataToLocal(PLC_driver.batchElements[i]);
 }
 
-void Remote_WriteVar(RW_VAR* var)
+void Remote_WriteVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
 {
     Q_UNUSED(var);
 }

@@ -6,14 +6,14 @@
 
 // Turns the batch into a write request and, while the link is good, stores the written values
 // in the caches. Communication thread; takes `cacheMutex` for the caches.
-TAVMIR_KX_TCP_EXPORT void WriteRegister();
+TAVMIR_KX_TCP_EXPORT void WriteRegister() TAVMIR_KX_TCP_NOTHROW;
 
 // Turns the batch into a write request at the end of `protocolList`. A batch whose type has no
 // write encoding makes none and leaves one diagnostic line; an empty batch makes none.
 // Communication thread, no lock.
-TAVMIR_KX_TCP_EXPORT void WriteAnalog();
+TAVMIR_KX_TCP_EXPORT void WriteAnalog() TAVMIR_KX_TCP_NOTHROW;
 
 // Does nothing; kept for hosts that resolve it by name.
-TAVMIR_KX_TCP_EXPORT void Remote_WriteVar(RW_VAR* var);
+TAVMIR_KX_TCP_EXPORT void Remote_WriteVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

@@ -8,7 +8,7 @@
 //
 //   0               4
 //   element address
-void ReadAnalog()
+void ReadAnalog() TAVMIR_KX_TCP_NOTHROW
 {
     const int length = tavmir::batchFrameLength(tavmir::kAddressBytes);
     if (length == 0)
@@ -30,12 +30,12 @@ void ReadAnalog()
                          tavmir::kHeaderBytes);
 }
 
-void ReadRegister()
+void ReadRegister() TAVMIR_KX_TCP_NOTHROW
 {
     ReadAnalog();
 }
 
-void Remote_ReadVar(RW_VAR* var)
+void Remote_ReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
 {
     Q_UNUSED(var);
 }

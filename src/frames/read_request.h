@@ -6,10 +6,10 @@
 
 // Both: communication thread, no lock. They turn the batch into a read request at the end of
 // `protocolList`. An empty batch, or one whose frame would not fit, makes none.
-TAVMIR_KX_TCP_EXPORT void ReadRegister();
-TAVMIR_KX_TCP_EXPORT void ReadAnalog();
+TAVMIR_KX_TCP_EXPORT void ReadRegister() TAVMIR_KX_TCP_NOTHROW;
+TAVMIR_KX_TCP_EXPORT void ReadAnalog() TAVMIR_KX_TCP_NOTHROW;
 
 // Does nothing; kept for hosts that resolve it by name.
-TAVMIR_KX_TCP_EXPORT void Remote_ReadVar(RW_VAR* var);
+TAVMIR_KX_TCP_EXPORT void Remote_ReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

@@ -158,7 +158,7 @@ void logEntries(const std::vector<EntryNumbers>& entries)
 
 } // namespace
 
-int ReCreatReadVarList(QList<HOSTVAR>* vars)
+int ReCreatReadVarList(QList<HOSTVAR>* vars) TAVMIR_KX_TCP_NOTHROW
 {
     tavmir::diagnosticLine(kFile, kFunction, tavmir::kLineRebuildStarted, tavmir::kTrace) << "";
     PLC_driver.listMutex.lock();

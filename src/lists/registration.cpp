@@ -99,13 +99,13 @@ void queueElements(RW_VAR& var, qint32 elements, qint32 step)
 
 } // namespace
 
-int AddListReadVar(const RW_VAR* var)
+int AddListReadVar(const RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
 {
     PLC_driver.readVarList.append(*var);
     return PLC_driver.readVarList.size();
 }
 
-int AddListWriteVar(const RW_VAR* var)
+int AddListWriteVar(const RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
 {
     {
         QMutexLocker lock(&PLC_driver.listMutex);
@@ -116,7 +116,7 @@ int AddListWriteVar(const RW_VAR* var)
     return PLC_driver.writeVarList.size();
 }
 
-int AddListOnceReadVar(RW_VAR* var)
+int AddListOnceReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
 {
     ControlInformationM info;
     if (get_label_address_info(var->addressText, info) != kAddressResolved)
