@@ -62,7 +62,7 @@ protected:
         project::ReadOutcome outcome = project::readProject(json, "session.json");
         EXPECT_TRUE(outcome.project) << outcome.error.toStdString();
         project_ = *outcome.project;
-        session_ = std::make_unique<HostSession>(driver_->api(), project_, SessionOptions(),
+        session_ = std::make_unique<HostSession>(driver_->api(), project_, options_,
                                                  [](bool, const QString&) {});
         if (start) {
             EXPECT_EQ("", session_->setUp().toStdString());
@@ -119,6 +119,7 @@ protected:
     MessageLog log_; // the driver's diagnostic lines are not looked at here
     FakeController controller_;
     std::unique_ptr<Driver> driver_;
+    SessionOptions options_;
     project::Project project_;
     std::unique_ptr<HostSession> session_;
 };
@@ -189,6 +190,23 @@ TEST_F(Session, OneShotReadsOfEveryType)
     EXPECT_EQ("1", cached("M.bit"));
     EXPECT_EQ("1.5", cached("M.r"));
     EXPECT_EQ("1", cached("M.w.b[5]"));
+}
+
+TEST_F(Session, TheCycleDoesNotSleepWhileWorkIsQueued)
+{
+    options_.idleMs = 100 * kPatientMs; // nothing wakes it when all is queued
+    open();
+    std::vector<OperationId> reads;
+    for (int i = 0; i < 1000; ++i) {
+        const auto id =
+            session_->readOnce(element(QString("M.many[%1]").arg(i)), Deadline(kPatientMs));
+        ASSERT_TRUE(id);
+        reads.push_back(*id);
+    }
+    for (const OperationId id : reads) {
+        ASSERT_TRUE(session_->await(id, Deadline(kPatientMs)).ok());
+    }
+    EXPECT_GT(controller_.requests("f").size(), 20u) << "the empty calls come after five requests";
 }
 
 TEST_F(Session, WritesReachTheControllerAsTheSameNumber)

@@ -335,6 +335,47 @@ TEST_F(Link, WakeEndsIdlingButNoRequest)
     EXPECT_EQ(1, server.requests());
 }
 
+TEST_F(Link, AFloodOfFramesDoesNotProlongIdling)
+{
+    std::atomic<bool> flooding{true};
+    TestServer server([&](auto& client, const QByteArray& request, int) {
+        client.send(goodReply(request));
+        const QByteArray frames = goodReply(wordRequest(7)).repeated(500);
+        while (flooding) {
+            client.send(frames);
+        }
+    });
+    linkTo(server.port());
+    ASSERT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+    link_->idle(kShortMs); // returns, or this test is ended by its time-out
+    EXPECT_TRUE(link_->connected());
+    EXPECT_GT(statistics_.discarded.value(), 0u);
+    flooding = false;
+    link_->close();
+}
+
+TEST_F(Link, StopEndsAWaitForRoomToSend)
+{
+    // Nothing is taken off the line, so that at last a request finds no room.
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(0, ::bind(listener, reinterpret_cast<sockaddr*>(&address), size));
+    ASSERT_EQ(0, ::listen(listener, 1));
+    ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+    linkTo(ntohs(address.sin_port));
+    std::thread stopper([&] {
+        test::waitUntil([&] { return statistics_.connects.value() > 0; });
+        link_->stop();
+    });
+    // More than a socket's buffers hold.
+    EXPECT_EQ(ExchangeResult::stopped, exchange(wordRequest(1) + QByteArray(64 << 20, '\0')));
+    stopper.join();
+    ::close(listener);
+}
+
 TEST_F(Link, IdlingNoticesThatTheControllerIsGone)
 {
     TestServer server([](auto& client, const QByteArray& request, int) {

@@ -7,8 +7,6 @@ namespace tavmir::host
 namespace
 {
 
-// How long the thread sleeps when the driver has nothing to send; new work wakes it.
-constexpr int kIdleMs = 1000;
 // How long a request to a station that is switched off takes.
 constexpr int kSuppressedMs = 20;
 
@@ -54,9 +52,9 @@ QString reasonOf(ExchangeResult result)
 } // namespace
 
 CycleThread::CycleThread(const DriverApi& api, CycleShared& shared, const LinkOptions& link,
-                         int pauseMs, TcpLink::Observer observer)
+                         int pauseMs, TcpLink::Observer observer, int idleMs)
     : api_(api), shared_(shared), link_(link, shared.statistics, std::move(observer)),
-      pauseMs_(pauseMs)
+      pauseMs_(pauseMs), idleMs_(idleMs)
 {
     reply_.reserve(static_cast<int>(kMaxFrameBytes));
     DriverEvents::receiveInto(&events_);
@@ -86,8 +84,10 @@ void CycleThread::stop()
 void CycleThread::loop()
 {
     while (!stopping_) {
-        if (!turn() && !stopping_) {
-            link_.idle(kIdleMs);
+        // With nothing to poll, the driver puts one empty call between five turns of writes or
+        // one-shot reads and the next: only two in a row mean that there is nothing to send.
+        if (!turn() && !stopping_ && !turn() && !stopping_) {
+            link_.idle(idleMs_);
         }
     }
 }

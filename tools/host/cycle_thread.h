@@ -31,9 +31,12 @@ struct CycleShared {
 class CycleThread
 {
 public:
+    static constexpr int kIdleMs = 1000;
+
     // pauseMs  after each full pass over the polled variables; 0: none
+    // idleMs   how long the thread sleeps when there is nothing to send; new work wakes it
     CycleThread(const DriverApi& api, CycleShared& shared, const LinkOptions& link, int pauseMs,
-                TcpLink::Observer observer);
+                TcpLink::Observer observer, int idleMs = kIdleMs);
     ~CycleThread();
     CycleThread(const CycleThread&) = delete;
     CycleThread& operator=(const CycleThread&) = delete;
@@ -46,7 +49,8 @@ public:
     void wake() { link_.wake(); }
 
     // One pass of the loop, for programs that run the cycle on a thread of their own instead
-    // of start(). False when the driver had nothing to send.
+    // of start(). False when the driver returned no request, which it may do once while work
+    // waits, or when the thread is being stopped.
     bool turn();
 
 private:
@@ -69,6 +73,7 @@ private:
     std::atomic<bool> stopping_{false};
     bool repeat_ = false; // the next request is the last one again
     int pauseMs_;
+    int idleMs_;
     uint64_t passStart_ = 0; // polled elements at the start of the pass
 };
 

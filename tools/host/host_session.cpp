@@ -35,7 +35,7 @@ HostSession::HostSession(const DriverApi& api, const project::Project& project,
                          const SessionOptions& options, TcpLink::Observer observer)
     : api_(api), project_(project), polled_(polledElements(project)),
       cycle_(std::make_unique<CycleThread>(api, shared_, linkOptions(project.connection, options),
-                                           options.pauseMs, std::move(observer)))
+                                           options.pauseMs, std::move(observer), options.idleMs))
 {
     for (const project::Polled& entry : project.polled) {
         if (entry.station) {

@@ -19,9 +19,10 @@ namespace tavmir::host
 {
 
 struct SessionOptions {
-    bool polls = true;       // false: the project's polled variables are left alone
-    int pauseMs = 0;         // after each full pass over the polled variables
-    unsigned jitterSeed = 1; // of the reconnect pauses
+    bool polls = true;                 // false: the project's polled variables are left alone
+    int pauseMs = 0;                   // after each full pass over the polled variables
+    unsigned jitterSeed = 1;           // of the reconnect pauses
+    int idleMs = CycleThread::kIdleMs; // how long the cycle sleeps when nothing is to be sent
 };
 
 class HostSession

@@ -26,6 +26,15 @@ struct FreeAddresses {
     void operator()(addrinfo* list) const { ::freeaddrinfo(list); }
 };
 
+int countOf(const addrinfo* list)
+{
+    int count = 0;
+    for (; list != nullptr; list = list->ai_next) {
+        ++count;
+    }
+    return count;
+}
+
 // 0, or the errno that ended the attempt; ECANCELED when woken.
 int finishConnect(int descriptor, const Deadline& deadline, int wakeDescriptor)
 {
@@ -104,8 +113,11 @@ ConnectOutcome connectTo(const QString& host, int port, int timeoutMs, int wakeD
         return outcome;
     }
     const std::unique_ptr<addrinfo, FreeAddresses> addresses(found);
+    int left = countOf(found);
     for (const addrinfo* address = found; address != nullptr; address = address->ai_next) {
-        const int error = tryAddress(*address, deadline, wakeDescriptor, outcome.descriptor);
+        // One that does not answer must leave time for those behind it.
+        const Deadline share(deadline.remainingMs() / left--);
+        const int error = tryAddress(*address, share, wakeDescriptor, outcome.descriptor);
         if (error == 0) {
             outcome.problem.clear();
             return outcome;

@@ -18,7 +18,7 @@ struct ConnectOutcome {
 
 // host            a name or an address; each of its addresses is tried. Looking a name up is
 //                 not bounded by the time limit.
-// timeoutMs       for all attempts together
+// timeoutMs       for all attempts together, each gets its share of what is left
 // wakeDescriptor  ends the wait when readable; -1: none
 ConnectOutcome connectTo(const QString& host, int port, int timeoutMs, int wakeDescriptor);
 

@@ -18,6 +18,9 @@ namespace tavmir::host
 namespace
 {
 
+// A receive call's slice is counted in the system's ticks and may end this much late.
+constexpr int kTickMs = 20;
+
 QString systemError(int error)
 {
     return QString::fromLocal8Bit(std::strerror(error));
@@ -58,7 +61,7 @@ ExchangeResult TcpLink::exchange(const char* request, size_t size, QByteArray& r
     }
     const Clock::time_point sent = Clock::now();
     if (!send(request, size, Deadline(sent, options_.replyTimeoutMs))) {
-        return ExchangeResult::notConnected;
+        return stopping_ ? ExchangeResult::stopped : ExchangeResult::notConnected;
     }
     const auto* bytes = reinterpret_cast<const unsigned char*>(request);
     return awaitReply(viewFrame(bytes, size), sent, reply);
@@ -172,8 +175,8 @@ bool TcpLink::send(const char* bytes, size_t size, const Deadline& deadline)
             lose(systemError(errno));
             return false;
         }
-        pollfd wait = {socket_, POLLOUT, 0};
-        if (deadline.passed() || ::poll(&wait, 1, deadline.remainingMs()) == 0) {
+        pollfd waits[2] = {{socket_, POLLOUT, 0}, {stop_.descriptor(), POLLIN, 0}};
+        if (deadline.passed() || ::poll(waits, 2, deadline.remainingMs()) == 0 || stopping_) {
             // Part of a request cannot be taken back.
             lose("the controller takes no more data");
             return false;
@@ -185,7 +188,7 @@ bool TcpLink::send(const char* bytes, size_t size, const Deadline& deadline)
 
 TcpLink::Received TcpLink::receive(const Deadline& deadline, bool wakeable)
 {
-    if (wakeable || deadline.remainingMs() <= kReceiveSliceMs) {
+    if (wakeable || deadline.remainingMs() <= kReceiveSliceMs + kTickMs) {
         const Received waited = awaitBytes(deadline, wakeable);
         return waited == Received::bytes ? takeBytes(MSG_DONTWAIT) : waited;
     }
@@ -250,7 +253,7 @@ void TcpLink::idle(int ms)
             lose("the stream from the controller makes no sense");
             return;
         }
-    } while (receive(deadline, true) == Received::bytes);
+    } while (receive(deadline, true) == Received::bytes && !deadline.passed());
 }
 
 TcpLink::Received TcpLink::sleepUntil(Clock::time_point end, bool wakeable)

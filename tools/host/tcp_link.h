@@ -61,16 +61,16 @@ public:
     TcpLink& operator=(const TcpLink&) = delete;
 
     // Sends `size` bytes and waits for the reply, at most the reply time-out; without a
-    // connection it waits for the next attempt within that time. `reply` is changed only
-    // when the result is `reply`.
+    // connection it waits for the next attempt within that time, and an attempt may take the
+    // connect time-out on top. `reply` is changed only when the result is `reply`.
     ExchangeResult exchange(const char* request, size_t size, QByteArray& reply);
 
-    // Waits without a request; drops what comes, and notices when the peer closes.
+    // Waits without a request, at most `ms`; drops what comes, and notices when the peer closes.
     void idle(int ms);
 
     // Ends idle(), now or when it is called next. Any thread.
     void wake() { work_.wake(); }
-    // Ends every wait from now on. Any thread.
+    // Ends every wait from now on; the one for a reply within its receive slice. Any thread.
     void stop()
     {
         stopping_ = true;
