@@ -194,8 +194,9 @@ TEST_F(Session, OneShotReadsOfEveryType)
 
 TEST_F(Session, TheCycleDoesNotSleepWhileWorkIsQueued)
 {
-    options_.idleMs = 100 * kPatientMs; // nothing wakes it when all is queued
-    open();
+    options_.idleMs = 100 * kPatientMs;
+    open("", "", false);
+    ASSERT_EQ("", session_->setUp().toStdString());
     std::vector<OperationId> reads;
     for (int i = 0; i < 1000; ++i) {
         const auto id =
@@ -203,6 +204,7 @@ TEST_F(Session, TheCycleDoesNotSleepWhileWorkIsQueued)
         ASSERT_TRUE(id);
         reads.push_back(*id);
     }
+    session_->start(); // all is queued: nothing wakes the cycle from now on
     for (const OperationId id : reads) {
         ASSERT_TRUE(session_->await(id, Deadline(kPatientMs)).ok());
     }
