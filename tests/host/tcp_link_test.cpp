@@ -25,6 +25,20 @@ struct Told {
     QString why;
 };
 
+// Listens on the loopback, puts its address into `address`, and accepts nobody. The caller closes
+// it.
+int deafListener(int waiting, sockaddr_in& address)
+{
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    EXPECT_EQ(0, ::bind(listener, reinterpret_cast<sockaddr*>(&address), size));
+    EXPECT_EQ(0, ::listen(listener, waiting));
+    ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+    return listener;
+}
+
 class Link : public testing::Test
 {
 protected:
@@ -275,14 +289,9 @@ TEST_F(Link, UnknownHostNameIsAFailedAttempt)
 TEST_F(Link, ConnectEndsAtItsTimeout)
 {
     // A listener whose queue is full leaves further connections unanswered.
-    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ASSERT_EQ(0, ::bind(listener, reinterpret_cast<sockaddr*>(&address), size));
-    ASSERT_EQ(0, ::listen(listener, 0));
-    ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+    const int listener = deafListener(0, address);
+    const socklen_t size = sizeof address;
     std::vector<int> fillers;
     for (int i = 0; i < 4; ++i) {
         fillers.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
@@ -355,14 +364,8 @@ TEST_F(Link, AFloodOfFramesDoesNotProlongIdling)
 TEST_F(Link, StopEndsAWaitForRoomToSend)
 {
     // Nothing is taken off the line, so that at last a request finds no room.
-    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    ASSERT_EQ(0, ::bind(listener, reinterpret_cast<sockaddr*>(&address), size));
-    ASSERT_EQ(0, ::listen(listener, 1));
-    ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+    const int listener = deafListener(1, address);
     linkTo(ntohs(address.sin_port), 1000 * kPatientMs);
     std::thread stopper([&] {
         test::waitUntil([&] { return statistics_.connects.value() > 0; });
