@@ -1,7 +1,7 @@
 // What a controller may send the host: any bytes, in any pieces. Frames come out whole, and what
 // is taken for an answer has the request's transaction, station and function.
-#include "host/frame_decoder.h"
-#include "host/reply_matcher.h"
+#include "link/reply_matcher.h"
+#include "wire/frame_decoder.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -1,6 +1,6 @@
 // This driver, loaded and driven by the reference host's own communication loop.
-#include "host/cycle_thread.h"
-#include "host/driver_loader.h"
+#include "driver/driver_loader.h"
+#include "session/cycle_thread.h"
 #include "side_by_side/client.h"
 #include "support/plant.h"
 

@@ -1,9 +1,9 @@
 // tavmir-host as a user runs it, against the real controller.
 #include "programs.h"
 
+#include "link/test_server.h"
 #include "support/child_process.h"
 #include "support/temporary_folder.h"
-#include "test_server.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>

@@ -3,7 +3,7 @@
 #ifndef TAVMIR_TESTS_SITUATIONS_SITUATION_TEST_H
 #define TAVMIR_TESTS_SITUATIONS_SITUATION_TEST_H
 
-#include "host/tcp_link.h"
+#include "link/tcp_link.h"
 #include "scripted_controller.h"
 #include "support/driver_test.h"
 

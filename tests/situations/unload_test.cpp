@@ -1,8 +1,8 @@
 // The driver is unloaded while a request is in flight: the host's cycle is stopped, the request
 // stays unanswered, the library goes, and can be loaded again.
-#include "host/cycle_thread.h"
-#include "host/driver_loader.h"
+#include "driver/driver_loader.h"
 #include "scripted_controller.h"
+#include "session/cycle_thread.h"
 #include "support/wait_until.h"
 
 #include <gtest/gtest.h>

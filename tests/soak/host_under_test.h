@@ -4,9 +4,9 @@
 #ifndef TAVMIR_TESTS_SOAK_HOST_UNDER_TEST_H
 #define TAVMIR_TESTS_SOAK_HOST_UNDER_TEST_H
 
-#include "host/tcp_link.h"
 #include "layout.h"
 #include "ledger.h"
+#include "link/tcp_link.h"
 
 #include <array>
 #include <atomic>

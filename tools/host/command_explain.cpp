@@ -1,9 +1,9 @@
 // `explain`: what an address means, or how polling is cut into requests. Nothing is sent.
 #include "commands.h"
 
+#include "driver/plan_frames.h"
 #include "exchange.h"
-#include "frame_plan.h"
-#include "label_tree.h"
+#include "plan/label_tree.h"
 #include "prepared_host.h"
 #include "project/address_expansion.h"
 

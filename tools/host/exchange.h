@@ -2,7 +2,7 @@
 #ifndef TAVMIR_HOST_EXCHANGE_H
 #define TAVMIR_HOST_EXCHANGE_H
 
-#include "host_session.h"
+#include "session/host_session.h"
 #include "value_table.h"
 
 namespace tavmir::host

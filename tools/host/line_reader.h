@@ -2,7 +2,7 @@
 #ifndef TAVMIR_HOST_LINE_READER_H
 #define TAVMIR_HOST_LINE_READER_H
 
-#include "wake_event.h"
+#include "link/wake_event.h"
 
 #include <QtCore/QByteArray>
 

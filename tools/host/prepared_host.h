@@ -3,9 +3,9 @@
 #define TAVMIR_HOST_PREPARED_HOST_H
 
 #include "command_line.h"
-#include "driver_loader.h"
-#include "host_session.h"
-#include "message_log.h"
+#include "driver/driver_loader.h"
+#include "driver/message_log.h"
+#include "session/host_session.h"
 
 #include <memory>
 

@@ -2,7 +2,7 @@
 #ifndef TAVMIR_HOST_STATISTICS_REPORT_H
 #define TAVMIR_HOST_STATISTICS_REPORT_H
 
-#include "host_session.h"
+#include "session/host_session.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QStringList>

@@ -1,7 +1,7 @@
 // A signalfd.
 #include "stop_signal.h"
 
-#include "deadline.h"
+#include "wire/deadline.h"
 
 #include <poll.h>
 #include <pthread.h>

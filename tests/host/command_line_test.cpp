@@ -1,0 +1,91 @@
+// The command line of each command.
+#include "host/command_line.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <gtest/gtest.h>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+const CommandDescription kAll = {
+    "all", "[ADDRESS...]", "Everything.", kOutputOption | kExchangeOptions | kRunOptions, 0, 2};
+
+std::string problem(const QStringList& arguments)
+{
+    return parseCommandLine(kAll, QStringList("host") + arguments).problem.toStdString();
+}
+
+} // namespace
+
+TEST(CommandLines, OptionsAreTaken)
+{
+    const ParsedCommandLine parsed = parseCommandLine(
+        kAll, {"host",       "p.json",   "--connect",  "[::1]:77", "--station", "9",
+               "--format",   "csv",      "--as",       "hex",      "--timeout", "5",
+               "--duration", "1.5",      "--interval", "20",       "--pause",   "3",
+               "--stdin",    "--driver", "d.so",       "--log",    "A.b",       "C.d=-1"});
+    ASSERT_EQ("", parsed.problem.toStdString());
+    const CommandLine& line = parsed.line;
+    EXPECT_EQ("p.json", line.projectFile.toStdString());
+    EXPECT_EQ((QStringList{"A.b", "C.d=-1"}), line.arguments);
+    EXPECT_EQ("::1", line.host.toStdString());
+    EXPECT_EQ(77, line.port);
+    EXPECT_EQ(9, line.station.value());
+    EXPECT_EQ(OutputFormat::csv, line.output);
+    EXPECT_EQ(project::Format::hex, line.valueFormat);
+    EXPECT_EQ(5, line.timeoutMs);
+    EXPECT_EQ(1500, line.durationMs);
+    EXPECT_EQ(20, line.intervalMs);
+    EXPECT_EQ(3, line.pauseMs);
+    EXPECT_TRUE(line.commandsFromInput);
+    EXPECT_TRUE(line.driverLog);
+    EXPECT_EQ("d.so", line.driverFile.toStdString());
+}
+
+TEST(CommandLines, DefaultsLeaveTheProjectAlone)
+{
+    const CommandLine line = parseCommandLine(kAll, {"host", "p.json"}).line;
+    EXPECT_EQ(0, line.port);
+    EXPECT_EQ(-1, line.durationMs);
+    EXPECT_EQ(500, line.intervalMs);
+    EXPECT_EQ(OutputFormat::table, line.output);
+    EXPECT_FALSE(line.station.has_value());
+    EXPECT_FALSE(line.commandsFromInput);
+}
+
+TEST(CommandLines, BadOnesAreRefused)
+{
+    EXPECT_EQ("usage: tavmir-host all PROJECT [ADDRESS...]", problem({}));
+    EXPECT_EQ("usage: tavmir-host all PROJECT [ADDRESS...]", problem({"p", "1", "2", "3"}));
+    EXPECT_EQ("Unknown option 'frmat'.", problem({"p", "--frmat", "x"}));
+    EXPECT_EQ("--format xml: must be table, json or csv", problem({"p", "--format", "xml"}));
+    EXPECT_EQ("--as octal: unknown format", problem({"p", "--as", "octal"}));
+    for (const char* place : {"x", "x:", ":5", "x:0", "x:65536", "[]:5"}) {
+        EXPECT_EQ(std::string("--connect ") + place + ": must be HOST:PORT",
+                  problem({"p", "--connect", place}));
+    }
+    EXPECT_EQ("--station 256: must be a whole number from 0 to 255",
+              problem({"p", "--station", "256"}));
+    EXPECT_EQ("--interval 0: must be a whole number from 1 to 86400000",
+              problem({"p", "--interval", "0"}));
+    EXPECT_EQ("--pause x: must be a whole number from 0 to 86400000",
+              problem({"p", "--pause", "x"}));
+    EXPECT_EQ("--duration -1: must be a number of seconds", problem({"p", "--duration=-1"}));
+    EXPECT_EQ("--duration nan: must be a number of seconds", problem({"p", "--duration", "nan"}));
+}
+
+TEST(CommandLines, HelpAndVersionAreAnsweredFirst)
+{
+    int argumentCount = 1;
+    char program[] = "tavmir-host";
+    char* arguments[] = {program, nullptr};
+    const QCoreApplication application(argumentCount, arguments);
+    EXPECT_TRUE(parseCommandLine(kAll, {"host", "--help"}).help.contains("--connect"));
+    EXPECT_TRUE(parseCommandLine(kAll, {"host", "--version"}).help.startsWith("tavmir-host "));
+}
+
+} // namespace tavmir::host

@@ -1,0 +1,143 @@
+// Requests in words.
+#include "frame_plan.h"
+
+#include "wire/frame_decoder.h"
+
+#include <map>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+constexpr unsigned char kReadBits = 'd';
+constexpr unsigned char kReadDoubleWords = 'l';
+
+ValueClass classOf(unsigned char function)
+{
+    if (function == kReadBits) {
+        return ValueClass::bits;
+    }
+    return function == kReadDoubleWords ? ValueClass::doubleWords : ValueClass::words;
+}
+
+const char* className(ValueClass valueClass)
+{
+    switch (valueClass) {
+    case ValueClass::bits:
+        return "bits";
+    case ValueClass::words:
+        return "words";
+    case ValueClass::doubleWords:
+        break;
+    }
+    return "double words";
+}
+
+QString endInWords(BatchEnd end)
+{
+    switch (end) {
+    case BatchEnd::byteBudget:
+        return "the byte budget of a request is used up";
+    case BatchEnd::typeChange:
+        return "the next element has another data type";
+    case BatchEnd::endOfList:
+        break;
+    }
+    return "the polled list is through";
+}
+
+// Variables in the order in which a frame meets them, and how many of their elements it holds.
+QStringList variablesOf(const PlannedFrame& frame, const std::vector<PolledElement>& polled,
+                        const std::map<WireElement, std::vector<size_t>>& users)
+{
+    std::vector<size_t> order;
+    std::map<size_t, int> parts;
+    for (const WireElement& element : frame.elements) {
+        const auto found = users.find(element);
+        if (found == users.end()) {
+            continue;
+        }
+        for (const size_t user : found->second) {
+            if (parts[user]++ == 0) {
+                order.push_back(user);
+            }
+        }
+    }
+    QStringList names;
+    for (const size_t user : order) {
+        const int words = project::wireElementCount(polled[user].element);
+        names << (words == 1 ? polled[user].name
+                             : QString("%1 (%2 of %3 words)")
+                                   .arg(polled[user].name)
+                                   .arg(parts[user])
+                                   .arg(words));
+    }
+    return names;
+}
+
+} // namespace
+
+bool PlannedFrame::isFull() const
+{
+    switch (classOf(function)) {
+    case ValueClass::bits:
+        return elements.size() >= 45;
+    case ValueClass::words:
+        return elements.size() >= 38;
+    case ValueClass::doubleWords:
+        break;
+    }
+    return elements.size() >= 28;
+}
+
+PlannedFrame plannedFrame(const Protocol& request)
+{
+    PlannedFrame frame;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(request.frame.constData());
+    frame.station = bytes[6];
+    frame.function = bytes[7];
+    frame.requestBytes = request.frameLength;
+    frame.replyBytes = request.replyLength;
+    for (int i = 0; i < bytes[8]; ++i) {
+        const unsigned char* entry = bytes + kHeaderBytes + 4 * i;
+        const quint32 address = static_cast<quint32>(entry[0]) << 24 |
+                                static_cast<quint32>(entry[1]) << 16 |
+                                static_cast<quint32>(entry[2]) << 8 | entry[3];
+        frame.elements.push_back({classOf(frame.function), static_cast<qint32>(address)});
+    }
+    return frame;
+}
+
+QStringList describePlan(const std::vector<PlannedFrame>& frames,
+                         const std::vector<PolledElement>& polled)
+{
+    std::map<WireElement, std::vector<size_t>> users;
+    for (size_t i = 0; i < polled.size(); ++i) {
+        for (const WireElement& element : wireElements(polled[i].element)) {
+            users[element].push_back(i);
+        }
+    }
+    QStringList lines;
+    lines << QString("%1 variables, %2 elements on the wire, %3 requests a pass")
+                 .arg(polled.size())
+                 .arg(users.size())
+                 .arg(frames.size());
+    for (size_t i = 0; i < frames.size(); ++i) {
+        const PlannedFrame& frame = frames[i];
+        lines << QString("request %1: function '%2', %3 %4 of station %5, %6 bytes out, %7 back")
+                     .arg(i + 1)
+                     .arg(QChar(frame.function))
+                     .arg(frame.elements.size())
+                     .arg(className(classOf(frame.function)))
+                     .arg(frame.station)
+                     .arg(frame.requestBytes)
+                     .arg(frame.replyBytes);
+        lines << "  variables: " + variablesOf(frame, polled, users).join(", ");
+        lines << "  ends because " + endInWords(frame.end);
+    }
+    return lines;
+}
+
+} // namespace tavmir::host
