@@ -10,6 +10,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace tavmir::host;
+    using namespace tavmir::wire;
     FuzzedDataProvider bytes(data, size);
     unsigned char requestBytes[kHeaderBytes] = {0, 0, 0, 0, 0, 3, 1, 100, 1};
     for (const std::size_t at : {0U, 1U, 6U, 7U})

@@ -11,6 +11,8 @@
 namespace tavmir::host
 {
 
+using wire::Clock;
+
 class AgeTable
 {
 public:

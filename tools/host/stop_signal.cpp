@@ -43,7 +43,7 @@ StopSignal::~StopSignal()
 
 bool StopSignal::waitMs(int ms)
 {
-    const Deadline deadline(ms);
+    const wire::Deadline deadline(ms);
     while (!came_) {
         pollfd wait = {descriptor_, POLLIN, 0};
         const int ready = ::poll(&wait, 1, deadline.remainingMs());

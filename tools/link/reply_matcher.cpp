@@ -4,13 +4,6 @@
 namespace tavmir::host
 {
 
-namespace
-{
-
-constexpr uint8_t kExceptionFlag = 0x80;
-
-} // namespace
-
 ReplyKind classifyReply(const FrameView& request, const FrameView& reply)
 {
     if (reply.transactionId != request.transactionId || reply.station != request.station) {
@@ -19,8 +12,8 @@ ReplyKind classifyReply(const FrameView& request, const FrameView& reply)
     if (reply.function == request.function) {
         return ReplyKind::answer;
     }
-    return reply.function == (request.function | kExceptionFlag) ? ReplyKind::exception
-                                                                 : ReplyKind::foreign;
+    return reply.function == (request.function | wire::kExceptionBit) ? ReplyKind::exception
+                                                                      : ReplyKind::foreign;
 }
 
 } // namespace tavmir::host

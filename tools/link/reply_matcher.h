@@ -10,6 +10,8 @@
 namespace tavmir::host
 {
 
+using wire::FrameView;
+
 enum class ReplyKind {
     answer,    // belongs to the request; its length is the driver's to judge
     exception, // the controller refuses the request

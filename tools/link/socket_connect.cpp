@@ -19,6 +19,8 @@
 namespace tavmir::host
 {
 
+using wire::Deadline;
+
 namespace
 {
 

@@ -64,7 +64,7 @@ ExchangeResult TcpLink::exchange(const char* request, size_t size, QByteArray& r
         return stopping_ ? ExchangeResult::stopped : ExchangeResult::notConnected;
     }
     const auto* bytes = reinterpret_cast<const unsigned char*>(request);
-    return awaitReply(viewFrame(bytes, size), sent, reply);
+    return awaitReply(wire::viewFrame(bytes, size), sent, reply);
 }
 
 ExchangeResult TcpLink::awaitReply(const FrameView& request, Clock::time_point sent,

@@ -29,6 +29,11 @@
 namespace tavmir::host
 {
 
+using wire::Clock;
+using wire::Deadline;
+using wire::FrameDecoder;
+using wire::FrameView;
+
 struct LinkOptions {
     QString host;
     int port = 0;

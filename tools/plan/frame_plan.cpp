@@ -1,7 +1,7 @@
 // Requests in words.
 #include "frame_plan.h"
 
-#include "wire/frame_decoder.h"
+#include "wire/frame_layout.h"
 
 #include <map>
 
@@ -11,28 +11,23 @@ namespace tavmir::host
 namespace
 {
 
-constexpr unsigned char kReadBits = 'd';
-constexpr unsigned char kReadDoubleWords = 'l';
+wire::ElementClass elementsOf(unsigned char function)
+{
+    const wire::FunctionCode* code = wire::findFunctionCode(function);
+    return code != nullptr ? code->elements : wire::ElementClass::words;
+}
 
 ValueClass classOf(unsigned char function)
 {
-    if (function == kReadBits) {
+    switch (elementsOf(function)) {
+    case wire::ElementClass::bits:
         return ValueClass::bits;
-    }
-    return function == kReadDoubleWords ? ValueClass::doubleWords : ValueClass::words;
-}
-
-const char* className(ValueClass valueClass)
-{
-    switch (valueClass) {
-    case ValueClass::bits:
-        return "bits";
-    case ValueClass::words:
-        return "words";
-    case ValueClass::doubleWords:
+    case wire::ElementClass::words:
+        return ValueClass::words;
+    case wire::ElementClass::doubleWords:
         break;
     }
-    return "double words";
+    return ValueClass::doubleWords;
 }
 
 QString endInWords(BatchEnd end)
@@ -96,15 +91,13 @@ PlannedFrame plannedFrame(const Protocol& request)
 {
     PlannedFrame frame;
     const auto* bytes = reinterpret_cast<const unsigned char*>(request.frame.constData());
-    frame.station = bytes[6];
-    frame.function = bytes[7];
+    frame.station = bytes[wire::kStationOffset];
+    frame.function = bytes[wire::kFunctionOffset];
     frame.requestBytes = request.frameLength;
     frame.replyBytes = request.replyLength;
-    for (int i = 0; i < bytes[8]; ++i) {
-        const unsigned char* entry = bytes + kHeaderBytes + 4 * i;
-        const quint32 address = static_cast<quint32>(entry[0]) << 24 |
-                                static_cast<quint32>(entry[1]) << 16 |
-                                static_cast<quint32>(entry[2]) << 8 | entry[3];
+    for (std::size_t i = 0; i < bytes[wire::kCountOffset]; ++i) {
+        const unsigned char* entry = bytes + wire::kHeaderBytes + i * wire::kAddressBytes;
+        const quint32 address = wire::bigEndian32(entry);
         frame.elements.push_back({classOf(frame.function), static_cast<qint32>(address)});
     }
     return frame;
@@ -130,7 +123,7 @@ QStringList describePlan(const std::vector<PlannedFrame>& frames,
                      .arg(i + 1)
                      .arg(QChar(frame.function))
                      .arg(frame.elements.size())
-                     .arg(className(classOf(frame.function)))
+                     .arg(wire::elementsName(elementsOf(frame.function)))
                      .arg(frame.station)
                      .arg(frame.requestBytes)
                      .arg(frame.replyBytes);

@@ -56,7 +56,7 @@ CycleThread::CycleThread(const DriverApi& api, CycleShared& shared, const LinkOp
     : api_(api), shared_(shared), link_(link, shared.statistics, std::move(observer)),
       pauseMs_(pauseMs), idleMs_(idleMs)
 {
-    reply_.reserve(static_cast<int>(kMaxFrameBytes));
+    reply_.reserve(static_cast<int>(wire::kMaxFrameBytes));
     DriverEvents::receiveInto(&events_);
 }
 
@@ -159,7 +159,7 @@ void CycleThread::endTurn(const Protocol& request, Turn kind, ExchangeResult res
         const auto* bytes = reinterpret_cast<const unsigned char*>(frame.constData());
         const size_t count = bytes[8];
         shared_.statistics.polledElements.add(count);
-        shared_.ages.readNow(classOf(bytes[7]), bytes + kHeaderBytes, count, Clock::now());
+        shared_.ages.readNow(classOf(bytes[7]), bytes + wire::kHeaderBytes, count, Clock::now());
     }
     reportOperations(kind, reasonOf(result));
 }

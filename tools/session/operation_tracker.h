@@ -19,6 +19,9 @@
 namespace tavmir::host
 {
 
+using wire::Clock;
+using wire::Deadline;
+
 enum class OperationKind { write, read };
 
 struct OperationId {

@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <chrono>
 
-namespace tavmir::host
+namespace tavmir
+{
+namespace wire
 {
 
-using Clock = std::chrono::steady_clock;
+typedef std::chrono::steady_clock Clock;
 
 class Deadline
 {
@@ -22,15 +24,17 @@ public:
     // Rounded up, so that a wait of this long does not end before the deadline; 0 when passed.
     int remainingMs() const
     {
-        const auto left = end_ - Clock::now();
-        const auto ms = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-        return static_cast<int>(std::max<decltype(ms)>(0, ms));
+        const Clock::duration left = end_ - Clock::now();
+        const auto whole = std::chrono::duration_cast<std::chrono::milliseconds>(left);
+        const auto ms = whole.count() + (whole < left ? 1 : 0);
+        return static_cast<int>(std::max<std::chrono::milliseconds::rep>(0, ms));
     }
 
 private:
     Clock::time_point end_;
 };
 
-} // namespace tavmir::host
+} // namespace wire
+} // namespace tavmir
 
 #endif

@@ -4,31 +4,23 @@
 #include <algorithm>
 #include <cstring>
 
-namespace tavmir::host
+namespace tavmir
+{
+namespace wire
 {
 
-namespace
-{
-
-size_t bigEndian16(const unsigned char* bytes)
-{
-    return static_cast<size_t>(bytes[0]) << 8 | bytes[1];
-}
-
-} // namespace
-
-FrameView viewFrame(const unsigned char* bytes, size_t size)
+FrameView viewFrame(const unsigned char* bytes, std::size_t size)
 {
     FrameView frame;
     frame.bytes = bytes;
     frame.size = size;
-    frame.transactionId = static_cast<uint16_t>(bigEndian16(bytes));
-    frame.station = bytes[6];
-    frame.function = bytes[7];
+    frame.transactionId = bigEndian16(bytes + kTransactionOffset);
+    frame.station = bytes[kStationOffset];
+    frame.function = bytes[kFunctionOffset];
     return frame;
 }
 
-unsigned char* FrameDecoder::space(size_t& room)
+unsigned char* FrameDecoder::space(std::size_t& room)
 {
     // Frames handed out are over now; what is left moves to the front.
     if (begin_ == end_) {
@@ -42,16 +34,16 @@ unsigned char* FrameDecoder::space(size_t& room)
     return buffer_ + end_;
 }
 
-void FrameDecoder::added(size_t count)
+void FrameDecoder::added(std::size_t count)
 {
     end_ += count;
 }
 
-size_t FrameDecoder::append(const unsigned char* bytes, size_t count)
+std::size_t FrameDecoder::append(const unsigned char* bytes, std::size_t count)
 {
-    size_t room = 0;
+    std::size_t room = 0;
     unsigned char* target = space(room);
-    const size_t taken = std::min(room, count);
+    const std::size_t taken = std::min(room, count);
     std::copy(bytes, bytes + taken, target);
     added(taken);
     return taken;
@@ -63,15 +55,15 @@ FrameDecoder::State FrameDecoder::next(FrameView& frame)
         return State::broken;
     }
     const unsigned char* bytes = buffer_ + begin_;
-    const size_t present = end_ - begin_;
-    if (present >= 4 && bigEndian16(bytes + 2) != 0) {
+    const std::size_t present = end_ - begin_;
+    if (present >= kLengthOffset && bigEndian16(bytes + kProtocolOffset) != 0) {
         broken_ = true;
         return State::broken;
     }
     if (present < kLengthEnd) {
         return State::needMore;
     }
-    const size_t length = bigEndian16(bytes + 4);
+    const std::size_t length = bigEndian16(bytes + kLengthOffset);
     if (length < kMinLengthField || length > kMaxLengthField) {
         broken_ = true;
         return State::broken;
@@ -90,4 +82,5 @@ void FrameDecoder::clear()
     broken_ = false;
 }
 
-} // namespace tavmir::host
+} // namespace wire
+} // namespace tavmir

@@ -9,29 +9,31 @@
 #ifndef TAVMIR_WIRE_FRAME_DECODER_H
 #define TAVMIR_WIRE_FRAME_DECODER_H
 
+#include "frame_layout.h"
+
 #include <cstddef>
 #include <cstdint>
 
-namespace tavmir::host
+namespace tavmir
+{
+namespace wire
 {
 
-constexpr size_t kHeaderBytes = 9;
-constexpr size_t kLengthEnd = 6;         // the length counts the bytes from here on
-constexpr size_t kMinLengthField = 3;    // station, function, count or exception code
-constexpr size_t kMaxLengthField = 1024; // a good reply has at most 231
-constexpr size_t kMaxFrameBytes = kLengthEnd + kMaxLengthField;
+constexpr std::size_t kMinLengthField = 3;    // station, function, count or exception code
+constexpr std::size_t kMaxLengthField = 1024; // a good reply has at most 231
+constexpr std::size_t kMaxFrameBytes = kLengthEnd + kMaxLengthField;
 
 // The header fields of a frame and where its bytes are.
 struct FrameView {
     const unsigned char* bytes = nullptr;
-    size_t size = 0;
-    uint16_t transactionId = 0;
-    uint8_t station = 0;
-    uint8_t function = 0;
+    std::size_t size = 0;
+    std::uint16_t transactionId = 0;
+    std::uint8_t station = 0;
+    std::uint8_t function = 0;
 };
 
 // Reads the header of a whole frame of at least kHeaderBytes.
-FrameView viewFrame(const unsigned char* bytes, size_t size);
+FrameView viewFrame(const unsigned char* bytes, std::size_t size);
 
 class FrameDecoder
 {
@@ -43,12 +45,12 @@ public:
     };
 
     // Where the next bytes go: `room` of them fit, always at least one unless broken.
-    unsigned char* space(size_t& room);
+    unsigned char* space(std::size_t& room);
     // `count` bytes have been put there.
-    void added(size_t count);
+    void added(std::size_t count);
 
     // Copies what fits of the bytes and says how many that were.
-    size_t append(const unsigned char* bytes, size_t count);
+    std::size_t append(const unsigned char* bytes, std::size_t count);
 
     State next(FrameView& frame);
 
@@ -60,14 +62,15 @@ public:
 
 private:
     // Two whole frames, so that a reply and a late one before it come with one receive.
-    static constexpr size_t kCapacity = 2 * kMaxFrameBytes;
+    static constexpr std::size_t kCapacity = 2 * kMaxFrameBytes;
 
     unsigned char buffer_[kCapacity] = {};
-    size_t begin_ = 0; // of the bytes not handed out yet
-    size_t end_ = 0;
+    std::size_t begin_ = 0; // of the bytes not handed out yet
+    std::size_t end_ = 0;
     bool broken_ = false;
 };
 
-} // namespace tavmir::host
+} // namespace wire
+} // namespace tavmir
 
 #endif
