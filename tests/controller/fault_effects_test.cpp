@@ -1,7 +1,8 @@
 // What faults make of a reply's bytes.
 #include "controller/fault_effects.h"
-#include "controller/frame_layout.h"
+#include "controller/frame_bytes.h"
 #include "frames.h"
+#include "wire/frame_layout.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,7 @@ constexpr int kRounds = 500;
 
 int lengthField(const QByteArray& bytes)
 {
-    return bigEndian16(bytes, kLengthOffset);
+    return tavmir::wire::bigEndian16(bytesOf(bytes) + tavmir::wire::kLengthOffset);
 }
 
 // All sizes that `effect` gives for a reply.

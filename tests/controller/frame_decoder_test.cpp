@@ -1,6 +1,6 @@
 // The stream decoder: frames come out whole however the bytes come in, and a bad header ends it.
 #include "controller/frame_decoder.h"
-#include "controller/frame_layout.h"
+#include "controller/frame_limits.h"
 #include "controller/seeded_random.h"
 #include "frames.h"
 
@@ -76,7 +76,7 @@ TEST(FrameDecoder, CutsTheSameFramesFromEveryDivisionOfTheStream)
             decoder.append(part);
             const std::vector<QByteArray> frames = takeAll(decoder);
             received.insert(received.end(), frames.begin(), frames.end());
-            ASSERT_LT(decoder.keptBytes(), kMostFrameBytes);
+            ASSERT_LT(decoder.keptBytes(), 260);
         }
         ASSERT_EQ(received, sent);
     }
@@ -109,7 +109,7 @@ TEST(FrameDecoder, TakesTheShortestAndTheLongestFrame)
 {
     const QByteArray shortest = hex("0001 0000 0002 01 66");
     const QByteArray longest = frame(2, 1, 102, 62, QByteArray(251, 'x'));
-    ASSERT_EQ(longest.size(), kMostFrameBytes);
+    ASSERT_EQ(longest.size(), 260);
     FrameDecoder decoder;
     decoder.append(shortest + longest);
     EXPECT_EQ(takeAll(decoder), (std::vector<QByteArray>{shortest, longest}));

@@ -1,6 +1,6 @@
 #include "element_store.h"
 
-#include "frame_layout.h"
+#include "frame_bytes.h"
 
 #include <vector>
 

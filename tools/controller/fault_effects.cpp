@@ -1,6 +1,8 @@
 #include "fault_effects.h"
 
-#include "frame_layout.h"
+#include "frame_bytes.h"
+
+#include "wire/frame_layout.h"
 
 namespace tavmir::controller
 {
@@ -8,10 +10,12 @@ namespace tavmir::controller
 namespace
 {
 
+constexpr int kHeaderBytes = wire::kHeaderBytes;
+
 QByteArray withTrueLength(QByteArray frame)
 {
-    const int length = frame.size() - kBytesBeforeLengthCounts;
-    putBigEndian16(frame, kLengthOffset, static_cast<std::uint16_t>(length));
+    const std::size_t length = sizeOf(frame) - wire::kLengthEnd;
+    putBigEndian16(frame, wire::kLengthOffset, static_cast<std::uint16_t>(length));
     return frame;
 }
 

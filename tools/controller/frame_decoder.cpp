@@ -1,6 +1,7 @@
 #include "frame_decoder.h"
 
-#include "frame_layout.h"
+#include "frame_bytes.h"
+#include "frame_limits.h"
 
 namespace tavmir::controller
 {
@@ -19,21 +20,22 @@ std::optional<QByteArray> FrameDecoder::takeFrame()
     // A bad field ends the stream as soon as it is there, so that a peer of another protocol is
     // not waited for.
     const int kept = keptBytes();
-    if (kept >= kLengthOffset) {
-        const std::uint16_t protocolId = bigEndian16(bytes_, begin_ + kProtocolOffset);
+    if (kept >= int(wire::kLengthOffset)) {
+        const std::uint16_t protocolId =
+            wire::bigEndian16(bytesOf(bytes_) + begin_ + wire::kProtocolOffset);
         if (protocolId != 0)
             return endWith(QStringLiteral("protocol id %1 instead of 0").arg(protocolId));
     }
     int frameBytes = kMostFrameBytes + 1; // not known yet
-    if (kept >= kBytesBeforeLengthCounts) {
-        const int length = bigEndian16(bytes_, begin_ + kLengthOffset);
-        if (length < kLeastLength || length > kMostLength) {
+    if (kept >= int(wire::kLengthEnd)) {
+        const int length = wire::bigEndian16(bytesOf(bytes_) + begin_ + wire::kLengthOffset);
+        if (length < int(kLeastLength) || length > int(kMostLength)) {
             return endWith(QStringLiteral("length %1 is not from %2 to %3")
                                .arg(length)
                                .arg(kLeastLength)
                                .arg(kMostLength));
         }
-        frameBytes = kBytesBeforeLengthCounts + length;
+        frameBytes = int(wire::kLengthEnd) + length;
     }
     if (kept < frameBytes) {
         bytes_.remove(0, begin_);

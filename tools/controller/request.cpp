@@ -1,53 +1,58 @@
 #include "request.h"
 
+#include "frame_bytes.h"
+#include "frame_limits.h"
+
 namespace tavmir::controller
 {
 
 namespace
 {
 
-std::uint32_t valueToWrite(const QByteArray& frame, int offset, const FunctionCode& functionCode)
+std::uint32_t valueToWrite(const unsigned char* value, const wire::FunctionCode& functionCode)
 {
-    if (functionCode.valueBits == 1)
-        return byteAt(frame, offset) != 0 ? 1 : 0;
-    std::uint32_t value = 0;
-    for (int i = 0; i < functionCode.valueBytes; ++i)
-        value |= static_cast<std::uint32_t>(byteAt(frame, offset + i)) << (8 * i);
-    return value;
+    if (functionCode.valueBits == 1) {
+        return value[0] != 0 ? 1 : 0;
+    }
+    return wire::littleEndianNumber(value, functionCode.valueBytes);
 }
 
-bool countFits(const QByteArray& frame, int count, const FunctionCode& functionCode)
+bool countFits(std::size_t frameBytes, std::size_t count, const wire::FunctionCode& functionCode)
 {
-    return count >= 1 && count <= functionCode.mostElements() &&
-           frame.size() == kHeaderBytes + count * functionCode.requestEntryBytes();
+    return count >= 1 && count <= mostElements(functionCode.entryBytes()) &&
+           frameBytes == wire::kHeaderBytes + count * functionCode.requestEntryBytes();
 }
 
 } // namespace
 
 Request parseRequest(const QByteArray& frame)
 {
+    const unsigned char* bytes = bytesOf(frame);
     Request request;
-    request.transactionId = bigEndian16(frame, kTransactionOffset);
-    request.station = byteAt(frame, kStationOffset);
-    request.function = byteAt(frame, kFunctionOffset);
-    request.count = frame.size() > kCountOffset ? byteAt(frame, kCountOffset) : std::uint8_t{0};
-    request.functionCode = findFunctionCode(request.function);
+    request.transactionId = wire::bigEndian16(bytes + wire::kTransactionOffset);
+    request.station = bytes[wire::kStationOffset];
+    request.function = bytes[wire::kFunctionOffset];
+    request.count =
+        sizeOf(frame) > wire::kCountOffset ? bytes[wire::kCountOffset] : std::uint8_t{0};
+    request.functionCode = wire::findFunctionCode(request.function);
     if (!request.functionCode) {
         request.exceptionCode = kUnknownFunction;
         return request;
     }
-    const FunctionCode& functionCode = *request.functionCode;
-    if (!countFits(frame, request.count, functionCode)) {
+    const wire::FunctionCode& functionCode = *request.functionCode;
+    if (!countFits(sizeOf(frame), request.count, functionCode)) {
         request.exceptionCode = kBadCount;
         return request;
     }
     request.elements.reserve(request.count);
-    for (int i = 0; i < request.count; ++i) {
-        const int offset = kHeaderBytes + i * functionCode.requestEntryBytes();
+    for (std::size_t i = 0; i < request.count; ++i) {
+        const unsigned char* entry =
+            bytes + wire::kHeaderBytes + i * functionCode.requestEntryBytes();
         BitValue element;
-        element.address = bigEndian32(frame, offset);
-        if (functionCode.write)
-            element.value = valueToWrite(frame, offset + kAddressBytes, functionCode);
+        element.address = wire::bigEndian32(entry);
+        if (functionCode.write) {
+            element.value = valueToWrite(entry + wire::kAddressBytes, functionCode);
+        }
         request.elements.push_back(element);
     }
     return request;

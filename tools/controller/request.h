@@ -3,7 +3,8 @@
 #define TAVMIR_CONTROLLER_REQUEST_H
 
 #include "bit_memory.h"
-#include "frame_layout.h"
+
+#include "wire/frame_layout.h"
 
 #include <QtCore/QByteArray>
 
@@ -17,10 +18,10 @@ struct Request {
     std::uint16_t transactionId = 0;
     std::uint8_t station = 0;
     std::uint8_t function = 0;
-    std::uint8_t count = 0;                     // as sent; 0 when the frame ends before it
-    const FunctionCode* functionCode = nullptr; // null: not one of the six
-    std::uint8_t exceptionCode = 0;             // 0: well formed
-    std::vector<BitValue> elements;             // of a well-formed request; reads carry value 0
+    std::uint8_t count = 0;                           // as sent; 0 when the frame ends before it
+    const wire::FunctionCode* functionCode = nullptr; // null: not one of the six
+    std::uint8_t exceptionCode = 0;                   // 0: well formed
+    std::vector<BitValue> elements; // of a well-formed request; reads carry value 0
 };
 
 // Takes a frame of FrameDecoder apart. Never fails: a function code that is not known gives

@@ -1,6 +1,7 @@
 #include "trace.h"
 
-#include "frame_layout.h"
+#include "frame_bytes.h"
+#include "frame_limits.h"
 
 #include <QtCore/QStringList>
 
@@ -12,7 +13,7 @@ namespace
 
 QString functionInWords(std::uint8_t code)
 {
-    const FunctionCode* function = findFunctionCode(code);
+    const wire::FunctionCode* function = wire::findFunctionCode(code);
     return function ? QLatin1String(function->words) : QStringLiteral("function %1").arg(code);
 }
 
@@ -60,33 +61,37 @@ QString requestInWords(const Request& request, const ElementNames& names)
 
 QString replyInWords(const QByteArray& reply, const ElementNames& names)
 {
-    if (reply.size() < kHeaderBytes)
-        return QStringLiteral("%1 bytes").arg(reply.size());
-    const std::uint8_t code = byteAt(reply, kFunctionOffset);
-    const std::uint8_t count = byteAt(reply, kCountOffset);
+    const std::size_t size = sizeOf(reply);
+    if (size < wire::kHeaderBytes) {
+        return QString("%1 bytes").arg(size);
+    }
+    const unsigned char* bytes = bytesOf(reply);
+    const std::uint8_t code = bytes[wire::kFunctionOffset];
+    const std::uint8_t count = bytes[wire::kCountOffset];
     const QString words =
-        start(bigEndian16(reply, kTransactionOffset), byteAt(reply, kStationOffset));
-    if ((code & kExceptionBit) != 0) {
-        return words + functionInWords(static_cast<std::uint8_t>(code & ~kExceptionBit)) +
-               QStringLiteral(": exception ") + exceptionInWords(count);
+        start(wire::bigEndian16(bytes + wire::kTransactionOffset), bytes[wire::kStationOffset]);
+    if ((code & wire::kExceptionBit) != 0) {
+        return words + functionInWords(static_cast<std::uint8_t>(code & ~wire::kExceptionBit)) +
+               ": exception " + exceptionInWords(count);
     }
-    const FunctionCode* function = findFunctionCode(code);
-    if (!function)
-        return words + QStringLiteral("function %1, %2 bytes").arg(code).arg(reply.size());
-    if (function->write)
-        return words + QStringLiteral("%1: %2 done").arg(function->words).arg(count);
+    const wire::FunctionCode* function = wire::findFunctionCode(code);
+    if (!function) {
+        return words + QString("function %1, %2 bytes").arg(code).arg(size);
+    }
+    if (function->write) {
+        return words + QString("%1: %2 done").arg(function->words).arg(count);
+    }
     QStringList elements;
-    int offset = kHeaderBytes;
-    for (; offset + function->entryBytes() <= reply.size(); offset += function->entryBytes()) {
-        std::uint32_t value = 0;
-        for (int i = 0; i < function->valueBytes; ++i)
-            value = value << 8 | byteAt(reply, offset + kAddressBytes + i);
-        elements.append(pair(names, bigEndian32(reply, offset), function->valueBits, value));
+    std::size_t offset = wire::kHeaderBytes;
+    for (; offset + function->entryBytes() <= size; offset += function->entryBytes()) {
+        const std::uint32_t value =
+            wire::bigEndianNumber(bytes + offset + wire::kAddressBytes, function->valueBytes);
+        elements.append(pair(names, wire::bigEndian32(bytes + offset), function->valueBits, value));
     }
-    if (offset < reply.size())
-        elements.append(QStringLiteral("and %1 bytes").arg(reply.size() - offset));
-    return words + QLatin1String(function->words) + QStringLiteral(": ") +
-           elements.join(QStringLiteral(", "));
+    if (offset < size) {
+        elements.append(QString("and %1 bytes").arg(size - offset));
+    }
+    return words + function->words + ": " + elements.join(", ");
 }
 
 } // namespace tavmir::controller

@@ -2,6 +2,8 @@
 
 #include "plain_socket.h"
 
+#include "wire/frame_layout.h"
+
 namespace tavmir
 {
 namespace probe
@@ -10,14 +12,14 @@ namespace probe
 namespace
 {
 
-// Request and answer begin alike:
-//   0 1: transaction id | 2 3: 0 | 4 5: bytes that follow | 6: station | 7: function | 8: count
-const int kBytesBeforeLengthCounts = 6;
-const int kHeaderBytes = 9;
-const int kFunctionOffset = 7;
-const int kCountOffset = 8;
+// Shorter than the protocol allows, and longer than any answer to the driver.
 const int kMostBytesAfterLength = 254;
-const int kExceptionBit = 0x80;
+
+const int kHeaderBytes = wire::kHeaderBytes;
+const int kLengthOffset = wire::kLengthOffset;
+const int kLengthEnd = wire::kLengthEnd;
+const int kFunctionOffset = wire::kFunctionOffset;
+const int kCountOffset = wire::kCountOffset;
 
 const int kArrayFlag = 0x100;
 const int kStructureFlag = 0x200;
@@ -69,19 +71,19 @@ QList<Label_Type_Info> labels(const Options& options)
 std::string receiveAnswer(PlainSocket& socket, const QByteArray& frame, int timeoutMs,
                           QByteArray& answer)
 {
-    std::string error = socket.receive(answer, kBytesBeforeLengthCounts, timeoutMs);
+    std::string error = socket.receive(answer, kLengthEnd, timeoutMs);
     if (!error.empty())
         return error;
-    const int following = byteAt(answer, 4) * 256 + byteAt(answer, 5);
+    const int following = byteAt(answer, kLengthOffset) * 256 + byteAt(answer, kLengthOffset + 1);
     if (following < 2 || following > kMostBytesAfterLength)
         return "the answer's length field makes no sense: " + std::to_string(following);
     error = socket.receive(answer, following, timeoutMs);
     if (!error.empty())
         return error;
-    if (answer.left(4) != frame.left(4))
+    if (answer.left(kLengthOffset) != frame.left(kLengthOffset))
         return "the answer belongs to another request";
     const int function = byteAt(frame, kFunctionOffset);
-    if (byteAt(answer, kFunctionOffset) == (function | kExceptionBit))
+    if (byteAt(answer, kFunctionOffset) == (function | wire::kExceptionBit))
         return "the controller refused the request, code " +
                (answer.size() > kCountOffset ? std::to_string(byteAt(answer, kCountOffset)) : "?");
     if (byteAt(answer, kFunctionOffset) != function)

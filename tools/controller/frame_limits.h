@@ -1,0 +1,28 @@
+// What this controller takes and gives within the protocol: its frames stay as short as those of
+// Modbus TCP, and it has three ways to refuse.
+#ifndef TAVMIR_CONTROLLER_FRAME_LIMITS_H
+#define TAVMIR_CONTROLLER_FRAME_LIMITS_H
+
+#include "wire/frame_layout.h"
+
+namespace tavmir::controller
+{
+
+// The longest frame; requests and replies both stay within it.
+constexpr std::size_t kMostFrameBytes = 260;
+constexpr std::size_t kLeastLength = 2; // of the length field: station and function code
+constexpr std::size_t kMostLength = kMostFrameBytes - wire::kLengthEnd;
+
+// The most elements of which both the request and the reply fit into one frame.
+constexpr std::size_t mostElements(std::size_t entryBytes)
+{
+    return (kMostFrameBytes - wire::kHeaderBytes) / entryBytes;
+}
+
+constexpr std::uint8_t kUnknownFunction = 1;
+constexpr std::uint8_t kBadCount = 3;
+constexpr std::uint8_t kDeviceFailure = 4;
+
+} // namespace tavmir::controller
+
+#endif
