@@ -1,8 +1,9 @@
 // The controller's inside with a project: values, names, statistics; and any bytes at all.
-#include "controller/frame_decoder.h"
+#include "controller/frame_bytes.h"
 #include "controller/simulation.h"
 #include "controller/trace.h"
 #include "frames.h"
+#include "wire/frame_decoder.h"
 
 #include "project/project_reader.h"
 
@@ -195,9 +196,11 @@ TEST(Simulation, AnswersWhateverAFrameHolds)
         ASSERT_GE(outcome.reply.size(), 9);
         ASSERT_LE(outcome.reply.size(), 260);
         ASSERT_EQ(outcome.reply.left(2), sent.left(2));
-        FrameDecoder decoder;
-        decoder.append(outcome.reply);
-        ASSERT_EQ(decoder.takeFrame(), outcome.reply) << "its length field is true";
+        tavmir::wire::FrameDecoder decoder;
+        tavmir::wire::FrameView view;
+        decoder.append(bytesOf(outcome.reply), sizeOf(outcome.reply));
+        ASSERT_EQ(decoder.next(view), tavmir::wire::FrameDecoder::State::frame);
+        ASSERT_EQ(view.size, sizeOf(outcome.reply)) << "its length field is true";
         ASSERT_FALSE(requestInWords(outcome.request, simulation.names()).isEmpty());
         ASSERT_FALSE(replyInWords(outcome.reply, simulation.names()).isEmpty());
     }

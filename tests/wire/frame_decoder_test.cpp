@@ -17,6 +17,9 @@ namespace
 
 using State = FrameDecoder::State;
 
+// As of a peer that takes short frames only.
+constexpr LengthLimits kShortLengths = {2, 254};
+
 void feed(FrameDecoder& decoder, const std::string& bytes)
 {
     ASSERT_EQ(bytes.size(), decoder.append(bytesOf(bytes), bytes.size()));
@@ -114,10 +117,97 @@ TEST(Decoder, LengthsOutOfRangeBreakTheStream)
     }
 }
 
+TEST(Decoder, SaysWhatWasWrong)
+{
+    const struct {
+        const char* hex;
+        const char* reason;
+    } broken[] = {
+        {"0001 0001", "protocol id 1 instead of 0"},
+        {"0001 FF02 0003", "protocol id 65282 instead of 0"},
+        {"0001 0000 0001", "length 1 is not from 2 to 254"},
+        {"0001 0000 00FF", "length 255 is not from 2 to 254"},
+    };
+    for (const auto& stream : broken) {
+        FrameDecoder decoder(kShortLengths);
+        EXPECT_EQ("", decoder.reason());
+        feed(decoder, fromHex(stream.hex));
+        FrameView frame;
+        EXPECT_EQ(State::broken, decoder.next(frame));
+        EXPECT_EQ(stream.reason, decoder.reason());
+        decoder.clear();
+        EXPECT_EQ("", decoder.reason());
+    }
+}
+
+TEST(Decoder, LimitsAreThoseGiven)
+{
+    const std::string shortest = fromHex("0001 0000 0002 01 66");
+    const std::string longest = frameOf(2, 1, 102, 62, std::string(251, 'x'));
+    ASSERT_EQ(260u, longest.size());
+    FrameDecoder decoder(kShortLengths);
+    feed(decoder, shortest + longest);
+    FrameView frame;
+    ASSERT_EQ(State::frame, decoder.next(frame));
+    EXPECT_EQ(shortest, copyOf(frame));
+    EXPECT_EQ(102, frame.function);
+    ASSERT_EQ(State::frame, decoder.next(frame));
+    EXPECT_EQ(longest, copyOf(frame));
+    EXPECT_EQ(State::needMore, decoder.next(frame));
+}
+
+TEST(Decoder, KeepsTwoOfTheLongestFramesAndNoMore)
+{
+    FrameDecoder decoder(kShortLengths);
+    const std::string bytes(10000, '\0');
+    EXPECT_EQ(2u * 260, decoder.append(bytesOf(bytes), bytes.size()));
+    EXPECT_EQ(0u, decoder.append(bytesOf(bytes), bytes.size()));
+    FrameDecoder ofReplies;
+    EXPECT_EQ(2 * kMaxFrameBytes, ofReplies.append(bytesOf(bytes), bytes.size()));
+}
+
+TEST(Decoder, GivesFramesBeforeABadHeaderAndNothingAfterIt)
+{
+    const std::string good = readRequest(1);
+    FrameDecoder decoder(kShortLengths);
+    feed(decoder, good + fromHex("0002 0005 0007") + good);
+    FrameView frame;
+    ASSERT_EQ(State::frame, decoder.next(frame));
+    EXPECT_EQ(good, copyOf(frame));
+    EXPECT_EQ(State::broken, decoder.next(frame));
+    feed(decoder, good);
+    EXPECT_EQ(State::broken, decoder.next(frame));
+}
+
+TEST(Decoder, CutsTheSameFramesFromEveryDivisionOfTheStream)
+{
+    std::string stream;
+    for (int i = 0; i < 200; ++i) {
+        stream += frameOf(i, i, i, i, std::string(static_cast<std::size_t>(i), 'd'));
+    }
+    std::mt19937 random(5);
+    for (int round = 0; round < 50; ++round) {
+        FrameDecoder decoder(kShortLengths);
+        FrameView frame;
+        std::string out;
+        int frames = 0;
+        for (std::size_t begin = 0; begin < stream.size();) {
+            const std::string part = stream.substr(begin, 1 + random() % 700);
+            begin += decoder.append(bytesOf(part), part.size());
+            while (decoder.next(frame) == State::frame) {
+                out += copyOf(frame);
+                ++frames;
+            }
+        }
+        ASSERT_EQ(200, frames);
+        ASSERT_EQ(stream, out);
+    }
+}
+
 TEST(Decoder, LongestFrameFitsAfterAnother)
 {
     FrameDecoder decoder;
-    const std::string longest = frameOf(1, 1, 102, 1, std::string(kMaxLengthField - 3, 'x'));
+    const std::string longest = frameOf(1, 1, 102, 1, std::string(kReplyLengths.most - 3, 'x'));
     const std::string stream = readRequest(7) + longest + longest + longest;
     FrameView frame;
     int frames = 0;

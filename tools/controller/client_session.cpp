@@ -1,6 +1,7 @@
 #include "client_session.h"
 
 #include "fault_effects.h"
+#include "frame_bytes.h"
 #include "trace.h"
 
 #include <QtNetwork/QHostAddress>
@@ -20,7 +21,7 @@ constexpr int kBytesAtATime = 16384;
 ClientSession::ClientSession(QTcpSocket* socket, int number, const ServerSettings& settings,
                              Simulation& simulation, Events events, QObject* parent)
     : QObject(parent), socket_(socket), number_(number), settings_(settings),
-      simulation_(simulation), events_(std::move(events)),
+      simulation_(simulation), events_(std::move(events)), decoder_(kRequestLengths),
       outbox_(new Outbox(
           *socket, [this](const QByteArray& reply) { traceSent(reply); }, this))
 {
@@ -54,31 +55,39 @@ void ClientSession::takeBytes()
         return;
     const QByteArray bytes = socket_->readAll(); // kBytesAtATime at most
     simulation_.statistics().bytesReceived += static_cast<std::uint64_t>(bytes.size());
-    decoder_.append(bytes);
-    takeFrames();
+    takeFrames(bytes);
     if (finished_)
         return;
-    if (decoder_.isBroken()) {
+    if (!decoder_.reason().empty()) {
         ++simulation_.statistics().brokenStreams;
-        closeForItsFault(decoder_.reason());
+        closeForItsFault(QString::fromStdString(decoder_.reason()));
         return;
     }
     socket_->flush();
 }
 
-void ClientSession::takeFrames()
+void ClientSession::takeFrames(const QByteArray& bytes)
 {
-    while (!finished_) {
-        const std::optional<QByteArray> frame = decoder_.takeFrame();
-        if (!frame)
-            return;
-        answer(simulation_.take(*frame));
-        closeIfTooSlow();
+    using State = wire::FrameDecoder::State;
+    State state = State::needMore;
+    for (std::size_t taken = 0; taken < sizeOf(bytes) && state != State::broken;) {
+        taken += decoder_.append(bytesOf(bytes) + taken, sizeOf(bytes) - taken);
+        wire::FrameView frame;
+        while ((state = decoder_.next(frame)) == State::frame) {
+            answer(frame);
+            closeIfTooSlow();
+            if (finished_) {
+                return;
+            }
+        }
     }
 }
 
-void ClientSession::answer(const Simulation::Outcome& outcome)
+void ClientSession::answer(const wire::FrameView& request)
 {
+    const QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(request.bytes),
+                                                     static_cast<int>(request.size));
+    const Simulation::Outcome outcome = simulation_.take(bytes);
     if (settings_.trace) {
         QString line = QStringLiteral("client %1 > ").arg(number_);
         line += requestInWords(outcome.request, simulation_.names());

@@ -8,10 +8,12 @@
 #ifndef TAVMIR_CONTROLLER_CLIENT_SESSION_H
 #define TAVMIR_CONTROLLER_CLIENT_SESSION_H
 
-#include "frame_decoder.h"
+#include "frame_limits.h"
 #include "outbox.h"
 #include "server_settings.h"
 #include "simulation.h"
+
+#include "wire/frame_decoder.h"
 
 #include <QtCore/QObject>
 #include <QtNetwork/QTcpSocket>
@@ -42,8 +44,8 @@ public:
 
 private:
     void takeBytes();
-    void takeFrames();
-    void answer(const Simulation::Outcome& outcome);
+    void takeFrames(const QByteArray& bytes);
+    void answer(const wire::FrameView& request);
     void sendWithFault(const QByteArray& reply, FaultKind fault);
     void closeForItsFault(const QString& why);
     void closeIfTooSlow();
@@ -55,7 +57,7 @@ private:
     const ServerSettings& settings_;
     Simulation& simulation_;
     Events events_;
-    FrameDecoder decoder_;
+    wire::FrameDecoder decoder_;
     Outbox* outbox_;
     bool finished_ = false;
 };

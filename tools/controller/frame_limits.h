@@ -3,15 +3,15 @@
 #ifndef TAVMIR_CONTROLLER_FRAME_LIMITS_H
 #define TAVMIR_CONTROLLER_FRAME_LIMITS_H
 
-#include "wire/frame_layout.h"
+#include "wire/frame_decoder.h"
 
 namespace tavmir::controller
 {
 
 // The longest frame; requests and replies both stay within it.
 constexpr std::size_t kMostFrameBytes = 260;
-constexpr std::size_t kLeastLength = 2; // of the length field: station and function code
-constexpr std::size_t kMostLength = kMostFrameBytes - wire::kLengthEnd;
+// Of requests: at least station and function code.
+constexpr wire::LengthLimits kRequestLengths = {2, kMostFrameBytes - wire::kLengthEnd};
 
 // The most elements of which both the request and the reply fit into one frame.
 constexpr std::size_t mostElements(std::size_t entryBytes)

@@ -37,7 +37,8 @@ QString Statistics::text() const
 {
     QString text = line(QStringLiteral("requests"), requests);
     for (const auto& [code, number] : requestsByFunction)
-        text += line(QStringLiteral("requests to %1").arg(wire::findFunctionCode(code)->words), number);
+        text +=
+            line(QStringLiteral("requests to %1").arg(wire::findFunctionCode(code)->words), number);
     if (requestsOfUnknownFunction > 0)
         text += line(QStringLiteral("requests of unknown function"), requestsOfUnknownFunction);
     text += line(QStringLiteral("elements read"), elementsRead);

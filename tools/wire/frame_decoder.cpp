@@ -20,18 +20,23 @@ FrameView viewFrame(const unsigned char* bytes, std::size_t size)
     return frame;
 }
 
+FrameDecoder::FrameDecoder(const LengthLimits& lengths)
+    : lengths_(lengths), buffer_(2 * (kLengthEnd + lengths.most))
+{
+}
+
 unsigned char* FrameDecoder::space(std::size_t& room)
 {
     // Frames handed out are over now; what is left moves to the front.
     if (begin_ == end_) {
         begin_ = end_ = 0;
     } else if (begin_ > 0) {
-        std::memmove(buffer_, buffer_ + begin_, end_ - begin_);
+        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
         end_ -= begin_;
         begin_ = 0;
     }
-    room = kCapacity - end_;
-    return buffer_ + end_;
+    room = buffer_.size() - end_;
+    return buffer_.data() + end_;
 }
 
 void FrameDecoder::added(std::size_t count)
@@ -51,22 +56,25 @@ std::size_t FrameDecoder::append(const unsigned char* bytes, std::size_t count)
 
 FrameDecoder::State FrameDecoder::next(FrameView& frame)
 {
-    if (broken_) {
+    if (!reason_.empty()) {
         return State::broken;
     }
-    const unsigned char* bytes = buffer_ + begin_;
+    const unsigned char* bytes = buffer_.data() + begin_;
     const std::size_t present = end_ - begin_;
-    if (present >= kLengthOffset && bigEndian16(bytes + kProtocolOffset) != 0) {
-        broken_ = true;
-        return State::broken;
+    if (present < kLengthOffset) {
+        return State::needMore;
+    }
+    const unsigned protocolId = bigEndian16(bytes + kProtocolOffset);
+    if (protocolId != 0) {
+        return endWith("protocol id " + std::to_string(protocolId) + " instead of 0");
     }
     if (present < kLengthEnd) {
         return State::needMore;
     }
     const std::size_t length = bigEndian16(bytes + kLengthOffset);
-    if (length < kMinLengthField || length > kMaxLengthField) {
-        broken_ = true;
-        return State::broken;
+    if (length < lengths_.least || length > lengths_.most) {
+        return endWith("length " + std::to_string(length) + " is not from " +
+                       std::to_string(lengths_.least) + " to " + std::to_string(lengths_.most));
     }
     if (present < kLengthEnd + length) {
         return State::needMore;
@@ -76,10 +84,16 @@ FrameDecoder::State FrameDecoder::next(FrameView& frame)
     return State::frame;
 }
 
+FrameDecoder::State FrameDecoder::endWith(const std::string& reason)
+{
+    reason_ = reason;
+    return State::broken;
+}
+
 void FrameDecoder::clear()
 {
     begin_ = end_ = 0;
-    broken_ = false;
+    reason_.clear();
 }
 
 } // namespace wire

@@ -1,11 +1,8 @@
-// Cuts a byte stream from a controller into reply frames. Bytes only: it knows no socket, keeps
-// at most kMaxFrameBytes of an unfinished frame, and takes any bytes.
+// Cuts a byte stream into frames, replies as well as requests. Bytes only: it knows no socket,
+// keeps at most two frames of the longest kind, copies none, and takes any bytes.
 //
-//   0        2        4        6        7         8         9
-//   +--------+--------+--------+--------+---------+---------+------ - -
-//   | trans- | proto- | length | station| function| element | entries
-//   | action | col 0  | behind |        |         | count   |
-//   +--------+--------+--------+--------+---------+---------+------ - -
+//   append or space + added → next until it needs more → append …, or, when it is broken, give
+//   the stream up: behind a bad header nobody can say where the next frame begins.
 #ifndef TAVMIR_WIRE_FRAME_DECODER_H
 #define TAVMIR_WIRE_FRAME_DECODER_H
 
@@ -13,15 +10,23 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace tavmir
 {
 namespace wire
 {
 
-constexpr std::size_t kMinLengthField = 3;    // station, function, count or exception code
-constexpr std::size_t kMaxLengthField = 1024; // a good reply has at most 231
-constexpr std::size_t kMaxFrameBytes = kLengthEnd + kMaxLengthField;
+// Which length fields a stream's frames have; any other breaks it.
+struct LengthLimits {
+    std::size_t least; // at least 2: station and function code
+    std::size_t most;
+};
+
+// Of replies: at least station, function, and count or exception code; a good one has at most 231.
+constexpr LengthLimits kReplyLengths = {3, 1024};
+constexpr std::size_t kMaxFrameBytes = kLengthEnd + kReplyLengths.most;
 
 // The header fields of a frame and where its bytes are.
 struct FrameView {
@@ -32,17 +37,19 @@ struct FrameView {
     std::uint8_t function = 0;
 };
 
-// Reads the header of a whole frame of at least kHeaderBytes.
+// Reads the header of a frame of at least kCountOffset bytes.
 FrameView viewFrame(const unsigned char* bytes, std::size_t size);
 
 class FrameDecoder
 {
 public:
     enum class State {
-        frame,    // a whole frame is out; it stays valid until the next call
+        frame,    // a whole frame is out; it stays valid until bytes are added or forgotten
         needMore, // the next frame is not complete
         broken    // the bytes are no frame: the stream cannot be trusted any more
     };
+
+    explicit FrameDecoder(const LengthLimits& lengths = kReplyLengths);
 
     // Where the next bytes go: `room` of them fit, always at least one unless broken.
     unsigned char* space(std::size_t& room);
@@ -52,7 +59,12 @@ public:
     // Copies what fits of the bytes and says how many that were.
     std::size_t append(const unsigned char* bytes, std::size_t count);
 
+    // A bad field breaks the stream as soon as it is there, so that a peer of another protocol is
+    // not waited for.
     State next(FrameView& frame);
+
+    // Of a broken stream: what was wrong, for a log line. Empty while it is whole.
+    const std::string& reason() const { return reason_; }
 
     // True while part of a frame is waiting for its rest.
     bool hasPartialFrame() const { return begin_ != end_; }
@@ -61,13 +73,14 @@ public:
     void clear();
 
 private:
-    // Two whole frames, so that a reply and a late one before it come with one receive.
-    static constexpr std::size_t kCapacity = 2 * kMaxFrameBytes;
+    State endWith(const std::string& reason);
 
-    unsigned char buffer_[kCapacity] = {};
+    LengthLimits lengths_;
+    // Two whole frames, so that a reply and a late one before it come with one receive.
+    std::vector<unsigned char> buffer_;
     std::size_t begin_ = 0; // of the bytes not handed out yet
     std::size_t end_ = 0;
-    bool broken_ = false;
+    std::string reason_; // not empty: broken
 };
 
 } // namespace wire
