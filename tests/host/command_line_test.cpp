@@ -64,7 +64,7 @@ TEST(CommandLines, BadOnesAreRefused)
     EXPECT_EQ("Unknown option 'frmat'.", problem({"p", "--frmat", "x"}));
     EXPECT_EQ("--format xml: must be table, json or csv", problem({"p", "--format", "xml"}));
     EXPECT_EQ("--as octal: unknown format", problem({"p", "--as", "octal"}));
-    for (const char* place : {"x", "x:", ":5", "x:0", "x:65536", "[]:5"}) {
+    for (const char* place : {"x", "x:", ":5", "x:0", "x:65536", "[]:5", "::1:5"}) {
         EXPECT_EQ(std::string("--connect ") + place + ": must be HOST:PORT",
                   problem({"p", "--connect", place}));
     }

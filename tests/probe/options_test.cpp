@@ -27,7 +27,7 @@ TEST(ProbeOptions, NothingIsNeeded)
 {
     const Parsed parsed = parse({});
     EXPECT_EQ(parsed.error, "");
-    EXPECT_TRUE(parsed.options.host.empty());
+    EXPECT_TRUE(parsed.options.controller.host.empty());
     EXPECT_FALSE(parsed.options.records || parsed.options.help || parsed.options.version);
 }
 
@@ -37,8 +37,8 @@ TEST(ProbeOptions, AReadIsTakenApart)
         parse({"--connect", "plc.example:5020", "--station", "7", "--read", "dword:4096:12",
                "--timeout", "250", "--library", "x.so", "--records"});
     EXPECT_EQ(parsed.error, "");
-    EXPECT_EQ(parsed.options.host, "plc.example");
-    EXPECT_EQ(parsed.options.port, "5020");
+    EXPECT_EQ(parsed.options.controller.host, "plc.example");
+    EXPECT_EQ(parsed.options.controller.port, 5020);
     EXPECT_EQ(parsed.options.station, 7);
     EXPECT_EQ(parsed.options.dataType, 6);
     EXPECT_EQ(parsed.options.elementAddress, 4096);
@@ -62,8 +62,8 @@ TEST(ProbeOptions, TypesHaveNamesAndNumbers)
 TEST(ProbeOptions, AnAddressOfSixteenBytesStandsInBrackets)
 {
     const Parsed parsed = parse({"--connect", "[::1]:5020", "--read", "bit:0"});
-    EXPECT_EQ(parsed.options.host, "::1");
-    EXPECT_EQ(parsed.options.port, "5020");
+    EXPECT_EQ(parsed.options.controller.host, "::1");
+    EXPECT_EQ(parsed.options.controller.port, 5020);
 }
 
 TEST(ProbeOptions, WrongOnesAreNamed)
@@ -73,6 +73,7 @@ TEST(ProbeOptions, WrongOnesAreNamed)
         {"--read", "bit:1"},
         {"--connect", "h", "--read", "bit:1"},
         {"--connect", ":5", "--read", "bit:1"},
+        {"--connect", "::1:5020", "--read", "bit:1"},
         {"--connect", "h:0", "--read", "bit:1"},
         {"--connect", "h:65536", "--read", "bit:1"},
         {"--connect", "h:1", "--read", "bit"},

@@ -17,7 +17,7 @@ class RealRead : public ::testing::Test
 protected:
     RealRead()
     {
-        options.host = "127.0.0.1";
+        options.controller.host = "127.0.0.1";
         options.station = 3;
         options.dataType = 4;
         options.elementAddress = 3000;
@@ -32,7 +32,7 @@ protected:
         if (!error.empty())
             return error;
         ScriptedController controller(answer);
-        options.port = controller.port();
+        options.controller.port = controller.port();
         const std::string outcome = readValues(library.calls(), options, values);
         requests = controller.requests();
         return outcome;
@@ -126,7 +126,7 @@ TEST_F(RealRead, SaysThatNobodyListens)
     ASSERT_EQ(library.load(TAVMIR_DRIVER_FILE), "");
     {
         ScriptedController gone(addressPlusFive);
-        options.port = gone.port();
+        options.controller.port = gone.port();
     }
     EXPECT_EQ(readValues(library.calls(), options, values), "connect: Connection refused");
 }

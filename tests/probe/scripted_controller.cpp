@@ -62,11 +62,6 @@ ScriptedController::~ScriptedController()
     close(listener);
 }
 
-std::string ScriptedController::port() const
-{
-    return std::to_string(portNumber);
-}
-
 std::vector<QByteArray> ScriptedController::requests() const
 {
     const std::lock_guard<std::mutex> guard(mutex);

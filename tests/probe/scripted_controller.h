@@ -7,7 +7,6 @@
 
 #include <functional>
 #include <mutex>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -30,7 +29,7 @@ public:
     ScriptedController(const ScriptedController&) = delete;
     ScriptedController& operator=(const ScriptedController&) = delete;
 
-    std::string port() const;
+    int port() const { return portNumber; }
 
     std::vector<QByteArray> requests() const;
 

@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include "wire/endpoint.h"
+
 #include <QtCore/QCommandLineParser>
 
 namespace tavmir::controller
@@ -157,33 +159,24 @@ CommandLine parseCommandLine(const QStringList& arguments)
 
 bool parseEndpoint(const QString& text, QHostAddress* address, quint16* port)
 {
-    const int colon = text.lastIndexOf(QLatin1Char(':'));
-    if (colon < 1)
+    wire::Endpoint endpoint;
+    if (!wire::parseEndpoint(text.toStdString(), 0, endpoint)) {
         return false;
-    QString host = text.left(colon);
-    const bool bracketed = host.startsWith(QLatin1Char('[')) && host.endsWith(QLatin1Char(']'));
-    if (bracketed)
-        host = host.mid(1, host.size() - 2);
-    else if (host.contains(QLatin1Char(':')))
-        return false; // where an IPv6 address ends would be a guess
-    const QHostAddress parsed = host == QLatin1String("localhost")
+    }
+    const QHostAddress parsed = endpoint.host == "localhost"
                                     ? QHostAddress(QHostAddress::LocalHost)
-                                    : QHostAddress(host);
-    bool isNumber = false;
-    const ushort number = text.midRef(colon + 1).toUShort(&isNumber);
-    if (parsed.isNull() || !isNumber)
+                                    : QHostAddress(QString::fromStdString(endpoint.host));
+    if (parsed.isNull()) {
         return false;
+    }
     *address = parsed;
-    *port = number;
+    *port = static_cast<quint16>(endpoint.port);
     return true;
 }
 
 QString endpointText(const QHostAddress& address, quint16 port)
 {
-    const bool sixth = address.protocol() == QAbstractSocket::IPv6Protocol;
-    return (sixth ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
-        .arg(address.toString())
-        .arg(port);
+    return QString::fromStdString(wire::endpointText(address.toString().toStdString(), port));
 }
 
 } // namespace tavmir::controller

@@ -2,6 +2,7 @@
 #include "command_line.h"
 
 #include "project/value_format.h"
+#include "wire/endpoint.h"
 
 #include <QtCore/QCommandLineParser>
 
@@ -66,16 +67,12 @@ void takeConnection(const Parser& parser, CommandLine& line, QString& problem)
         return;
     }
     const QString place = parser.value("connect");
-    const int colon = place.lastIndexOf(':');
-    bool isNumber = false;
-    line.port = place.mid(colon + 1).toInt(&isNumber);
-    line.host = place.left(colon);
-    if (line.host.startsWith('[') && line.host.endsWith(']')) {
-        line.host = line.host.mid(1, line.host.size() - 2); // an IPv6 address
-    }
-    if (colon < 1 || line.host.isEmpty() || !isNumber || line.port < 1 || line.port > 65535) {
+    wire::Endpoint controller;
+    if (!wire::parseEndpoint(place.toStdString(), 1, controller)) {
         problem = QString("--connect %1: must be HOST:PORT").arg(printable(place));
     }
+    line.host = QString::fromStdString(controller.host);
+    line.port = controller.port;
 }
 
 void takeFormats(const Parser& parser, unsigned options, CommandLine& line, QString& problem)

@@ -41,9 +41,9 @@ bool printNames(const DriverLibrary& library)
 
 bool readAndPrint(const DriverLibrary& library, const Options& options)
 {
-    std::printf("read       type %d, station %d, %d at %d, from %s port %s\n", options.dataType,
-                options.station, options.count, options.elementAddress, options.host.c_str(),
-                options.port.c_str());
+    std::printf("read       type %d, station %d, %d at %d, from %s port %d\n", options.dataType,
+                options.station, options.count, options.elementAddress,
+                options.controller.host.c_str(), options.controller.port);
     std::vector<unsigned int> values;
     const std::string error = readValues(library.calls(), options, values);
     if (!error.empty()) {
@@ -70,7 +70,7 @@ bool probe(const Options& options)
     printRecords(options.records);
     if (!printNames(library))
         return false;
-    return options.host.empty() || readAndPrint(library, options);
+    return options.controller.host.empty() || readAndPrint(library, options);
 }
 
 } // namespace

@@ -65,19 +65,11 @@ std::string parseRead(const std::string& text, Options& options)
     return std::string();
 }
 
-// HOST:PORT, [IPV6]:PORT
 std::string parseConnect(const std::string& text, Options& options)
 {
-    const std::size_t colon = text.rfind(':');
-    int port = 0;
-    if (colon == std::string::npos || colon == 0 ||
-        !parseNumber(text.substr(colon + 1), 1, 65535, port))
-        return "--connect wants HOST:PORT, not \"" + text + "\"";
-    options.host = text.substr(0, colon);
-    options.port = text.substr(colon + 1);
-    if (options.host.size() > 2 && options.host[0] == '[' && options.host[colon - 1] == ']')
-        options.host = options.host.substr(1, options.host.size() - 2);
-    return std::string();
+    return wire::parseEndpoint(text, 1, options.controller)
+               ? std::string()
+               : "--connect wants HOST:PORT, not \"" + text + "\"";
 }
 
 std::string parseValue(const std::string& name, const std::string& value, Options& options)
@@ -143,7 +135,7 @@ std::string parseOptions(int argc, const char* const argv[], Options& options)
                 return error;
         }
     }
-    if (options.host.empty() != (options.dataType == 0))
+    if (options.controller.host.empty() != (options.dataType == 0))
         return "--connect and --read belong together";
     return std::string();
 }

@@ -2,6 +2,8 @@
 #ifndef TAVMIR_PROBE_OPTIONS_H
 #define TAVMIR_PROBE_OPTIONS_H
 
+#include "wire/endpoint.h"
+
 #include <string>
 
 namespace tavmir
@@ -12,10 +14,9 @@ namespace probe
 struct Options {
     bool help;
     bool version;
-    bool records;        // print every member's position, not only the records' sizes
-    std::string library; // empty: beside the program, else where the loader finds it
-    std::string host;    // empty: no read
-    std::string port;
+    bool records;              // print every member's position, not only the records' sizes
+    std::string library;       // empty: beside the program, else where the loader finds it
+    wire::Endpoint controller; // without host: no read
     int station;
     int dataType;       // 1, 4, 6, 7 or 10
     int elementAddress; // in bits

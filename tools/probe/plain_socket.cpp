@@ -76,16 +76,17 @@ PlainSocket::~PlainSocket()
         close(descriptor);
 }
 
-std::string PlainSocket::connectTo(const std::string& host, const std::string& port, int timeoutMs)
+std::string PlainSocket::connectTo(const wire::Endpoint& controller, int timeoutMs)
 {
     struct addrinfo wanted;
     std::memset(&wanted, 0, sizeof wanted);
     wanted.ai_socktype = SOCK_STREAM;
     struct addrinfo* found = nullptr;
-    const int status = getaddrinfo(host.c_str(), port.c_str(), &wanted, &found);
+    const int status = getaddrinfo(controller.host.c_str(), std::to_string(controller.port).c_str(),
+                                   &wanted, &found);
     if (status != 0)
-        return host + ": " + gai_strerror(status);
-    std::string error = host + ": no address";
+        return controller.host + ": " + gai_strerror(status);
+    std::string error = controller.host + ": no address";
     for (const struct addrinfo* address = found; address != nullptr; address = address->ai_next) {
         descriptor =
             socket(address->ai_family, address->ai_socktype | SOCK_CLOEXEC, address->ai_protocol);

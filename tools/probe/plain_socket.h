@@ -2,6 +2,8 @@
 #ifndef TAVMIR_PROBE_PLAIN_SOCKET_H
 #define TAVMIR_PROBE_PLAIN_SOCKET_H
 
+#include "wire/endpoint.h"
+
 #include <QtCore/QByteArray>
 
 #include <string>
@@ -23,7 +25,7 @@ public:
     // Each result: empty, or in words what went wrong. `timeoutMs` bounds each call as a whole.
 
     // Tries every address that the name has, in turn, each for `timeoutMs`.
-    std::string connectTo(const std::string& host, const std::string& port, int timeoutMs);
+    std::string connectTo(const wire::Endpoint& controller, int timeoutMs);
 
     std::string send(const QByteArray& bytes, int timeoutMs);
 

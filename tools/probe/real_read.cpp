@@ -146,7 +146,7 @@ std::string readValues(const DriverCalls& driver, const Options& options,
                std::to_string(options.count) + " elements";
 
     PlainSocket socket;
-    std::string error = socket.connectTo(options.host, options.port, options.timeoutMs);
+    std::string error = socket.connectTo(options.controller, options.timeoutMs);
     for (int elements = 0; error.empty() && elements < options.count;)
         error = exchange(driver, socket, options.timeoutMs, elements);
     if (!error.empty())
