@@ -2,12 +2,13 @@
 
 #include "server.h"
 #include "simulation.h"
-#include "stop_signals.h"
 
 #include "project/project_reader.h"
+#include "wire/stop_signal.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
 
 #include <cstdio>
@@ -94,7 +95,13 @@ int runController(const Options& options)
                                "address can read and write everything"));
     }
     // Before the line that says "ready": whoever waits for it may stop the program at once.
-    const StopSignals stopSignals([] { QCoreApplication::quit(); });
+    wire::StopSignal stop;
+    const QSocketNotifier stopNotifier(stop.descriptor(), QSocketNotifier::Read);
+    QObject::connect(&stopNotifier, &QSocketNotifier::activated, [&stop] {
+        if (stop.take()) {
+            QCoreApplication::quit();
+        }
+    });
     Server server(settingsOf(options), simulation);
     if (!server.listen(options.address, options.port)) {
         logLine(QStringLiteral("cannot listen on %1: %2")

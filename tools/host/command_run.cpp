@@ -5,8 +5,8 @@
 #include "line_reader.h"
 #include "prepared_host.h"
 #include "statistics_report.h"
-#include "stop_signal.h"
 #include "terminal.h"
+#include "wire/stop_signal.h"
 
 #include <unistd.h>
 
@@ -110,7 +110,7 @@ double secondsSince(Clock::time_point start)
 
 int runCommand(const CommandLine& line)
 {
-    StopSignal stop;
+    wire::StopSignal stop;
     Terminal terminal(line.output);
     std::atomic<bool> connected{false};
     PreparedHost host(line);
