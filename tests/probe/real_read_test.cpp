@@ -128,7 +128,9 @@ TEST_F(RealRead, SaysThatNobodyListens)
         ScriptedController gone(addressPlusFive);
         options.controller.port = gone.port();
     }
-    EXPECT_EQ(readValues(library.calls(), options, values), "connect: Connection refused");
+    EXPECT_EQ(readValues(library.calls(), options, values),
+              "connect: 127.0.0.1:" + std::to_string(options.controller.port) +
+                  ": Connection refused");
 }
 
 TEST(DriverLibraryNames, AllAreThere)

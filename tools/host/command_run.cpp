@@ -124,9 +124,10 @@ int runCommand(const CommandLine& line)
     const auto observer = [&](bool isConnected, const QString& why) {
         const bool wasConnected = connected.exchange(isConnected);
         terminal.message(
-            isConnected ? "connected to " + controller
-            : wasConnected
-                ? QString("lost %1: %2").arg(controller, why)
+            isConnected    ? "connected to " + controller
+            : wasConnected ? QString("lost %1: %2").arg(controller, why)
+            : why.startsWith(controller + ": ")
+                ? QString("cannot connect to %1; trying again").arg(why)
                 : QString("cannot connect to %1: %2; trying again").arg(controller, why));
     };
     if (!host.openSession(options, observer)) {

@@ -2,10 +2,11 @@
 #include "tcp_link.h"
 
 #include "reply_matcher.h"
-#include "socket_connect.h"
+#include "wire/tcp_connect.h"
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,8 +19,16 @@ namespace tavmir::host
 namespace
 {
 
+// How long one receive call sleeps.
+constexpr int kReceiveSliceMs = 50;
 // A receive call's slice is counted in the system's ticks and may end this much late.
 constexpr int kTickMs = 20;
+
+void sleepInSlices(int socket)
+{
+    const timeval slice = {0, kReceiveSliceMs * 1000};
+    ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &slice, sizeof slice);
+}
 
 QString systemError(int error)
 {
@@ -135,8 +144,8 @@ TcpLink::Connecting TcpLink::connectWithin(const Deadline& deadline)
     if (nextAttempt_ >= deadline.end()) {
         return Connecting::failed;
     }
-    const ConnectOutcome outcome =
-        connectTo(options_.host, options_.port, options_.connectTimeoutMs, stop_.descriptor());
+    const wire::ConnectOutcome outcome = wire::connectTo(
+        options_.host.toStdString(), options_.port, options_.connectTimeoutMs, stop_.descriptor());
     if (outcome.woken) {
         return Connecting::stopped;
     }
@@ -145,11 +154,12 @@ TcpLink::Connecting TcpLink::connectWithin(const Deadline& deadline)
         nextAttempt_ = Clock::now() + std::chrono::milliseconds(pause_.next());
         if (!failureTold_) {
             failureTold_ = true;
-            observer_(false, outcome.problem);
+            observer_(false, QString::fromLocal8Bit(outcome.problem.c_str()));
         }
         return Connecting::failed;
     }
     socket_ = outcome.descriptor;
+    sleepInSlices(socket_);
     proven_ = false;
     failureTold_ = false;
     decoder_.clear();

@@ -24,7 +24,7 @@ public:
 
     // Each result: empty, or in words what went wrong. `timeoutMs` bounds each call as a whole.
 
-    // Tries every address that the name has, in turn, each for `timeoutMs`.
+    // Tries every address that the name has. Once.
     std::string connectTo(const wire::Endpoint& controller, int timeoutMs);
 
     std::string send(const QByteArray& bytes, int timeoutMs);
