@@ -201,7 +201,7 @@ TEST(Simulation, AnswersWhateverAFrameHolds)
         decoder.append(bytesOf(outcome.reply), sizeOf(outcome.reply));
         ASSERT_EQ(decoder.next(view), tavmir::wire::FrameDecoder::State::frame);
         ASSERT_EQ(view.size, sizeOf(outcome.reply)) << "its length field is true";
-        ASSERT_FALSE(requestInWords(outcome.request, simulation.names()).isEmpty());
+        ASSERT_FALSE(requestInWords(sent, outcome.request, simulation.names()).isEmpty());
         ASSERT_FALSE(replyInWords(outcome.reply, simulation.names()).isEmpty());
     }
     EXPECT_LE(simulation.memory().pageCount(), 64u);

@@ -25,7 +25,7 @@ ElementNames someNames()
 
 std::string requestLine(const QByteArray& request)
 {
-    return requestInWords(parseRequest(request), someNames()).toStdString();
+    return requestInWords(request, parseRequest(request), someNames()).toStdString();
 }
 
 std::string replyLine(const QByteArray& reply)
@@ -88,12 +88,13 @@ TEST(Trace, ShowsWrites)
 TEST(Trace, ShowsExceptions)
 {
     EXPECT_EQ(requestLine(frame(7, 1, 66, 1)),
-              "#7 station 1 function 66: exception 1 (unknown function)");
-    EXPECT_EQ(requestLine(frame(7, 1, 102, 9)), "#7 station 1 read words: exception 3 (bad count)");
+              "#7 station 1 function 66: exception 1 (illegal function)");
+    EXPECT_EQ(requestLine(frame(7, 1, 102, 9)),
+              "#7 station 1 read words: exception 3 (illegal data value)");
     EXPECT_EQ(replyLine(frame(7, 1, 102 | 0x80, 3)),
-              "#7 station 1 read words: exception 3 (bad count)");
+              "#7 station 1 read words: exception 3 (illegal data value)");
     EXPECT_EQ(replyLine(frame(7, 1, 103 | 0x80, 4)),
-              "#7 station 1 write words: exception 4 (memory full)");
+              "#7 station 1 write words: exception 4 (device failure)");
     EXPECT_EQ(replyLine(frame(7, 1, 103 | 0x80, 200)), "#7 station 1 write words: exception 200");
 }
 

@@ -90,7 +90,7 @@ void ClientSession::answer(const wire::FrameView& request)
     const Simulation::Outcome outcome = simulation_.take(bytes);
     if (settings_.trace) {
         QString line = QStringLiteral("client %1 > ").arg(number_);
-        line += requestInWords(outcome.request, simulation_.names());
+        line += requestInWords(bytes, outcome.request, simulation_.names());
         if (outcome.fault != FaultKind::None)
             line += QStringLiteral(" [%1]").arg(QLatin1String(faultName(outcome.fault)));
         settings_.trace(line);

@@ -1,4 +1,4 @@
-// Frames as readable lines.
+// Frames as readable lines, with the names of the project's variables.
 #ifndef TAVMIR_CONTROLLER_TRACE_H
 #define TAVMIR_CONTROLLER_TRACE_H
 
@@ -11,11 +11,12 @@
 namespace tavmir::controller
 {
 
-// "#7 station 1 write words: Main.W=4660, 116=1"
-QString requestInWords(const Request& request, const ElementNames& names);
+// "#7 station 1 write words: Main.W=4660, 116=1", or what is wrong with the request.
+//   frame    of FrameDecoder
+//   request  the frame taken apart
+QString requestInWords(const QByteArray& frame, const Request& request, const ElementNames& names);
 
-// The same of reply bytes as they go out, a fault's work included: any bytes can be shown. What
-// makes no sense is counted in bytes.
+// The same of reply bytes as they go out, a fault's work included: any bytes can be shown.
 QString replyInWords(const QByteArray& reply, const ElementNames& names);
 
 } // namespace tavmir::controller
