@@ -11,23 +11,10 @@ namespace tavmir::host
 namespace
 {
 
-wire::ElementClass elementsOf(unsigned char function)
+ElementClass classOf(unsigned char function)
 {
     const wire::FunctionCode* code = wire::findFunctionCode(function);
-    return code != nullptr ? code->elements : wire::ElementClass::words;
-}
-
-ValueClass classOf(unsigned char function)
-{
-    switch (elementsOf(function)) {
-    case wire::ElementClass::bits:
-        return ValueClass::bits;
-    case wire::ElementClass::words:
-        return ValueClass::words;
-    case wire::ElementClass::doubleWords:
-        break;
-    }
-    return ValueClass::doubleWords;
+    return code != nullptr ? code->elements : ElementClass::words;
 }
 
 QString endInWords(BatchEnd end)
@@ -77,11 +64,11 @@ QStringList variablesOf(const PlannedFrame& frame, const std::vector<PolledEleme
 bool PlannedFrame::isFull() const
 {
     switch (classOf(function)) {
-    case ValueClass::bits:
+    case ElementClass::bits:
         return elements.size() >= 45;
-    case ValueClass::words:
+    case ElementClass::words:
         return elements.size() >= 38;
-    case ValueClass::doubleWords:
+    case ElementClass::doubleWords:
         break;
     }
     return elements.size() >= 28;
@@ -97,8 +84,9 @@ PlannedFrame plannedFrame(const Protocol& request)
     frame.replyBytes = request.replyLength;
     for (std::size_t i = 0; i < bytes[wire::kCountOffset]; ++i) {
         const unsigned char* entry = bytes + wire::kHeaderBytes + i * wire::kAddressBytes;
-        const quint32 address = wire::bigEndian32(entry);
-        frame.elements.push_back({classOf(frame.function), static_cast<qint32>(address)});
+        frame.elements.push_back({classOf(frame.function),
+                                  static_cast<qint32>(wire::bigEndian32(entry)),
+                                  bytes[wire::kStationOffset]});
     }
     return frame;
 }
@@ -108,7 +96,7 @@ QStringList describePlan(const std::vector<PlannedFrame>& frames,
 {
     std::map<WireElement, std::vector<size_t>> users;
     for (size_t i = 0; i < polled.size(); ++i) {
-        for (const WireElement& element : wireElements(polled[i].element)) {
+        for (const WireElement& element : wireElements(polled[i].element, polled[i].station)) {
             users[element].push_back(i);
         }
     }
@@ -123,7 +111,7 @@ QStringList describePlan(const std::vector<PlannedFrame>& frames,
                      .arg(i + 1)
                      .arg(QChar(frame.function))
                      .arg(frame.elements.size())
-                     .arg(wire::elementsName(elementsOf(frame.function)))
+                     .arg(wire::elementsName(classOf(frame.function)))
                      .arg(frame.station)
                      .arg(frame.requestBytes)
                      .arg(frame.replyBytes);

@@ -50,7 +50,7 @@ QString refusalOfPolling(const project::Project& project, const std::vector<Poll
         if (!refusal.isEmpty()) {
             return refusal;
         }
-        const PolledElement*& first = firstOfClass[static_cast<int>(valueClassOf(entry.element))];
+        const PolledElement*& first = firstOfClass[static_cast<int>(elementClassOf(entry.element))];
         if (first == nullptr) {
             first = &entry;
         }

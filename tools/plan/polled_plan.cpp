@@ -10,29 +10,7 @@
 namespace tavmir::host
 {
 
-using project::DataType;
 using project::Element;
-
-ValueClass valueClassOf(const Element& element)
-{
-    if (element.type == DataType::bit) {
-        return ValueClass::bits;
-    }
-    return element.type == DataType::dword || element.type == DataType::real
-               ? ValueClass::doubleWords
-               : ValueClass::words;
-}
-
-std::vector<WireElement> wireElements(const Element& element)
-{
-    std::vector<WireElement> list;
-    quint32 address = element.address;
-    for (int i = 0; i < project::wireElementCount(element); ++i) {
-        list.push_back({valueClassOf(element), static_cast<qint32>(address)});
-        address += static_cast<quint32>(project::wireElementBits(element));
-    }
-    return list;
-}
 
 std::vector<PolledElement> polledElements(const project::Project& project)
 {
@@ -40,6 +18,9 @@ std::vector<PolledElement> polledElements(const project::Project& project)
     for (const project::Polled& polled : project.polled) {
         const project::Expansion expansion =
             project::expandAddress(project, polled.address, polled.count);
+        const int station = project.connection.ownStations
+                                ? polled.station.value_or(project.connection.station)
+                                : project.connection.station;
         const bool named = polled.name != polled.address;
         int number = 0;
         for (const Element& element : expansion.elements) {
@@ -50,7 +31,7 @@ std::vector<PolledElement> polledElements(const project::Project& project)
             if (named && expansion.elements.size() > 1) {
                 entry.name += QString(" (%1)").arg(++number);
             }
-            entry.station = polled.station.value_or(project.connection.station);
+            entry.station = station;
             list.push_back(entry);
         }
     }
@@ -76,12 +57,23 @@ std::vector<WireElement> wireOrder(const std::vector<PolledElement>& polled)
 {
     std::vector<WireElement> order;
     for (const PolledElement& entry : polled) {
-        const std::vector<WireElement> elements = wireElements(entry.element);
+        const std::vector<WireElement> elements = wireElements(entry.element, entry.station);
         order.insert(order.end(), elements.begin(), elements.end());
     }
-    std::sort(order.begin(), order.end());
-    order.erase(std::unique(order.begin(), order.end()), order.end());
-    return order;
+    const auto before = [](const WireElement& left, const WireElement& right) {
+        return std::make_pair(left.elements, left.address) <
+               std::make_pair(right.elements, right.address);
+    };
+    std::stable_sort(order.begin(), order.end(), before);
+    std::vector<WireElement> unique;
+    for (const WireElement& element : order) {
+        if (!unique.empty() && unique.back().samePlace(element)) {
+            unique.back() = element;
+        } else {
+            unique.push_back(element);
+        }
+    }
+    return unique;
 }
 
 } // namespace tavmir::host
