@@ -9,12 +9,6 @@ namespace tavmir::host
 namespace
 {
 
-// A single thread writes: plain load and store cost less than an atomic addition.
-void bump(std::atomic<uint64_t>& counter, uint64_t by)
-{
-    counter.store(counter.load(std::memory_order_relaxed) + by, std::memory_order_relaxed);
-}
-
 int topBit(uint64_t value)
 {
     return 63 - __builtin_clzll(value);
@@ -43,28 +37,22 @@ uint64_t LatencyHistogram::upperEdge(int bucket)
 
 void LatencyHistogram::add(uint64_t nanoseconds)
 {
-    bump(buckets_[bucketOf(nanoseconds)], 1);
-    bump(sum_, nanoseconds);
-    bump(count_, 1);
-    if (nanoseconds < minimum_.load(std::memory_order_relaxed)) {
-        minimum_.store(nanoseconds, std::memory_order_relaxed);
-    }
-    if (nanoseconds > maximum_.load(std::memory_order_relaxed)) {
-        maximum_.store(nanoseconds, std::memory_order_relaxed);
-    }
+    ++buckets_[bucketOf(nanoseconds)];
+    sum_ += nanoseconds;
+    ++count_;
+    minimum_ = std::min(minimum_, nanoseconds);
+    maximum_ = std::max(maximum_, nanoseconds);
 }
 
 uint64_t LatencyHistogram::minimum() const
 {
-    return count() == 0 ? 0 : minimum_.load(std::memory_order_relaxed);
+    return count() == 0 ? 0 : minimum_;
 }
 
 double LatencyHistogram::mean() const
 {
     const uint64_t all = count();
-    return all == 0 ? 0
-                    : static_cast<double>(sum_.load(std::memory_order_relaxed)) /
-                          static_cast<double>(all);
+    return all == 0 ? 0 : static_cast<double>(sum_) / static_cast<double>(all);
 }
 
 uint64_t LatencyHistogram::percentile(double share) const
@@ -76,7 +64,7 @@ uint64_t LatencyHistogram::percentile(double share) const
     const double wanted = std::max(1.0, share * static_cast<double>(all));
     uint64_t seen = 0;
     for (int i = 0; i < kBuckets; ++i) {
-        seen += buckets_[i].load(std::memory_order_relaxed);
+        seen += buckets_[i];
         if (static_cast<double>(seen) >= wanted) {
             return std::min(upperEdge(i), maximum());
         }

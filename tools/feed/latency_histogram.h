@@ -1,9 +1,8 @@
 // Round-trip times in constant memory: exact minimum, maximum and mean, percentiles within a
-// sixteenth. One thread adds, any thread reads.
+// sixteenth. One thread.
 #ifndef TAVMIR_FEED_LATENCY_HISTOGRAM_H
 #define TAVMIR_FEED_LATENCY_HISTOGRAM_H
 
-#include <atomic>
 #include <cstdint>
 
 namespace tavmir::host
@@ -12,12 +11,11 @@ namespace tavmir::host
 class LatencyHistogram
 {
 public:
-    // Only the one adding thread.
     void add(uint64_t nanoseconds);
 
-    uint64_t count() const { return count_.load(std::memory_order_relaxed); }
+    uint64_t count() const { return count_; }
     uint64_t minimum() const; // 0 when nothing was added
-    uint64_t maximum() const { return maximum_.load(std::memory_order_relaxed); }
+    uint64_t maximum() const { return maximum_; }
     double mean() const;
     // The time that `share` (0..1) of all lie at or below; 0 when nothing was added.
     uint64_t percentile(double share) const;
@@ -31,11 +29,11 @@ private:
     static int bucketOf(uint64_t value);
     static uint64_t upperEdge(int bucket);
 
-    std::atomic<uint64_t> buckets_[kBuckets] = {};
-    std::atomic<uint64_t> count_{0};
-    std::atomic<uint64_t> sum_{0};
-    std::atomic<uint64_t> minimum_{UINT64_MAX};
-    std::atomic<uint64_t> maximum_{0};
+    uint64_t buckets_[kBuckets] = {};
+    uint64_t count_ = 0;
+    uint64_t sum_ = 0;
+    uint64_t minimum_ = UINT64_MAX;
+    uint64_t maximum_ = 0;
 };
 
 } // namespace tavmir::host

@@ -1,0 +1,59 @@
+// What the feed carries: everything that happens between host and controller, in its order.
+#ifndef TAVMIR_FEED_FEED_ENTRY_H
+#define TAVMIR_FEED_FEED_ENTRY_H
+
+#include "exchange.h"
+#include "outcome.h"
+#include "plan/polled_plan.h"
+
+#include <memory>
+
+namespace tavmir::host
+{
+
+enum class FeedKind : quint8 {
+    exchange,
+    gaveUp, // the driver gave the last exchange's request up
+    connected,
+    connectFailed,  // text: why
+    connectionLost, // text: why
+    framesDropped,  // unasked, while nothing was in flight
+    operationEnded, // text: why it was not done
+    planChanged     // another list is polled from now on
+};
+
+struct OperationEnd {
+    OperationKind kind = OperationKind::write;
+    OutcomeState state = OutcomeState::done;
+    quint64 key = 0;
+    int elements = 0;
+    int acknowledged = 0;
+    int station = 0;
+};
+
+// A polled list under its generation, which counts the lists that the driver was given.
+struct PolledGeneration {
+    quint32 generation = 0;
+    std::vector<PolledElement> polled;
+};
+
+struct FeedEntry {
+    FeedKind kind = FeedKind::exchange;
+    bool standing = false; // happened before the reader came, which is told how things stand
+    Clock::time_point at;  // of an exchange its end
+    WallClock::time_point wall;
+    Exchange exchange;         // FeedKind::exchange only
+    QString text;              // see FeedKind
+    OperationEnd operation;    // FeedKind::operationEnded only
+    bool brokenStream = false; // FeedKind::connectionLost: what came was no frame, or half of one
+    quint32 frames = 0;        // FeedKind::framesDropped only
+    quint32 bytes = 0;         // the same
+    std::shared_ptr<const PolledGeneration> plan; // FeedKind::planChanged only
+};
+
+// An entry that happens now.
+FeedEntry entryNow(FeedKind kind, const QString& text = QString());
+
+} // namespace tavmir::host
+
+#endif

@@ -1,0 +1,281 @@
+// Replies into slots, slots into variables.
+#include "value_fold.h"
+
+#include "wire/frame_layout.h"
+
+#include <algorithm>
+#include <map>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+// The bytes of one element as the driver's calls give them.
+void appendNumber(QByteArray& bytes, ElementClass elements, quint32 number)
+{
+    for (int i = 0; i < valueBytesOf(elements); ++i) {
+        bytes.append(static_cast<char>(number >> (8 * i) & 0xFF));
+    }
+}
+
+// True when the number's change is one of the variable, which may be one of its bits.
+bool concerns(const project::Element& element, quint32 before, quint32 now)
+{
+    return element.bitNumber ? ((before ^ now) >> *element.bitNumber & 1) != 0 : before != now;
+}
+
+} // namespace
+
+size_t ValueFold::find(const Group& group, qint32 address)
+{
+    const auto found =
+        std::lower_bound(group.slots.begin(), group.slots.end(), address,
+                         [](const Slot& slot, qint32 wanted) { return slot.address < wanted; });
+    return found != group.slots.end() && found->address == address
+               ? static_cast<size_t>(found - group.slots.begin())
+               : group.slots.size();
+}
+
+quint32 ValueFold::groupOf(std::vector<Group>& groups, const WireElement& element)
+{
+    for (size_t i = 0; i < groups.size(); ++i) {
+        if (groups[i].elements == element.elements && groups[i].station == element.station) {
+            return static_cast<quint32>(i);
+        }
+    }
+    groups.emplace_back();
+    groups.back().elements = element.elements;
+    groups.back().station = element.station;
+    return static_cast<quint32>(groups.size() - 1);
+}
+
+void ValueFold::keepKnown(const std::vector<Group>& from, std::vector<Group>& to)
+{
+    for (const Group& old : from) {
+        for (Group& group : to) {
+            if (old.elements != group.elements || old.station != group.station) {
+                continue;
+            }
+            for (Slot& slot : group.slots) {
+                const size_t known = find(old, slot.address);
+                if (known < old.slots.size()) {
+                    slot = old.slots[known];
+                }
+            }
+        }
+    }
+}
+
+void ValueFold::findUsers(std::vector<Group>& groups, std::vector<Variable>& folds)
+{
+    std::vector<std::vector<std::pair<quint32, quint32>>> pairs(groups.size());
+    for (size_t variable = 0; variable < folds.size(); ++variable) {
+        for (const quint32 slot : folds[variable].slots) {
+            pairs[folds[variable].group].emplace_back(slot, static_cast<quint32>(variable));
+        }
+    }
+    for (size_t g = 0; g < groups.size(); ++g) {
+        Group& group = groups[g];
+        std::sort(pairs[g].begin(), pairs[g].end());
+        group.firstUser.assign(group.slots.size() + 1, 0);
+        group.ofMany.assign(group.slots.size(), false);
+        for (const auto& [slot, variable] : pairs[g]) {
+            ++group.firstUser[slot + 1];
+            group.users.push_back(variable);
+            if (folds[variable].slots.size() > 1) {
+                group.ofMany[slot] = true;
+            }
+        }
+        for (size_t slot = 0; slot < group.slots.size(); ++slot) {
+            group.firstUser[slot + 1] += group.firstUser[slot];
+        }
+    }
+}
+
+void ValueFold::keepShown(const std::vector<PolledElement>& variables,
+                          std::vector<Variable>& folds) const
+{
+    std::map<std::pair<WireElement, size_t>, const Variable*> old;
+    for (size_t i = 0; i < variables_.size(); ++i) {
+        const auto parts = wireElements(variables_[i].element, variables_[i].station);
+        old[{parts.front(), parts.size()}] = &folds_[i];
+    }
+    for (size_t i = 0; i < variables.size(); ++i) {
+        const auto parts = wireElements(variables[i].element, variables[i].station);
+        const auto found = old.find({parts.front(), parts.size()});
+        if (found != old.end()) {
+            folds[i].shown = found->second->shown;
+        }
+    }
+}
+
+void ValueFold::watch(const std::vector<PolledElement>& variables)
+{
+    std::vector<Group> groups;
+    std::vector<Variable> folds(variables.size());
+    for (size_t i = 0; i < variables.size(); ++i) {
+        for (const WireElement& part : wireElements(variables[i].element, variables[i].station)) {
+            folds[i].group = groupOf(groups, part);
+            groups[folds[i].group].slots.push_back({part.address, 0, 0});
+        }
+    }
+    for (Group& group : groups) {
+        std::vector<Slot>& slots = group.slots;
+        std::sort(slots.begin(), slots.end(),
+                  [](const Slot& left, const Slot& right) { return left.address < right.address; });
+        slots.erase(std::unique(slots.begin(), slots.end(),
+                                [](const Slot& left, const Slot& right) {
+                                    return left.address == right.address;
+                                }),
+                    slots.end());
+    }
+    for (size_t i = 0; i < variables.size(); ++i) {
+        Variable& fold = folds[i];
+        for (const WireElement& part : wireElements(variables[i].element, variables[i].station)) {
+            fold.slots.push_back(static_cast<quint32>(find(groups[fold.group], part.address)));
+        }
+        fold.came.assign(fold.slots.size(), false);
+        fold.missing = fold.slots.size();
+    }
+    findUsers(groups, folds);
+    keepKnown(groups_, groups);
+    keepShown(variables, folds);
+    variables_ = variables;
+    groups_ = std::move(groups);
+    folds_ = std::move(folds);
+}
+
+void ValueFold::take(const FeedEntry& entry, const Changed& changed)
+{
+    if (entry.kind == FeedKind::planChanged) {
+        watch(entry.plan->polled);
+        return;
+    }
+    if (entry.kind != FeedKind::exchange || !entry.exchange.isGood()) {
+        return;
+    }
+    changed_.clear();
+    takeReply(entry.exchange);
+    if (changed) {
+        for (const quint32 variable : changed_) {
+            changed(variable);
+        }
+    }
+}
+
+void ValueFold::takeReply(const Exchange& exchange)
+{
+    const wire::FunctionCode* function =
+        wire::findFunctionCode(exchange.request[wire::kFunctionOffset]);
+    if (function == nullptr || function->write) {
+        return;
+    }
+    const quint8 station = exchange.request[wire::kStationOffset];
+    const auto group = std::find_if(groups_.begin(), groups_.end(), [&](const Group& one) {
+        return one.elements == function->elements && one.station == station;
+    });
+    if (group == groups_.end()) {
+        return;
+    }
+    const Clock::rep at = exchange.endedAt.time_since_epoch().count();
+    const unsigned char* entry = exchange.reply + wire::kHeaderBytes;
+    const unsigned char* end = exchange.reply + exchange.replyKept();
+    // Neighbours in the request are neighbours here: only the first is searched.
+    size_t slot = group->slots.size();
+    for (; entry + function->entryBytes() <= end; entry += function->entryBytes()) {
+        const auto address = static_cast<qint32>(wire::bigEndian32(entry));
+        ++slot;
+        if (slot >= group->slots.size() || group->slots[slot].address != address) {
+            slot = find(*group, address);
+        }
+        if (slot < group->slots.size()) {
+            takeNumber(*group, slot,
+                       wire::bigEndianNumber(entry + wire::kAddressBytes, function->valueBytes),
+                       at);
+        }
+    }
+}
+
+void ValueFold::takeNumber(Group& group, size_t slot, quint32 number, Clock::rep at)
+{
+    Slot& place = group.slots[slot];
+    const bool wasKnown = place.readAt != 0;
+    const quint32 before = place.number;
+    place.number = number;
+    place.readAt = at;
+    if (!wasKnown || before != number || group.ofMany[slot]) {
+        slotCame(group, slot, wasKnown, before);
+    }
+}
+
+void ValueFold::slotCame(const Group& group, size_t slot, bool wasKnown, quint32 before)
+{
+    for (quint32 i = group.firstUser[slot]; i < group.firstUser[slot + 1]; ++i) {
+        const quint32 variable = group.users[i];
+        if (folds_[variable].slots.size() > 1) {
+            partCame(variable, slot);
+        } else if (!wasKnown ||
+                   concerns(variables_[variable].element, before, group.slots[slot].number)) {
+            changed_.push_back(variable);
+        }
+    }
+}
+
+void ValueFold::partCame(quint32 variable, size_t slot)
+{
+    Variable& fold = folds_[variable];
+    const auto found = std::find(fold.slots.begin(), fold.slots.end(), slot);
+    const auto part = static_cast<size_t>(found - fold.slots.begin());
+    if (!fold.came[part]) {
+        fold.came[part] = true;
+        --fold.missing;
+    }
+    if (fold.missing > 0) {
+        return;
+    }
+    const QByteArray bytes = bytesOf(fold);
+    if (!fold.shown.readAt || bytes != fold.shown.bytes) {
+        changed_.push_back(variable);
+    }
+    fold.shown = {bytes, oldestOf(fold)};
+    fold.came.assign(fold.slots.size(), false);
+    fold.missing = fold.slots.size();
+}
+
+QByteArray ValueFold::bytesOf(const Variable& fold) const
+{
+    const Group& group = groups_[fold.group];
+    QByteArray bytes;
+    for (const quint32 slot : fold.slots) {
+        appendNumber(bytes, group.elements, group.slots[slot].number);
+    }
+    return bytes;
+}
+
+Clock::time_point ValueFold::oldestOf(const Variable& fold) const
+{
+    const Group& group = groups_[fold.group];
+    Clock::rep oldest = group.slots[fold.slots.front()].readAt;
+    for (const quint32 slot : fold.slots) {
+        oldest = std::min(oldest, group.slots[slot].readAt);
+    }
+    return Clock::time_point(Clock::duration(oldest));
+}
+
+FoldedValue ValueFold::value(size_t variable) const
+{
+    const Variable& fold = folds_[variable];
+    if (fold.slots.size() > 1) {
+        return fold.shown;
+    }
+    const Slot& slot = groups_[fold.group].slots[fold.slots.front()];
+    if (slot.readAt == 0) {
+        return {};
+    }
+    return {valueBytes(variables_[variable].element, bytesOf(fold)),
+            Clock::time_point(Clock::duration(slot.readAt))};
+}
+
+} // namespace tavmir::host

@@ -1,0 +1,89 @@
+// Values and ages of the polled variables, folded out of the feed: every value is one that a
+// reply brought, never one out of the driver's caches, which take a written value before the
+// controller has acknowledged it. One thread.
+//
+// Known by station, class and address, so it does not matter which request brought a value: a
+// one-shot read refreshes it as polling does. A variable of several elements, a text, is shown
+// when it is whole: when each of its elements has come since it was shown last.
+#ifndef TAVMIR_FEED_VALUE_FOLD_H
+#define TAVMIR_FEED_VALUE_FOLD_H
+
+#include "feed_entry.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace tavmir::host
+{
+
+// What is known of one variable.
+struct FoldedValue {
+    QByteArray bytes; // as the driver's calls give them; empty when never whole
+    // When the oldest of its elements was read; none: never whole.
+    std::optional<Clock::time_point> readAt;
+};
+
+class ValueFold
+{
+public:
+    // The variables from now on. What is known of elements that were asked for before is kept.
+    void watch(const std::vector<PolledElement>& variables);
+
+    // Called for each variable whose value is another one now, or the first, with its place in
+    // variables(), when the whole reply that brought it has been taken.
+    using Changed = std::function<void(size_t variable)>;
+
+    // Takes a plan of the feed as the variables to watch, and values out of replies.
+    void take(const FeedEntry& entry, const Changed& changed = Changed());
+
+    const std::vector<PolledElement>& variables() const { return variables_; }
+    FoldedValue value(size_t variable) const;
+
+private:
+    // One element on the wire and what the last reply said of it. Small: a pass goes over all.
+    struct Slot {
+        qint32 address = 0;
+        quint32 number = 0;
+        Clock::rep readAt = 0; // 0: never
+    };
+    // The slots of one class at one station, ascending by address.
+    struct Group {
+        ElementClass elements = ElementClass::bits;
+        quint8 station = 0;
+        std::vector<Slot> slots;
+        std::vector<quint32> firstUser; // of each slot, and the end of the last one's
+        std::vector<quint32> users;     // variables
+        std::vector<bool> ofMany;       // the slot is part of a variable of several elements
+    };
+    struct Variable {
+        quint32 group = 0;
+        std::vector<quint32> slots;
+        // Of a variable of several elements:
+        std::vector<bool> came; // since it was shown last
+        size_t missing = 0;
+        FoldedValue shown;
+    };
+
+    static size_t find(const Group& group, qint32 address); // the number of slots: not there
+    static quint32 groupOf(std::vector<Group>& groups, const WireElement& element);
+    static void keepKnown(const std::vector<Group>& from, std::vector<Group>& to);
+    static void findUsers(std::vector<Group>& groups, std::vector<Variable>& folds);
+    void keepShown(const std::vector<PolledElement>& variables, std::vector<Variable>& folds) const;
+
+    void takeReply(const Exchange& exchange);
+    void takeNumber(Group& group, size_t slot, quint32 number, Clock::rep at);
+    void slotCame(const Group& group, size_t slot, bool wasKnown, quint32 before);
+    void partCame(quint32 variable, size_t slot);
+    QByteArray bytesOf(const Variable& fold) const;
+    Clock::time_point oldestOf(const Variable& fold) const;
+
+    std::vector<PolledElement> variables_;
+    std::vector<Variable> folds_;
+    std::vector<Group> groups_;
+    std::vector<quint32> changed_; // by the reply that is being taken
+};
+
+} // namespace tavmir::host
+
+#endif
