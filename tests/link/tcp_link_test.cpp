@@ -3,6 +3,7 @@
 
 #include "support/wait_until.h"
 #include "test_server.h"
+#include "watched_link.h"
 
 #include <gtest/gtest.h>
 
@@ -18,11 +19,6 @@ namespace
 
 constexpr int kPatientMs = 20000; // never reached when the test passes
 constexpr int kShortMs = 60;      // always waited through
-
-struct Told {
-    bool connected;
-    QString why;
-};
 
 // Listens on the loopback, puts its address into `address`, and accepts nobody. The caller closes
 // it.
@@ -50,31 +46,30 @@ protected:
         options.replyTimeoutMs = replyTimeoutMs;
         options.reconnectMinMs = 1;
         options.reconnectMaxMs = 4;
-        link_ = std::make_unique<TcpLink>(options, statistics_,
-                                          [this](bool connected, const QString& why) {
-                                              told_.push_back({connected, why});
-                                          });
+        watched_ = std::make_unique<WatchedLink>(options);
+        link_ = &watched_->link;
         return *link_;
     }
 
-    // Sends and returns the result; the reply is in reply_.
-    ExchangeResult exchange(const QByteArray& request)
+    // Sends and returns the end; the reply is in reply_.
+    ExchangeEnd exchange(const QByteArray& request)
     {
         reply_.clear();
-        return link_->exchange(request.constData(), static_cast<size_t>(request.size()), reply_);
+        return watched_->exchange(request, reply_);
     }
 
+    const LineFigures& figures() const { return watched_->figures; }
+
     // As a driver does: again and again until it is answered.
-    ExchangeResult exchangeUntilAnswered(const QByteArray& request)
+    ExchangeEnd exchangeUntilAnswered(const QByteArray& request)
     {
-        ExchangeResult result = ExchangeResult::notConnected;
-        test::waitUntil([&] { return (result = exchange(request)) == ExchangeResult::reply; });
+        ExchangeEnd result = ExchangeEnd::notSent;
+        test::waitUntil([&] { return (result = exchange(request)) == ExchangeEnd::reply; });
         return result;
     }
 
-    LinkStatistics statistics_;
-    std::vector<Told> told_;
-    std::unique_ptr<TcpLink> link_;
+    std::unique_ptr<WatchedLink> watched_;
+    TcpLink* link_ = nullptr; // the watched one
     QByteArray reply_;
 };
 
@@ -86,14 +81,14 @@ TEST_F(Link, ReplyOfTheRequestIsHandedOver)
         [](auto& client, const QByteArray& request, int) { client.send(goodReply(request, 7)); });
     linkTo(server.port());
     const QByteArray request = wordRequest(1, 2);
-    EXPECT_EQ(ExchangeResult::reply, exchange(request));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(request));
     EXPECT_EQ(goodReply(request, 7), reply_);
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(2)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(2)));
     EXPECT_EQ(1, server.connections());
-    EXPECT_EQ(2u, statistics_.roundTrip.count());
-    EXPECT_EQ(0u, statistics_.discarded.value());
-    ASSERT_EQ(1u, told_.size());
-    EXPECT_TRUE(told_[0].connected);
+    EXPECT_EQ(2u, figures().roundTrip.count());
+    EXPECT_EQ(0u, figures().discarded);
+    ASSERT_EQ(1u, watched_->told.size());
+    EXPECT_EQ(FeedKind::connected, watched_->told[0].kind);
 }
 
 TEST_F(Link, BytesOneByOneMakeAReply)
@@ -102,7 +97,7 @@ TEST_F(Link, BytesOneByOneMakeAReply)
         client.sendSlowly(goodReply(request));
     });
     linkTo(server.port());
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1, 38)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1, 38)));
     EXPECT_EQ(9 + 6 * 38, reply_.size());
 }
 
@@ -117,11 +112,11 @@ TEST_F(Link, LateReplyIsDiscardedAndTheRightOneFollows)
         client.send(late + goodReply(request, 2));
     });
     linkTo(server.port(), kShortMs);
-    EXPECT_EQ(ExchangeResult::timeout, exchange(wordRequest(1)));
-    EXPECT_EQ(ExchangeResult::reply, exchangeUntilAnswered(wordRequest(2)));
+    EXPECT_EQ(ExchangeEnd::timeout, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::reply, exchangeUntilAnswered(wordRequest(2)));
     EXPECT_EQ(goodReply(wordRequest(2), 2), reply_);
-    EXPECT_GE(statistics_.discarded.value(), 1u);
-    EXPECT_GE(statistics_.timeouts.value(), 1u);
+    EXPECT_GE(figures().discarded, 1u);
+    EXPECT_GE(figures().timeouts, 1u);
     EXPECT_EQ(1, server.connections());
 }
 
@@ -132,10 +127,10 @@ TEST_F(Link, DuplicateReplyIsDiscarded)
     });
     linkTo(server.port());
     for (int id = 1; id <= 5; ++id) {
-        EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(id)));
+        EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(id)));
         EXPECT_EQ(goodReply(wordRequest(id), id), reply_);
     }
-    EXPECT_EQ(4u, statistics_.discarded.value());
+    EXPECT_EQ(4u, figures().discarded);
 }
 
 TEST_F(Link, ReplyToAnotherTransactionStationOrFunctionIsDiscarded)
@@ -149,9 +144,9 @@ TEST_F(Link, ReplyToAnotherTransactionStationOrFunctionIsDiscarded)
         client.send(goodReply(request, 1));
     });
     linkTo(server.port());
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
     EXPECT_EQ(goodReply(wordRequest(1), 1), reply_);
-    EXPECT_EQ(4u, statistics_.discarded.value());
+    EXPECT_EQ(4u, figures().discarded);
 }
 
 TEST_F(Link, ForeignFramesDoNotProlongTheWait)
@@ -162,7 +157,7 @@ TEST_F(Link, ForeignFramesDoNotProlongTheWait)
         }
     });
     linkTo(server.port(), kShortMs);
-    EXPECT_EQ(ExchangeResult::timeout, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::timeout, exchange(wordRequest(1)));
     EXPECT_TRUE(link_->connected());
 }
 
@@ -171,24 +166,25 @@ TEST_F(Link, ExceptionReplyIsNoReply)
     TestServer server(
         [](auto& client, const QByteArray& request, int) { client.send(exceptionTo(request, 3)); });
     linkTo(server.port());
-    EXPECT_EQ(ExchangeResult::exception, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::exception, exchange(wordRequest(1)));
     QByteArray write = wordRequest(2);
     write[7] = 'g';
-    EXPECT_EQ(ExchangeResult::exception, exchange(write)); // as long as a write's acknowledgement
+    EXPECT_EQ(ExchangeEnd::exception, exchange(write)); // as long as a write's acknowledgement
     EXPECT_TRUE(reply_.isEmpty());
-    EXPECT_EQ(2u, statistics_.exceptions.value());
+    EXPECT_EQ(2u, figures().exceptions);
     EXPECT_TRUE(link_->connected());
 }
 
 TEST_F(Link, WrongLengthIsLeftToTheDriver)
 {
     TestServer server([](auto& client, const QByteArray& request, int number) {
-        client.send(replyTo(request, QByteArray(number == 1 ? 1 : 1000, 'x')));
+        const QByteArray right = goodReply(request).mid(9);
+        client.send(replyTo(request, number == 1 ? right.left(1) : right + QByteArray(994, 'x')));
     });
     linkTo(server.port());
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
     EXPECT_EQ(10, reply_.size());
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(2)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(2)));
     EXPECT_EQ(1009, reply_.size());
 }
 
@@ -200,10 +196,10 @@ TEST_F(Link, StreamThatIsNoFrameIsClosedAndReplaced)
         client.send(number <= 2 ? reply : goodReply(request));
     });
     linkTo(server.port());
-    EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
-    EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
-    EXPECT_EQ(2u, statistics_.brokenStreams.value());
+    EXPECT_EQ(ExchangeEnd::broken, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::broken, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(2u, figures().brokenStreams);
     EXPECT_EQ(3, server.connections());
 }
 
@@ -217,12 +213,12 @@ TEST_F(Link, CutReplyIsNeverCompletedByTheNextOne)
     });
     linkTo(server.port(), kShortMs);
     const QByteArray request = wordRequest(1, 2);
-    EXPECT_EQ(ExchangeResult::timeout, exchange(request));
+    EXPECT_EQ(ExchangeEnd::cut, exchange(request));
     EXPECT_FALSE(link_->connected());
-    EXPECT_EQ(ExchangeResult::reply, exchangeUntilAnswered(request));
+    EXPECT_EQ(ExchangeEnd::reply, exchangeUntilAnswered(request));
     EXPECT_EQ(goodReply(request, 0x1234), reply_);
     EXPECT_EQ(2, server.connections());
-    EXPECT_EQ(1u, statistics_.brokenStreams.value());
+    EXPECT_EQ(1u, figures().brokenStreams);
 }
 
 TEST_F(Link, ConnectionClosedInsteadOfAReplyComesBack)
@@ -235,31 +231,33 @@ TEST_F(Link, ConnectionClosedInsteadOfAReplyComesBack)
         client.send(goodReply(request));
     });
     linkTo(server.port());
-    EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
-    EXPECT_EQ(1u, statistics_.lostConnections.value());
-    ASSERT_EQ(3u, told_.size());
-    EXPECT_FALSE(told_[1].connected);
-    EXPECT_EQ("the controller closed the connection", told_[1].why.toStdString());
-    EXPECT_TRUE(told_[2].connected);
+    EXPECT_EQ(ExchangeEnd::lost, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(1u, figures().lostConnections);
+    ASSERT_EQ(3u, watched_->told.size());
+    EXPECT_EQ(FeedKind::connectionLost, watched_->told[1].kind);
+    EXPECT_EQ("the controller closed the connection", watched_->told[1].text.toStdString());
+    EXPECT_EQ(FeedKind::connected, watched_->told[2].kind);
 }
 
-TEST_F(Link, AbsentControllerIsToldOnceAndTriedAgain)
+TEST_F(Link, AbsentControllerIsToldEachTimeAndTriedAgain)
 {
     const int port = closedPort();
     linkTo(port);
     for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+        EXPECT_EQ(ExchangeEnd::notSent, exchange(wordRequest(1)));
     }
-    EXPECT_EQ(5u, statistics_.connectFailures.value());
-    ASSERT_EQ(1u, told_.size());
-    EXPECT_EQ("127.0.0.1:" + std::to_string(port) + ": Connection refused",
-              told_[0].why.toStdString());
+    EXPECT_EQ(5u, figures().connectFailures);
+    ASSERT_EQ(5u, watched_->told.size());
+    EXPECT_EQ(FeedKind::connectFailed, watched_->told[0].kind);
+    const std::string why = "127.0.0.1:" + std::to_string(port) + ": Connection refused";
+    EXPECT_EQ(why, watched_->told[0].text.toStdString());
+    EXPECT_EQ(why, link_->problem().toStdString());
     TestServer server(
         [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); },
         port);
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
-    EXPECT_EQ(2u, told_.size());
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(6u, watched_->told.size());
 }
 
 TEST_F(Link, DisconnectedRequestsAreAnsweredWithinTheReplyTimeout)
@@ -270,13 +268,13 @@ TEST_F(Link, DisconnectedRequestsAreAnsweredWithinTheReplyTimeout)
     options.replyTimeoutMs = kShortMs;
     options.reconnectMinMs = kPatientMs;
     options.reconnectMaxMs = kPatientMs;
-    link_ = std::make_unique<TcpLink>(options, statistics_, [](bool, const QString&) {});
+    watched_ = std::make_unique<WatchedLink>(options);
     exchange(wordRequest(1)); // the first attempt comes at once, the second after the pause
     const Clock::time_point start = Clock::now();
-    EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::notSent, exchange(wordRequest(1)));
     const auto took = Clock::now() - start;
     EXPECT_GE(took, std::chrono::milliseconds(kShortMs)); // it must not spin
-    EXPECT_EQ(1u, statistics_.connectFailures.value());
+    EXPECT_EQ(1u, figures().connectFailures);
 }
 
 TEST_F(Link, StopEndsEveryWait)
@@ -287,12 +285,12 @@ TEST_F(Link, StopEndsEveryWait)
         test::waitUntil([&] { return server.requests() > 0; });
         link_->stop();
     });
-    EXPECT_EQ(ExchangeResult::stopped, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::stopped, exchange(wordRequest(1)));
     stopper.join();
-    EXPECT_EQ(ExchangeResult::stopped, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::stopped, exchange(wordRequest(1)));
     link_->idle(kPatientMs);
     link_->close();
-    EXPECT_EQ(ExchangeResult::stopped, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::stopped, exchange(wordRequest(1)));
     link_->idle(kPatientMs);
 }
 
@@ -302,7 +300,7 @@ TEST_F(Link, WakeEndsIdlingButNoRequest)
         [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); });
     linkTo(server.port());
     link_->wake();
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
     link_->idle(kPatientMs); // the wake is still there
     link_->wake();
     link_->idle(kPatientMs);
@@ -321,11 +319,11 @@ TEST_F(Link, AFloodOfFramesDoesNotProlongIdling)
         sent = true;
     });
     linkTo(server.port());
-    ASSERT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+    ASSERT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
     ASSERT_TRUE(test::waitUntil([&] { return sent.load(); }));
     link_->idle(0); // no time at all: what has come is looked at once
-    EXPECT_GT(statistics_.discarded.value(), 0u);
-    EXPECT_LT(statistics_.discarded.value(), static_cast<uint64_t>(kFrames));
+    EXPECT_GT(figures().discarded, 0u);
+    EXPECT_LT(figures().discarded, static_cast<uint64_t>(kFrames));
     EXPECT_TRUE(link_->connected());
 }
 
@@ -336,11 +334,11 @@ TEST_F(Link, StopEndsAWaitForRoomToSend)
     const int listener = deafListener(1, address);
     linkTo(ntohs(address.sin_port), 1000 * kPatientMs);
     std::thread stopper([&] {
-        test::waitUntil([&] { return statistics_.connects.value() > 0; });
+        test::waitUntil([&] { return watched_->connects > 0; });
         link_->stop();
     });
     // More than a socket's buffers hold.
-    EXPECT_EQ(ExchangeResult::stopped, exchange(wordRequest(1) + QByteArray(64 << 20, '\0')));
+    EXPECT_EQ(ExchangeEnd::stopped, exchange(wordRequest(1) + QByteArray(64 << 20, '\0')));
     stopper.join();
     ::close(listener);
 }
@@ -352,12 +350,12 @@ TEST_F(Link, IdlingNoticesThatTheControllerIsGone)
         client.close();
     });
     linkTo(server.port());
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
     EXPECT_TRUE(test::waitUntil([&] {
         link_->idle(kShortMs);
         return !link_->connected();
     }));
-    EXPECT_EQ(1u, statistics_.discarded.value());
+    EXPECT_EQ(1u, figures().discarded);
 }
 
 TEST_F(Link, IdlingDropsABrokenStream)
@@ -366,12 +364,12 @@ TEST_F(Link, IdlingDropsABrokenStream)
         client.send(goodReply(request) + QByteArray(20, '\x55'));
     });
     linkTo(server.port());
-    EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
     EXPECT_TRUE(test::waitUntil([&] {
         link_->idle(kShortMs);
         return !link_->connected();
     }));
-    EXPECT_EQ(1u, statistics_.brokenStreams.value());
+    EXPECT_EQ(1u, figures().brokenStreams);
 }
 
 TEST_F(Link, TransactionIdsMayWrap)
@@ -381,9 +379,9 @@ TEST_F(Link, TransactionIdsMayWrap)
     });
     linkTo(server.port());
     for (const int id : {65534, 65535, 0, 1}) {
-        EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(id)));
+        EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(id)));
     }
-    EXPECT_EQ(0u, statistics_.discarded.value());
+    EXPECT_EQ(0u, figures().discarded);
 }
 
 } // namespace tavmir::host

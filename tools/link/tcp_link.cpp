@@ -1,7 +1,9 @@
 // POSIX sockets: for a request that is answered within a slice one send and one receive.
 #include "tcp_link.h"
 
+#include "feed/feed.h"
 #include "reply_matcher.h"
+#include "wire/frame_layout.h"
 #include "wire/tcp_connect.h"
 
 #include <poll.h>
@@ -37,10 +39,10 @@ QString systemError(int error)
 
 } // namespace
 
-TcpLink::TcpLink(const LinkOptions& options, LinkStatistics& statistics, Observer observer)
-    : options_(options), statistics_(statistics), observer_(std::move(observer)),
+TcpLink::TcpLink(const LinkOptions& options, Observer observer)
+    : options_(options), observer_(std::move(observer)),
       pause_(options.reconnectMinMs, options.reconnectMaxMs, options.jitterSeed),
-      nextAttempt_(Clock::now())
+      nextAttempt_(Clock::now()), problem_("not tried yet")
 {
 }
 
@@ -58,35 +60,53 @@ void TcpLink::close()
     decoder_.clear();
 }
 
-ExchangeResult TcpLink::exchange(const char* request, size_t size, QByteArray& reply)
+ExchangeEnd TcpLink::exchange(const char* request, size_t size, QByteArray& reply,
+                              Exchange& exchange, bool wanted)
 {
-    const Deadline deadline(options_.replyTimeoutMs);
+    tellDropped();
+    exchange.sentBytes = 0;
+    exchange.foreignFrames = 0;
+    exchange.replySize = 0;
+    exchange.exceptionCode = 0;
+    exchange.replyTimeoutMs = static_cast<quint32>(options_.replyTimeoutMs);
+    exchange.requestSize = static_cast<quint32>(size);
+    if (wanted) {
+        std::memcpy(exchange.request, request, exchange.requestKept());
+    }
+    exchange.sentAt = Clock::now();
+    exchange.end = ExchangeEnd::notSent;
     if (socket_ < 0) {
-        const Connecting connecting = connectWithin(deadline);
-        if (connecting != Connecting::connected) {
-            return connecting == Connecting::stopped ? ExchangeResult::stopped
-                                                     : ExchangeResult::notConnected;
+        const Deadline deadline(exchange.sentAt, options_.replyTimeoutMs);
+        if (connectWithin(deadline.end()) == Connecting::stopped) {
+            exchange.end = ExchangeEnd::stopped;
         }
+        exchange.sentAt = Clock::now();
     }
-    const Clock::time_point sent = Clock::now();
-    if (!send(request, size, Deadline(sent, options_.replyTimeoutMs))) {
-        return stopping_ ? ExchangeResult::stopped : ExchangeResult::notConnected;
+    if (socket_ >= 0) {
+        const std::optional<ExchangeEnd> unsent = send(request, exchange);
+        const auto* bytes = reinterpret_cast<const unsigned char*>(request);
+        exchange.end =
+            unsent ? *unsent : awaitReply(wire::viewFrame(bytes, size), reply, exchange, wanted);
     }
-    const auto* bytes = reinterpret_cast<const unsigned char*>(request);
-    return awaitReply(wire::viewFrame(bytes, size), sent, reply);
+    exchange.receivedBytes = received_;
+    received_ = 0;
+    exchange.endedAt = Clock::now();
+    if (wanted) {
+        exchange.endedWall = WallClock::now();
+    }
+    return exchange.end;
 }
 
-ExchangeResult TcpLink::awaitReply(const FrameView& request, Clock::time_point sent,
-                                   QByteArray& reply)
+ExchangeEnd TcpLink::awaitReply(const FrameView& request, QByteArray& reply, Exchange& exchange,
+                                bool wanted)
 {
-    const Deadline deadline(sent, options_.replyTimeoutMs);
+    const Deadline deadline(exchange.sentAt, options_.replyTimeoutMs);
     for (;;) {
         FrameView frame;
         switch (decoder_.next(frame)) {
         case FrameDecoder::State::broken:
-            statistics_.brokenStreams.add();
-            lose("the stream from the controller makes no sense");
-            return ExchangeResult::notConnected;
+            loseBroken("the stream from the controller makes no sense");
+            return ExchangeEnd::broken;
         case FrameDecoder::State::needMore:
             switch (receive(deadline, false)) {
             case Received::bytes:
@@ -95,87 +115,103 @@ ExchangeResult TcpLink::awaitReply(const FrameView& request, Clock::time_point s
             case Received::nothing:
                 return giveUpWaiting();
             case Received::stopped:
-                return ExchangeResult::stopped;
+                return ExchangeEnd::stopped;
             case Received::lost:
-                return ExchangeResult::notConnected;
+                return ExchangeEnd::lost;
             }
             continue;
         case FrameDecoder::State::frame:
             break;
         }
         const ReplyKind kind = classifyReply(request, frame);
-        if (kind == ReplyKind::foreign) {
-            statistics_.discarded.add();
-            if (deadline.passed()) {
-                return giveUpWaiting(); // a flood of foreign frames must not hold the request
-            }
-            continue;
+        if (kind != ReplyKind::foreign) {
+            return takeFrame(frame, kind == ReplyKind::exception, reply, exchange, wanted);
         }
-        statistics_.roundTrip.add(static_cast<uint64_t>((Clock::now() - sent).count()));
-        if (!proven_) {
-            proven_ = true;
-            pause_.reset();
+        ++exchange.foreignFrames;
+        if (deadline.passed()) {
+            return giveUpWaiting(); // a flood of foreign frames must not hold the request
         }
-        if (kind == ReplyKind::exception) {
-            statistics_.exceptions.add();
-            return ExchangeResult::exception;
-        }
-        reply.resize(static_cast<int>(frame.size));
-        std::memcpy(reply.data(), frame.bytes, frame.size);
-        return ExchangeResult::reply;
     }
 }
 
-ExchangeResult TcpLink::giveUpWaiting()
+ExchangeEnd TcpLink::takeFrame(const FrameView& frame, bool isException, QByteArray& reply,
+                               Exchange& exchange, bool wanted)
 {
-    statistics_.timeouts.add();
-    if (decoder_.hasPartialFrame()) {
-        statistics_.brokenStreams.add();
-        lose("a reply was cut off");
+    if (!proven_) {
+        proven_ = true;
+        pause_.reset();
     }
-    return ExchangeResult::timeout;
+    exchange.replySize = static_cast<quint32>(frame.size);
+    if (wanted) {
+        std::memcpy(exchange.reply, frame.bytes, exchange.replyKept());
+    }
+    if (isException) {
+        exchange.exceptionCode = frame.bytes[wire::kCountOffset];
+        return ExchangeEnd::exception;
+    }
+    reply.resize(static_cast<int>(frame.size));
+    std::memcpy(reply.data(), frame.bytes, frame.size);
+    return ExchangeEnd::reply;
 }
 
-TcpLink::Connecting TcpLink::connectWithin(const Deadline& deadline)
+ExchangeEnd TcpLink::giveUpWaiting()
 {
-    if (sleepUntil(std::min(nextAttempt_, deadline.end()), false) == Received::stopped) {
+    if (!decoder_.hasPartialFrame()) {
+        return ExchangeEnd::timeout;
+    }
+    loseBroken("a reply was cut off");
+    return ExchangeEnd::cut;
+}
+
+TcpLink::Connecting TcpLink::connectWithin(Clock::time_point end)
+{
+    if (sleepUntil(std::min(nextAttempt_, end), false) == Received::stopped) {
         return Connecting::stopped;
     }
-    if (nextAttempt_ >= deadline.end()) {
-        return Connecting::failed;
+    return nextAttempt_ >= end ? Connecting::failed : connectNow();
+}
+
+bool TcpLink::reconnect()
+{
+    if (socket_ < 0 && sleepUntil(nextAttempt_, false) != Received::stopped) {
+        connectNow();
     }
+    return socket_ >= 0;
+}
+
+TcpLink::Connecting TcpLink::connectNow()
+{
     const wire::ConnectOutcome outcome = wire::connectTo(
         options_.host.toStdString(), options_.port, options_.connectTimeoutMs, stop_.descriptor());
     if (outcome.woken) {
         return Connecting::stopped;
     }
     if (outcome.descriptor < 0) {
-        statistics_.connectFailures.add();
         nextAttempt_ = Clock::now() + std::chrono::milliseconds(pause_.next());
-        if (!failureTold_) {
-            failureTold_ = true;
-            observer_(false, QString::fromLocal8Bit(outcome.problem.c_str()));
-        }
+        problem_ = QString::fromLocal8Bit(outcome.problem.c_str());
+        observer_(entryNow(FeedKind::connectFailed, problem_));
         return Connecting::failed;
     }
     socket_ = outcome.descriptor;
     sleepInSlices(socket_);
     proven_ = false;
-    failureTold_ = false;
     decoder_.clear();
-    statistics_.connects.add();
-    observer_(true, QString());
+    observer_(entryNow(FeedKind::connected));
     return Connecting::connected;
 }
 
-bool TcpLink::send(const char* bytes, size_t size, const Deadline& deadline)
+std::optional<ExchangeEnd> TcpLink::send(const char* bytes, Exchange& exchange)
 {
-    size_t done = 0;
-    while (done < size) {
-        const ssize_t sent =
-            ::send(socket_, bytes + done, size - done, MSG_NOSIGNAL | MSG_DONTWAIT);
+    const Deadline deadline(exchange.sentAt, options_.replyTimeoutMs);
+    const size_t size = exchange.requestSize;
+    const auto unsent = [&] {
+        return exchange.sentBytes > 0 ? ExchangeEnd::lost : ExchangeEnd::notSent;
+    };
+    while (exchange.sentBytes < size) {
+        const ssize_t sent = ::send(socket_, bytes + exchange.sentBytes, size - exchange.sentBytes,
+                                    MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent > 0) {
-            done += static_cast<size_t>(sent);
+            exchange.sentBytes = static_cast<quint32>(exchange.sentBytes + sent);
             continue;
         }
         if (sent < 0 && errno == EINTR) {
@@ -183,17 +219,16 @@ bool TcpLink::send(const char* bytes, size_t size, const Deadline& deadline)
         }
         if (sent < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
             lose(systemError(errno));
-            return false;
+            return unsent();
         }
         pollfd waits[2] = {{socket_, POLLOUT, 0}, {stop_.descriptor(), POLLIN, 0}};
         if (deadline.passed() || ::poll(waits, 2, deadline.remainingMs()) == 0 || stopping_) {
             // Part of a request cannot be taken back.
             lose("the controller takes no more data");
-            return false;
+            return stopping_ ? ExchangeEnd::stopped : unsent();
         }
     }
-    statistics_.bytesSent.add(size);
-    return true;
+    return std::nullopt;
 }
 
 TcpLink::Received TcpLink::receive(const Deadline& deadline, bool wakeable)
@@ -235,7 +270,7 @@ TcpLink::Received TcpLink::takeBytes(int flags)
     const ssize_t got = ::recv(socket_, space, room, flags);
     if (got > 0) {
         decoder_.added(static_cast<size_t>(got));
-        statistics_.bytesReceived.add(static_cast<uint64_t>(got));
+        received_ += static_cast<quint32>(got);
         return Received::bytes;
     }
     if (got < 0 && (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)) {
@@ -252,15 +287,20 @@ void TcpLink::idle(int ms)
         sleepUntil(deadline.end(), true);
         return;
     }
+    dropUntil(deadline);
+    tellDropped();
+}
+
+void TcpLink::dropUntil(const Deadline& deadline)
+{
     do {
         FrameView frame;
         FrameDecoder::State state = decoder_.next(frame);
         for (; state == FrameDecoder::State::frame; state = decoder_.next(frame)) {
-            statistics_.discarded.add();
+            ++dropped_;
         }
         if (state == FrameDecoder::State::broken) {
-            statistics_.brokenStreams.add();
-            lose("the stream from the controller makes no sense");
+            loseBroken("the stream from the controller makes no sense");
             return;
         }
     } while (receive(deadline, true) == Received::bytes && !deadline.passed());
@@ -286,13 +326,38 @@ TcpLink::Received TcpLink::sleepUntil(Clock::time_point end, bool wakeable)
     }
 }
 
+// What came while nothing was in flight.
+void TcpLink::tellDropped()
+{
+    if (received_ == 0 && dropped_ == 0) {
+        return;
+    }
+    FeedEntry entry = entryNow(FeedKind::framesDropped);
+    entry.frames = dropped_;
+    entry.bytes = received_;
+    dropped_ = 0;
+    received_ = 0;
+    observer_(entry);
+}
+
 void TcpLink::lose(const QString& why)
 {
+    lose(entryNow(FeedKind::connectionLost, why));
+}
+
+void TcpLink::loseBroken(const QString& why)
+{
+    FeedEntry entry = entryNow(FeedKind::connectionLost, why);
+    entry.brokenStream = true;
+    lose(entry);
+}
+
+void TcpLink::lose(const FeedEntry& entry)
+{
     close();
-    statistics_.lostConnections.add();
     nextAttempt_ = Clock::now() + std::chrono::milliseconds(pause_.next());
-    failureTold_ = true;
-    observer_(false, why);
+    problem_ = entry.text;
+    observer_(entry);
 }
 
 } // namespace tavmir::host

@@ -1,10 +1,10 @@
 // The connection to the controller: sends a request, waits for the reply that belongs to it,
 // and connects again by itself with growing pauses.
 //
-//   disconnected ──exchange, pause over──▶ connecting ──▶ connected
-//        ▲                                     │              │
-//        └────────── failed ───────────────────┘              │
-//        └────────── peer closed, stream broken, send failed ─┘
+//   disconnected ──exchange, reconnect; pause over──▶ connecting ──▶ connected
+//        ▲                                                │              │
+//        └──────────── failed ────────────────────────────┘              │
+//        └──────────── peer closed, stream broken, send failed ──────────┘
 //
 // A stream counts as broken when its bytes are no frame, and when a time-out leaves part of a
 // frame behind: a repeated request carries the same transaction id, so the rest of a cut reply
@@ -14,7 +14,7 @@
 #ifndef TAVMIR_LINK_TCP_LINK_H
 #define TAVMIR_LINK_TCP_LINK_H
 
-#include "feed/link_statistics.h"
+#include "feed/feed_entry.h"
 #include "reconnect_pause.h"
 #include "wake_event.h"
 #include "wire/deadline.h"
@@ -25,6 +25,7 @@
 
 #include <atomic>
 #include <functional>
+#include <optional>
 
 namespace tavmir::host
 {
@@ -44,31 +45,29 @@ struct LinkOptions {
     unsigned jitterSeed = 1;
 };
 
-enum class ExchangeResult {
-    reply,        // `reply` holds the frame
-    timeout,      // nothing that answers the request came in time
-    exception,    // the controller refused it
-    notConnected, // there is no connection, or it was lost before the reply came
-    stopped       // stop() ended the wait
-};
-
 class TcpLink
 {
 public:
-    // Told when the connection comes and goes; on the link's thread, must not block.
-    //   connected  the new state, or false again for the first failed attempt
-    //   why        when not connected
-    using Observer = std::function<void(bool connected, const QString& why)>;
+    // Told of each connected, connectFailed, connectionLost and framesDropped; on the link's
+    // thread, must not block.
+    using Observer = std::function<void(const FeedEntry& entry)>;
 
-    TcpLink(const LinkOptions& options, LinkStatistics& statistics, Observer observer);
+    TcpLink(const LinkOptions& options, Observer observer);
     ~TcpLink();
     TcpLink(const TcpLink&) = delete;
     TcpLink& operator=(const TcpLink&) = delete;
 
     // Sends `size` bytes and waits for the reply, at most the reply time-out; without a
     // connection it waits for the next attempt within that time, and an attempt may take the
-    // connect time-out on top. `reply` is changed only when the result is `reply`.
-    ExchangeResult exchange(const char* request, size_t size, QByteArray& reply);
+    // connect time-out on top. `reply` is changed only when the end is `reply`.
+    //   exchange  filled in but for generation, attempt, expectedReply and kind
+    //   wanted    false: its bytes are not
+    ExchangeEnd exchange(const char* request, size_t size, QByteArray& reply, Exchange& exchange,
+                         bool wanted);
+
+    // Waits until the next attempt to connect is due, and makes it. True when connected; false
+    // also when stopped.
+    bool reconnect();
 
     // Waits without a request, at most `ms`; drops what comes, and notices when the peer closes.
     void idle(int ms);
@@ -83,28 +82,37 @@ public:
     }
 
     bool connected() const { return socket_ >= 0; }
+    // Why there is no connection: the last failed attempt or the loss, in words.
+    const QString& problem() const { return problem_; }
     void close();
 
 private:
     enum class Received { bytes, nothing, stopped, woken, lost };
-
     enum class Connecting { connected, failed, stopped };
 
-    Connecting connectWithin(const Deadline& deadline);
-    bool send(const char* bytes, size_t size, const Deadline& deadline);
+    Connecting connectWithin(Clock::time_point end);
+    Connecting connectNow();
+    // The end of the exchange when the request could not be sent whole.
+    std::optional<ExchangeEnd> send(const char* bytes, Exchange& exchange);
     // `wakeable`: wake() ends the wait too.
     Received receive(const Deadline& deadline, bool wakeable);
     Received awaitBytes(const Deadline& deadline, bool wakeable);
     // flags  of recv(); without MSG_DONTWAIT it sleeps for a slice
     Received takeBytes(int flags);
-    ExchangeResult awaitReply(const FrameView& request, Clock::time_point sent, QByteArray& reply);
-    ExchangeResult giveUpWaiting();
+    ExchangeEnd awaitReply(const FrameView& request, QByteArray& reply, Exchange& exchange,
+                           bool wanted);
+    ExchangeEnd takeFrame(const FrameView& frame, bool isException, QByteArray& reply,
+                          Exchange& exchange, bool wanted);
+    ExchangeEnd giveUpWaiting();
     // What ended the sleep: stop(), wake() when `wakeable`, or the time.
     Received sleepUntil(Clock::time_point end, bool wakeable);
+    void dropUntil(const Deadline& deadline);
+    void tellDropped();
     void lose(const QString& why);
+    void loseBroken(const QString& why); // for what came was no frame, or half of one
+    void lose(const FeedEntry& entry);
 
     LinkOptions options_;
-    LinkStatistics& statistics_;
     Observer observer_;
     ReconnectPause pause_;
     Clock::time_point nextAttempt_;
@@ -112,9 +120,11 @@ private:
     WakeEvent stop_;
     WakeEvent work_;
     FrameDecoder decoder_;
+    QString problem_;
+    quint32 received_ = 0; // bytes since they were last reported
+    quint32 dropped_ = 0;  // frames, the same
     int socket_ = -1;
     bool proven_ = false; // the connection has carried a reply
-    bool failureTold_ = false;
 };
 
 } // namespace tavmir::host

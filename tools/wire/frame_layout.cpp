@@ -1,4 +1,4 @@
-// The function table and numbers out of bytes.
+// The function table and the meanings of exception codes.
 #include "frame_layout.h"
 
 namespace tavmir
@@ -68,34 +68,6 @@ const char* exceptionWords(std::uint8_t code)
         }
     }
     return nullptr;
-}
-
-std::uint16_t bigEndian16(const unsigned char* bytes)
-{
-    return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
-}
-
-std::uint32_t bigEndian32(const unsigned char* bytes)
-{
-    return bigEndianNumber(bytes, 4);
-}
-
-std::uint32_t bigEndianNumber(const unsigned char* bytes, std::size_t count)
-{
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        number = number << 8 | bytes[i];
-    }
-    return number;
-}
-
-std::uint32_t littleEndianNumber(const unsigned char* bytes, std::size_t count)
-{
-    std::uint32_t number = 0;
-    for (std::size_t i = count; i > 0; --i) {
-        number = number << 8 | bytes[i - 1];
-    }
-    return number;
 }
 
 } // namespace wire

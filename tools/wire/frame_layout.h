@@ -61,11 +61,31 @@ const char* elementsName(ElementClass elements);
 const char* exceptionWords(std::uint8_t code);
 
 // Each expects the bytes to be there.
-std::uint16_t bigEndian16(const unsigned char* bytes);
-std::uint32_t bigEndian32(const unsigned char* bytes);
+inline std::uint16_t bigEndian16(const unsigned char* bytes)
+{
+    return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
+}
+
+inline std::uint32_t bigEndian32(const unsigned char* bytes)
+{
+    return static_cast<std::uint32_t>(bigEndian16(bytes)) << 16 | bigEndian16(bytes + 2);
+}
+
 // 1, 2 or 4 bytes.
-std::uint32_t bigEndianNumber(const unsigned char* bytes, std::size_t count);
-std::uint32_t littleEndianNumber(const unsigned char* bytes, std::size_t count);
+inline std::uint32_t bigEndianNumber(const unsigned char* bytes, std::size_t count)
+{
+    return count == 1 ? bytes[0] : count == 2 ? bigEndian16(bytes) : bigEndian32(bytes);
+}
+
+// 1 to 4 bytes.
+inline std::uint32_t littleEndianNumber(const unsigned char* bytes, std::size_t count)
+{
+    std::uint32_t number = 0;
+    for (std::size_t i = count; i > 0; --i) {
+        number = number << 8 | bytes[i - 1];
+    }
+    return number;
+}
 
 } // namespace wire
 } // namespace tavmir
