@@ -1,5 +1,7 @@
-// Each operation ends exactly once.
+// Pending operations: the line before them, their keys, their ends.
 #include "session/operation_tracker.h"
+
+#include "support/wait_until.h"
 
 #include <gtest/gtest.h>
 
@@ -12,125 +14,191 @@ namespace
 {
 
 constexpr int kPatientMs = 60000;
-const int kWriteKey = OperationTracker::hostKey(OperationKind::write);
-const int kReadKey = OperationTracker::hostKey(OperationKind::read);
+constexpr int kAnyNumber = 1000000;
+
+OperationShape shapeAt(int station, int elements = 1)
+{
+    OperationShape shape;
+    shape.station = station;
+    shape.elements = elements;
+    return shape;
+}
+
+class Tracker : public testing::Test
+{
+protected:
+    OperationId begin(OperationKind kind, int station = 1, int elements = 1,
+                      int deadlineMs = kPatientMs)
+    {
+        const OperationId id =
+            tracker_.admit(kind, shapeAt(station, elements), Deadline(deadlineMs), kAnyNumber);
+        tracker_.given(id);
+        return id;
+    }
+
+    void acknowledge(const OperationId& id, int count)
+    {
+        Exchange good;
+        good.end = ExchangeEnd::reply;
+        good.replySize = good.expectedReply = 9;
+        good.sentBytes = 15;
+        RequestAttempts attempts;
+        attempts.add(good, QString());
+        tracker_.requestEnded(id, count, attempts);
+    }
+
+    Feed feed_;
+    OperationTracker tracker_{feed_};
+};
 
 } // namespace
 
-TEST(Tracker, KeysStayClearOfThoseThatColourResultCodes)
+TEST_F(Tracker, KeysStayClearOfThoseThatColourResultCodes)
 {
-    EXPECT_GE(kWriteKey, 1000);
-    EXPECT_GE(kReadKey, 1000);
-    EXPECT_NE(kWriteKey, kReadKey);
+    const OperationId id = begin(OperationKind::write);
+    EXPECT_GT(driverKeys(id).hostKey, 11);
+    EXPECT_GT(driverKeys(id).varKey, -1);
 }
 
-TEST(Tracker, EndIsToldToWhoWaits)
+TEST_F(Tracker, KeysAreToldApartAndNeverRepeat)
 {
-    OperationTracker tracker;
-    const OperationId good = tracker.begin(OperationKind::write, 1, 1);
-    const OperationId bad = tracker.begin(OperationKind::write, 1, 1);
-    EXPECT_NE(good.key, bad.key);
+    OperationTracker other(feed_);
+    const OperationId first = begin(OperationKind::read);
+    const OperationId second =
+        other.admit(OperationKind::read, shapeAt(1), Deadline(kPatientMs), kAnyNumber);
+    EXPECT_NE(first.key, second.key) << "in one process, whatever the session";
+    for (const quint64 key :
+         {quint64{1}, quint64{0x7FFFFFFF}, quint64{0x80000000}, quint64{0x123456789}}) {
+        for (const OperationKind kind : {OperationKind::write, OperationKind::read}) {
+            const DriverKeys keys = driverKeys({kind, key});
+            EXPECT_EQ((OperationId{kind, key}), operationOf(keys.hostKey, keys.varKey).value());
+        }
+    }
+    EXPECT_FALSE(operationOf(0, -1).has_value()) << "a polled element";
+}
+
+TEST_F(Tracker, EndIsToldToWhoWaits)
+{
+    const OperationId id = begin(OperationKind::write);
     std::thread driver([&] {
-        tracker.finished(kWriteKey, bad.key, false, "why");
-        tracker.finished(kWriteKey, good.key, true, "");
+        acknowledge(id, 1);
+        tracker_.ended(id, "left");
     });
-    EXPECT_TRUE(tracker.await(good, Deadline(kPatientMs)).ok());
-    const OperationOutcome outcome = tracker.await(bad, Deadline(kPatientMs));
-    EXPECT_EQ(OperationState::failed, outcome.state);
-    EXPECT_EQ("why", outcome.reason.toStdString());
+    const std::optional<Outcome> outcome = tracker_.awaitUntilDeadline(id);
     driver.join();
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ("done", outcomeInWords(*outcome).toStdString());
+    EXPECT_FALSE(tracker_.awaitUntilDeadline(id)) << "an outcome is taken once";
 }
 
-TEST(Tracker, SecondEndOfTheSameOperationIsIgnored)
+TEST_F(Tracker, DroppedOperationsWereNotSent)
 {
-    OperationTracker tracker;
-    const OperationId id = tracker.begin(OperationKind::write, 1, 1);
-    tracker.finished(kWriteKey, id.key, true, "");
-    tracker.finished(kWriteKey, id.key, false, "late");
-    tracker.dropAll(OperationKind::write, "late");
-    EXPECT_TRUE(tracker.await(id, Deadline(0)).ok());
-    const OperationCounts counts = tracker.counts(OperationKind::write);
-    EXPECT_EQ(1u, counts.done);
-    EXPECT_EQ(0u, counts.reportedFailed + counts.dropped);
+    const OperationId given = begin(OperationKind::write);
+    const OperationId other = begin(OperationKind::read);
+    const OperationId admitted =
+        tracker_.admit(OperationKind::write, shapeAt(1), Deadline(kPatientMs), kAnyNumber);
+    tracker_.dropGiven(OperationKind::write, "dropped");
+    EXPECT_EQ("not sent: dropped", outcomeInWords(*tracker_.claimOrAbandon(given)).toStdString());
+    EXPECT_TRUE(tracker_.isPending(other)) << "of the other kind";
+    EXPECT_TRUE(tracker_.isPending(admitted)) << "the driver does not have it yet";
 }
 
-TEST(Tracker, ReadsAndWritesAreApart)
+TEST_F(Tracker, AfterTheEndNothingIsPending)
 {
-    OperationTracker tracker;
-    const OperationId write = tracker.begin(OperationKind::write, 1, 1);
-    const OperationId read = tracker.begin(OperationKind::read, 1, 1);
-    EXPECT_EQ(write.key, read.key);
-    tracker.finished(kReadKey, read.key, true, "");
-    tracker.finished(12345, write.key, true, "");
-    tracker.dropAll(OperationKind::read, "x");
-    EXPECT_TRUE(tracker.await(read, Deadline(0)).ok());
-    EXPECT_EQ(OperationState::unknown, tracker.await(write, Deadline(0)).state);
+    const OperationId early = begin(OperationKind::write);
+    tracker_.close("the host stops");
+    EXPECT_EQ("not sent: the host stops",
+              outcomeInWords(*tracker_.claimOrAbandon(early)).toStdString());
+    const OperationId late = begin(OperationKind::read);
+    EXPECT_EQ("not sent: the host stops",
+              outcomeInWords(*tracker_.claimOrAbandon(late)).toStdString());
+    EXPECT_FALSE(tracker_.hasWork());
 }
 
-TEST(Tracker, DroppedOperationsFail)
+TEST_F(Tracker, OtherStationsWaitInLineAndNobodyOvertakes)
 {
-    OperationTracker tracker;
-    const OperationId first = tracker.begin(OperationKind::write, 1, 1);
-    const OperationId second = tracker.begin(OperationKind::write, 1, 1);
-    tracker.finished(kWriteKey, first.key, false, "reported");
-    tracker.dropAll(OperationKind::write, "dropped");
-    EXPECT_EQ("reported", tracker.await(first, Deadline(0)).reason.toStdString());
-    EXPECT_EQ("dropped", tracker.await(second, Deadline(0)).reason.toStdString());
-    EXPECT_EQ(1u, tracker.counts(OperationKind::write).reportedFailed);
-    EXPECT_EQ(1u, tracker.counts(OperationKind::write).dropped);
+    const OperationId first = begin(OperationKind::read, 1);
+    std::atomic<bool> secondAdmitted{false};
+    std::atomic<bool> thirdAdmitted{false};
+    OperationId second;
+    std::thread two([&] {
+        second = tracker_.admit(OperationKind::read, shapeAt(2), Deadline(kPatientMs), kAnyNumber);
+        secondAdmitted = true;
+    });
+    // A place in line shows in what is begun behind it: it waits although its station is free.
+    OperationId third;
+    std::thread three;
+    ASSERT_TRUE(test::waitUntil([&] {
+        const OperationId probe =
+            tracker_.admit(OperationKind::read, shapeAt(1), Deadline(1), kAnyNumber);
+        const bool overtook = tracker_.isPending(probe);
+        tracker_.ended(probe, "probe");
+        return !overtook; // the second stands in line
+    }));
+    three = std::thread([&] {
+        third = tracker_.admit(OperationKind::read, shapeAt(1), Deadline(kPatientMs), kAnyNumber);
+        thirdAdmitted = true;
+    });
+    EXPECT_FALSE(secondAdmitted);
+    EXPECT_FALSE(thirdAdmitted);
+    tracker_.ended(first, "over");
+    ASSERT_TRUE(test::waitUntil([&] { return secondAdmitted.load(); }));
+    EXPECT_FALSE(thirdAdmitted) << "of another station than what is pending";
+    two.join();
+    tracker_.ended(second, "over");
+    three.join();
+    EXPECT_TRUE(tracker_.isPending(third));
 }
 
-TEST(Tracker, AfterTheEndNothingIsPending)
+TEST_F(Tracker, RoomCountsElementsThatHaveNotEnded)
 {
-    OperationTracker tracker;
-    const OperationId before = tracker.begin(OperationKind::read, 1, 1);
-    tracker.close("over");
-    const OperationId after = tracker.begin(OperationKind::write, 1, 1);
-    EXPECT_EQ("over", tracker.await(before, Deadline(kPatientMs)).reason.toStdString());
-    EXPECT_EQ("over", tracker.await(after, Deadline(kPatientMs)).reason.toStdString());
-    EXPECT_TRUE(tracker.awaitIdle(OperationKind::write, -1, Deadline(0)));
+    const OperationId ten = begin(OperationKind::read, 1, 10);
+    const OperationId fits = tracker_.admit(OperationKind::read, shapeAt(1, 5), Deadline(1), 15);
+    EXPECT_TRUE(tracker_.isPending(fits));
+    const OperationId tooMuch = tracker_.admit(OperationKind::read, shapeAt(1, 1), Deadline(1), 15);
+    EXPECT_FALSE(tracker_.isPending(tooMuch));
+    EXPECT_EQ("not sent: earlier ones did not end in time",
+              outcomeInWords(*tracker_.claimOrAbandon(tooMuch)).toStdString());
+    EXPECT_EQ(15, tracker_.pending(OperationKind::read));
+    tracker_.ended(ten, "over");
+    EXPECT_EQ(5, tracker_.pending(OperationKind::read));
 }
 
-TEST(Tracker, AbandonedOperationIsCountedAtItsEnd)
+TEST_F(Tracker, ExpiryIsToldOnceAndOnlyOfWhatWasGiven)
 {
-    OperationTracker tracker;
-    const OperationId id = tracker.begin(OperationKind::write, 3, 1);
-    EXPECT_EQ(OperationState::unknown, tracker.await(id, Deadline(1)).state);
-    EXPECT_FALSE(tracker.awaitRoom(OperationKind::write, 2, Deadline(0)));
-    tracker.finished(kWriteKey, id.key, true, "");
-    EXPECT_EQ(1u, tracker.counts(OperationKind::write).done);
-    EXPECT_TRUE(tracker.awaitRoom(OperationKind::write, 0, Deadline(0)));
-    EXPECT_EQ(OperationState::failed, tracker.await(id, Deadline(0)).state);
+    const OperationId soon = begin(OperationKind::write, 1, 1, 0);
+    const OperationId later = begin(OperationKind::write);
+    tracker_.admit(OperationKind::write, shapeAt(1), Deadline(0), kAnyNumber);
+    EXPECT_EQ(std::vector<OperationId>{soon}, tracker_.takeExpired(Clock::now()));
+    EXPECT_TRUE(tracker_.takeExpired(Clock::now()).empty());
+    EXPECT_TRUE(tracker_.isPending(later));
+    EXPECT_FALSE(tracker_.awaitUntilDeadline(soon)) << "it is still pending";
 }
 
-TEST(Tracker, RoomCountsElementsThatHaveNotEnded)
+TEST_F(Tracker, ValuesOfAReadStandInTheOrderOfItsElements)
 {
-    OperationTracker tracker;
-    const OperationId id = tracker.begin(OperationKind::read, 8, 1);
-    EXPECT_TRUE(tracker.awaitRoom(OperationKind::read, 8, Deadline(0)));
-    EXPECT_FALSE(tracker.awaitRoom(OperationKind::read, 7, Deadline(0)));
-    tracker.finished(kReadKey, id.key, true, "");
-    EXPECT_TRUE(tracker.awaitRoom(OperationKind::read, 0, Deadline(0)));
-    const OperationId cancelled = tracker.begin(OperationKind::read, 8, 1);
-    tracker.cancel(cancelled);
-    tracker.cancel(cancelled);
-    EXPECT_TRUE(tracker.awaitRoom(OperationKind::read, 0, Deadline(0)));
-    EXPECT_EQ(1u, tracker.counts(OperationKind::read).begun);
-    EXPECT_EQ("the driver did not take it",
-              tracker.await(cancelled, Deadline(0)).reason.toStdString());
+    OperationShape shape = shapeAt(1, 3);
+    shape.firstAddress = 1600;
+    const OperationId id =
+        tracker_.admit(OperationKind::read, shape, Deadline(kPatientMs), kAnyNumber);
+    tracker_.given(id);
+    tracker_.valueCame(id, 1632, 0x0605);
+    tracker_.valueCame(id, 1600, 0x0201);
+    tracker_.valueCame(id, 1648, 0x0909); // behind its end
+    tracker_.valueCame(id, 1584, 0x0808); // before its begin
+    acknowledge(id, 3);
+    tracker_.ended(id, "left");
+    EXPECT_EQ(QByteArray::fromHex("010200000506"), tracker_.claimOrAbandon(id)->bytes);
 }
 
-TEST(Tracker, IdleMeansNothingPendingForOtherStations)
+TEST_F(Tracker, OutcomesThatNobodyClaimsDoNotPileUp)
 {
-    OperationTracker tracker;
-    EXPECT_TRUE(tracker.awaitIdle(OperationKind::write, 1, Deadline(0)));
-    const OperationId id = tracker.begin(OperationKind::write, 1, 1);
-    EXPECT_TRUE(tracker.awaitIdle(OperationKind::write, 1, Deadline(0)));
-    EXPECT_FALSE(tracker.awaitIdle(OperationKind::write, 2, Deadline(0)));
-    EXPECT_FALSE(tracker.awaitIdle(OperationKind::write, -1, Deadline(0)));
-    EXPECT_TRUE(tracker.awaitIdle(OperationKind::read, 2, Deadline(0)));
-    tracker.finished(kWriteKey, id.key, true, "");
-    EXPECT_TRUE(tracker.awaitIdle(OperationKind::write, -1, Deadline(0)));
+    const OperationId first = begin(OperationKind::write);
+    tracker_.ended(first, "over");
+    for (size_t i = 0; i < OperationTracker::kMostUnclaimed; ++i) {
+        tracker_.ended(begin(OperationKind::write), "over");
+    }
+    EXPECT_FALSE(tracker_.claimOrAbandon(first)) << "the oldest goes first";
 }
 
 } // namespace tavmir::host

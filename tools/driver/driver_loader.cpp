@@ -93,6 +93,12 @@ void Driver::lookUp(QStringList& problems)
     plain("QueryFinishFlag", api_.queryFinish);
     lookUpOne(library_, kStationDisabledName, "Ethernetcontains(int)", fileName_,
               api_.stationDisabled, problems);
+    api_.context = static_cast<Communication_Protocol*>(dlsym(library_, "PLC_driver"));
+    if (api_.context == nullptr) {
+        problems << QString("driver %1 has no global PLC_driver").arg(fileName_);
+    } else if (api_.context->comInfo != nullptr) {
+        problems << QString("driver %1 is in use in this process already").arg(fileName_);
+    }
     lookUpOne(library_, kLogMessageName, "customMessageHandler(QtMsgType, const char*)", fileName_,
               api_.logMessage, problems);
 }

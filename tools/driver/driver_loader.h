@@ -31,15 +31,19 @@ struct DriverApi {
     decltype(&::QueryFinishFlag) queryFinish = nullptr;
     decltype(&::Ethernetcontains) stationDisabled = nullptr;
     decltype(&::customMessageHandler) logMessage = nullptr;
+    Communication_Protocol* context = nullptr; // PLC_driver
 };
 
-// A loaded driver; unloads it when destroyed. No call may be running then, and no callback or
-// message handler of it installed.
+// A freshly loaded driver; unloads it when destroyed. No call may be running then, and no callback
+// or message handler of it installed.
+//
+// The driver keeps its lists, caches and the host's connection record for as long as it is loaded,
+// so a second user would inherit the first one's queue: there is one Driver of a file at a time.
 class Driver
 {
 public:
     // file  the library; empty: beside this program, then where the loader looks
-    // Returns null and one message for each thing missing when it cannot be used.
+    // Returns null and one message for each thing missing when it cannot be used, or is in use.
     static std::unique_ptr<Driver> load(const QString& file, QStringList& problems);
 
     ~Driver();

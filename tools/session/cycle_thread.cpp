@@ -1,6 +1,13 @@
 // The cycle's loop.
 #include "cycle_thread.h"
 
+#include "driver/request_lists.h"
+#include "wire/frame_layout.h"
+
+#include <algorithm>
+#include <cstring>
+#include <set>
+
 namespace tavmir::host
 {
 
@@ -13,48 +20,20 @@ constexpr int kSuppressedMs = 20;
 constexpr int kStatusRepeat = 0;
 constexpr int kStatusGood = 1;
 
-constexpr unsigned char kReadBits = 100;
-constexpr unsigned char kReadDoubleWords = 108;
-constexpr unsigned char kWriteBits = 101;
-constexpr unsigned char kWriteWords = 103;
-constexpr unsigned char kWriteDoubleWords = 109;
+constexpr char kStops[] = "the host stops";
+constexpr char kTimeOver[] = "its time was over before its turn came";
 
-unsigned char functionOf(const Protocol& request)
+QString whyTimeIsOver(const ConnectionState& connection)
 {
-    return static_cast<unsigned char>(request.frame.at(7));
-}
-
-ValueClass classOf(unsigned char function)
-{
-    if (function == kReadBits) {
-        return ValueClass::bits;
-    }
-    return function == kReadDoubleWords ? ValueClass::doubleWords : ValueClass::words;
-}
-
-QString reasonOf(ExchangeResult result)
-{
-    switch (result) {
-    case ExchangeResult::reply:
-        return "the controller's reply has a wrong length";
-    case ExchangeResult::timeout:
-        return "the controller did not answer";
-    case ExchangeResult::exception:
-        return "the controller refused the request";
-    case ExchangeResult::notConnected:
-        return "no connection to the controller";
-    case ExchangeResult::stopped:
-        break;
-    }
-    return "the host stops";
+    return connection.isConnected() ? QString(kTimeOver)
+                                    : "no connection to the controller: " + connection.problem();
 }
 
 } // namespace
 
-CycleThread::CycleThread(const DriverApi& api, CycleShared& shared, const LinkOptions& link,
-                         int pauseMs, TcpLink::Observer observer, int idleMs)
-    : api_(api), shared_(shared), link_(link, shared.statistics, std::move(observer)),
-      pauseMs_(pauseMs), idleMs_(idleMs)
+CycleThread::CycleThread(SessionState& state, const LinkOptions& link, int idleMs)
+    : state_(state), link_(link, [this](const FeedEntry& entry) { linkChanged(entry); }),
+      idleMs_(idleMs)
 {
     reply_.reserve(static_cast<int>(wire::kMaxFrameBytes));
     DriverEvents::receiveInto(&events_);
@@ -68,17 +47,37 @@ CycleThread::~CycleThread()
 
 void CycleThread::start()
 {
-    thread_ = std::thread([this] { loop(); });
+    if (!thread_.joinable() && !stopping_) {
+        thread_ = std::thread([this] { loop(); });
+    }
 }
 
 void CycleThread::stop()
 {
     stopping_ = true;
     link_.stop();
+    state_.connection.close();
+    const std::lock_guard<std::mutex> lock(stopMutex_);
     if (thread_.joinable()) {
         thread_.join();
     }
-    shared_.operations.close(reasonOf(ExchangeResult::stopped));
+    {
+        const std::lock_guard<std::mutex> gate(state_.gate);
+        if (state_.inFlight.isActive()) {
+            state_.inFlight.end(state_.operations, QByteArray());
+        }
+    }
+    state_.operations.close(kStops);
+}
+
+void CycleThread::linkChanged(const FeedEntry& entry)
+{
+    if (entry.kind == FeedKind::connected) {
+        state_.connection.connected();
+    } else if (entry.kind != FeedKind::framesDropped) {
+        state_.connection.disconnected(entry.text);
+    }
+    state_.feed.publish(entry);
 }
 
 void CycleThread::loop()
@@ -87,127 +86,186 @@ void CycleThread::loop()
         // With nothing to poll, the driver puts one empty call between five turns of writes or
         // one-shot reads and the next: only two in a row mean that there is nothing to send.
         if (!turn() && !stopping_ && !turn() && !stopping_) {
-            link_.idle(idleMs_);
+            const auto left = restUntil_ - Clock::now();
+            const auto ms = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+            link_.idle(static_cast<int>(std::max<decltype(ms)>(0, ms)));
         }
     }
 }
 
 bool CycleThread::turn()
 {
-    Protocol* request = nullptr;
-    {
-        const std::lock_guard<std::mutex> gate(shared_.gate);
-        request = api_.nextRequest();
+    if (!connect()) {
+        return !stopping_;
     }
+    const Protocol* request = nextRequest();
     if (request == nullptr) {
         return false;
     }
     // The record is the driver's, and stays in place until the reply has been taken.
-    const Turn kind = kindOf(*request);
-    const ExchangeResult result = perform(*request);
-    if (result == ExchangeResult::stopped) {
+    if (perform(*request) == ExchangeEnd::stopped) {
+        const std::lock_guard<std::mutex> gate(state_.gate);
+        state_.inFlight.attempted(exchange_, problem_);
         return false;
     }
-    endTurn(*request, kind, result);
-    if (pauseMs_ > 0) {
-        pauseAfterPass();
-    }
+    takeReply();
     return true;
 }
 
-CycleThread::Turn CycleThread::kindOf(const Protocol& request)
+// False: there is no connection, and nothing in flight that must be seen to an end without one.
+bool CycleThread::connect()
 {
-    const unsigned char function = functionOf(request);
-    if (function == kWriteBits || function == kWriteWords || function == kWriteDoubleWords) {
-        return Turn::write;
+    if (link_.connected() || state_.inFlight.isActive()) {
+        return true;
     }
-    const int readKey = OperationTracker::hostKey(OperationKind::read);
-    return request.var.hostKey == readKey ? Turn::read : Turn::poll;
+    {
+        const std::lock_guard<std::mutex> gate(state_.gate);
+        withdrawExpired(state_); // makes room for who waits in line
+    }
+    return link_.reconnect();
 }
 
-ExchangeResult CycleThread::perform(const Protocol& request)
+Protocol* CycleThread::nextRequest()
 {
-    LinkStatistics& statistics = shared_.statistics;
-    (repeat_ ? statistics.retries : statistics.requests).add();
-    if (shared_.stationsSwitched.load(std::memory_order_relaxed) &&
-        api_.stationDisabled(request.var.station)) {
-        statistics.suppressed.add();
-        link_.idle(kSuppressedMs);
-        return stopping_ ? ExchangeResult::stopped : ExchangeResult::notConnected;
+    const std::lock_guard<std::mutex> gate(state_.gate);
+    if (state_.inFlight.isActive()) {
+        return state_.api.nextRequest(); // the same again
     }
-    const ExchangeResult result =
-        link_.exchange(request.frame.constData(), static_cast<size_t>(request.frameLength), reply_);
-    if (result == ExchangeResult::notConnected) {
-        statistics.notConnected.add();
+    withdrawExpired(state_);
+    Protocol* request = chooseRequest();
+    if (request != nullptr) {
+        state_.inFlight.begin(*state_.api.context, *request, state_.generation);
     }
-    return result;
+    return request;
 }
 
-void CycleThread::endTurn(const Protocol& request, Turn kind, ExchangeResult result)
+Protocol* CycleThread::chooseRequest()
 {
-    const bool received = result == ExchangeResult::reply;
+    const Clock::time_point now = Clock::now();
+    restUntil_ = now + std::chrono::milliseconds(idleMs_);
+    if (state_.passes.isDue(now)) {
+        return state_.api.nextRequest();
+    }
+    if (state_.operations.hasWork()) {
+        // After five turns of one kind the driver would poll in between, before it is due.
+        forgetTurnsInARow(*state_.api.context);
+        return state_.api.nextRequest();
+    }
+    if (state_.passes.isPolling()) {
+        restUntil_ = std::min(restUntil_, state_.passes.begin());
+    }
+    return nullptr;
+}
+
+ExchangeEnd CycleThread::perform(const Protocol& request)
+{
+    const RequestInFlight& inFlight = state_.inFlight; // only this thread changes it
+    exchange_.generation = inFlight.generation();
+    exchange_.attempt = inFlight.attempt();
+    exchange_.kind = inFlight.kind();
+    exchange_.expectedReply = static_cast<quint32>(request.replyLength);
+    elements_ = static_cast<quint8>(request.frame.at(static_cast<int>(wire::kCountOffset)));
+    const bool wanted = state_.feed.isRead();
+    if (state_.stationsSwitched.load(std::memory_order_relaxed) &&
+        state_.api.stationDisabled(request.var.station)) {
+        suppress(request, wanted);
+    } else {
+        link_.exchange(request.frame.constData(), static_cast<size_t>(request.frameLength), reply_,
+                       exchange_, wanted);
+    }
+    problem_ = exchange_.isGood() ? QString() : endInWords(exchange_, link_.problem());
+    // Before the driver reports anything: whoever awaits an operation finds its exchange told.
+    state_.feed.publish(exchange_);
+    return exchange_.end;
+}
+
+void CycleThread::suppress(const Protocol& request, bool wanted)
+{
+    exchange_.sentAt = Clock::now();
+    exchange_.end = ExchangeEnd::suppressed;
+    exchange_.sentBytes = 0;
+    exchange_.receivedBytes = 0;
+    exchange_.foreignFrames = 0;
+    exchange_.replySize = 0;
+    exchange_.exceptionCode = 0;
+    exchange_.requestSize = static_cast<quint32>(request.frameLength);
+    if (wanted) {
+        std::memcpy(exchange_.request, request.frame.constData(), exchange_.requestKept());
+    }
+    link_.idle(kSuppressedMs);
+    exchange_.endedAt = Clock::now();
+    exchange_.endedWall = WallClock::now();
+    if (stopping_) {
+        exchange_.end = ExchangeEnd::stopped;
+    }
+}
+
+void CycleThread::takeReply()
+{
+    const bool received = exchange_.end == ExchangeEnd::reply;
     if (!received) {
         reply_.resize(0); // the driver logs what it is handed
     }
-    // Shares the frame: the driver destroys its record when the request is over.
-    const QByteArray frame = request.frame;
-    const std::lock_guard<std::mutex> gate(shared_.gate);
+    const std::lock_guard<std::mutex> gate(state_.gate);
+    RequestInFlight& inFlight = state_.inFlight;
+    inFlight.attempted(exchange_, problem_);
     events_.clear();
-    const int status = api_.takeReply(&reply_, received ? reply_.size() : 0)->status;
-    countResult(status, received);
-    if (status == kStatusGood && kind == Turn::poll) {
-        const auto* bytes = reinterpret_cast<const unsigned char*>(frame.constData());
-        const size_t count = bytes[8];
-        shared_.statistics.polledElements.add(count);
-        shared_.ages.readNow(classOf(bytes[7]), bytes + wire::kHeaderBytes, count, Clock::now());
-    }
-    reportOperations(kind, reasonOf(result));
-}
-
-void CycleThread::countResult(int status, bool received)
-{
-    LinkStatistics& statistics = shared_.statistics;
-    repeat_ = status == kStatusRepeat;
-    if (status == kStatusGood) {
-        statistics.replies.add();
+    const int status = state_.api.takeReply(&reply_, received ? reply_.size() : 0)->status;
+    if (status == kStatusRepeat) {
         return;
     }
-    if (received) {
-        statistics.refusedReplies.add();
+    if (inFlight.kind() == RequestKind::poll && inFlight.generation() == state_.generation) {
+        state_.passes.asked(elements_, exchange_.endedAt);
     }
-    if (status != kStatusRepeat) {
-        statistics.giveUps.add();
+    const bool good = status == kStatusGood;
+    inFlight.end(state_.operations, good ? reply_ : QByteArray());
+    if (!good) {
+        state_.feed.publish(entryNow(FeedKind::gaveUp, problem_));
     }
+    reportEnded(!good);
 }
 
-void CycleThread::reportOperations(Turn kind, const QString& reason)
+void CycleThread::reportEnded(bool gaveUp)
 {
+    OperationTracker& operations = state_.operations;
     for (const FinishedVariable& variable : events_.finished) {
-        shared_.operations.finished(variable.hostKey, variable.varKey, variable.ok,
-                                    variable.ok ? QString() : reason);
+        if (const auto id = operationOf(variable.hostKey, variable.varKey)) {
+            operations.ended(*id, kTimeOver); // what is left of it was taken out of the list
+        }
     }
-    if (!events_.gaveUp || kind == Turn::poll) {
-        return;
+    const RequestKind kind = state_.inFlight.kind();
+    if (gaveUp && kind != RequestKind::poll) {
+        // With the batch the driver dropped everything queued behind it. The gate is held, so
+        // nothing that was given to it is in its list now.
+        operations.dropGiven(kind == RequestKind::write ? OperationKind::write
+                                                        : OperationKind::read,
+                             "dropped behind one that was given up: " + problem_);
     }
-    // With the batch the driver dropped everything queued behind it. The gate is held, so
-    // nothing that is pending now was queued after that.
-    shared_.operations.dropAll(kind == Turn::write ? OperationKind::write : OperationKind::read,
-                               reason);
 }
 
-void CycleThread::pauseAfterPass()
+void CycleThread::withdrawExpired(SessionState& state)
 {
-    const uint64_t polled = shared_.statistics.polledElements.value();
-    size_t pass = 0;
-    {
-        const std::lock_guard<std::mutex> gate(shared_.gate);
-        pass = shared_.ages.size();
-    }
-    if (pass == 0 || polled - passStart_ < pass) {
+    const std::vector<OperationId> expired = state.operations.takeExpired(Clock::now());
+    if (expired.empty()) {
         return;
     }
-    passStart_ = polled;
-    link_.idle(pauseMs_);
+    std::set<quint64> keys;
+    for (const OperationId& id : expired) {
+        keys.insert(id.key);
+    }
+    const auto goes = [&](int hostKey, int varKey) {
+        const std::optional<OperationId> id = operationOf(hostKey, varKey);
+        return id && keys.count(id->key) != 0;
+    };
+    Communication_Protocol& driver = *state.api.context;
+    withdraw(driver, RequestList::writes, goes, state.inFlight.entriesOf(OperationKind::write));
+    withdraw(driver, RequestList::onceReads, goes, state.inFlight.entriesOf(OperationKind::read));
+    const QString why = whyTimeIsOver(state.connection);
+    for (const OperationId& id : expired) {
+        if (!state.inFlight.carries(id)) {
+            state.operations.ended(id, why);
+        }
+    }
 }
 
 } // namespace tavmir::host

@@ -14,7 +14,6 @@ namespace
 
 constexpr int kWritesToController = 2;
 constexpr int kWritesToCaches = 0;
-constexpr int kOnceReadRoom = 1024; // what is beyond, the driver drops in silence
 
 LinkOptions linkOptions(const project::Connection& connection, const SessionOptions& options)
 {
@@ -31,22 +30,16 @@ LinkOptions linkOptions(const project::Connection& connection, const SessionOpti
 
 } // namespace
 
-HostSession::HostSession(const DriverApi& api, const project::Project& project,
-                         const SessionOptions& options, TcpLink::Observer observer)
-    : api_(api), project_(project), polled_(polledElements(project)),
-      cycle_(std::make_unique<CycleThread>(api, shared_, linkOptions(project.connection, options),
-                                           options.pauseMs, std::move(observer), options.idleMs))
+HostSession::HostSession(std::unique_ptr<Driver> driver, const project::Project& project,
+                         const SessionOptions& options)
+    : driver_(std::move(driver)), project_(project), state_(driver_->api(), options.pauseMs),
+      index_(std::make_shared<PolledIndex>(project)),
+      cycle_(std::make_unique<CycleThread>(state_, linkOptions(project.connection, options),
+                                           options.idleMs)),
+      queue_(state_, project, [this] { cycle_->wake(); }), bits_(queue_)
 {
-    for (const project::Polled& entry : project.polled) {
-        if (entry.station) {
-            stations_.insert(entry.address, *entry.station);
-        }
-    }
-    for (const PolledElement& entry : polled_) {
-        stations_.insert(entry.element.addressText, entry.station);
-    }
-    if (!options.polls) {
-        polled_.clear();
+    if (options.polls) {
+        polled_ = polledElements(project);
     }
 }
 
@@ -67,11 +60,12 @@ QString HostSession::setUp()
     comInfo_.retryLimit = connection.retryLimit;
     comInfo_.stationMode = connection.ownStations ? 1 : 0;
     comInfo_.writeMode = connection.writesToController ? kWritesToController : kWritesToCaches;
-    api_.setComInfo(&comInfo_);
-    api_.registerCallbacks(DriverEvents::onVariableDone, DriverEvents::onCommunicationFailed);
-    api_.setLocalAreas(localBits_, localWords_, indexWords_);
+    const DriverApi& api = driver_->api();
+    api.setComInfo(&comInfo_);
+    api.registerCallbacks(DriverEvents::onVariableDone, DriverEvents::onCommunicationFailed);
+    api.setLocalAreas(localBits_, localWords_, indexWords_);
     QList<Label_Type_Info> labels = labelTree(project_);
-    api_.passLabels(&labels);
+    api.passLabels(&labels);
     return poll(polled_);
 }
 
@@ -81,181 +75,114 @@ QString HostSession::poll(const std::vector<PolledElement>& polled)
     if (!refusal.isEmpty()) {
         return refusal;
     }
-    AgeTable ages(wireOrder(polled));
-    const size_t expected = ages.size();
+    const size_t expected = wireOrder(polled).size();
     QList<HOSTVAR> records = hostRecords(polled);
-    const std::lock_guard<std::mutex> gate(shared_.gate);
-    if (!records.isEmpty()) {
-        const int filed = api_.rebuildPolled(&records);
-        if (static_cast<size_t>(filed) != expected) {
-            return QString("the driver polls %1 of %2 elements").arg(filed).arg(expected);
+    {
+        const std::lock_guard<std::mutex> gate(state_.gate);
+        // An empty list leaves the one that is polled in place: it is only not asked for any more.
+        if (state_.generation > 0 || expected > 0) {
+            const int filed = driver_->api().rebuildPolled(&records);
+            if (static_cast<size_t>(filed) != expected) {
+                return QString("the driver polls %1 of %2 elements").arg(filed).arg(expected);
+            }
         }
-    }
-    shared_.ages = std::move(ages);
-    if (&polled != &polled_) {
-        polled_ = polled;
+        ++state_.generation;
+        state_.passes.restart(expected, Clock::now());
+        FeedEntry entry = entryNow(FeedKind::planChanged);
+        entry.plan =
+            std::make_shared<PolledGeneration>(PolledGeneration{state_.generation, polled});
+        state_.feed.publish(entry);
+        const std::lock_guard<std::mutex> planned(plannedMutex_);
+        const auto index = std::make_shared<PolledIndex>(*index_);
+        index->add(polled);
+        index_ = index;
+        if (&polled != &polled_) {
+            polled_ = polled;
+        }
     }
     cycle_->wake();
     return QString();
+}
+
+std::vector<PolledElement> HostSession::polled() const
+{
+    const std::lock_guard<std::mutex> lock(plannedMutex_);
+    return polled_;
+}
+
+size_t HostSession::polledElementsOnWire() const
+{
+    return wireOrder(polled()).size();
+}
+
+std::shared_ptr<const PolledIndex> HostSession::index() const
+{
+    const std::lock_guard<std::mutex> lock(plannedMutex_);
+    return index_;
+}
+
+int HostSession::stationOf(const Element& element) const
+{
+    return index()->stationOf(element);
+}
+
+project::Format HostSession::formatOf(const Element& element) const
+{
+    return index()->formatOf(element);
 }
 
 QByteArray HostSession::cachedValue(const Element& element)
 {
     QByteArray bytes;
-    const std::lock_guard<std::mutex> gate(shared_.gate);
-    api_.readCached(element.addressText, 0, 0, 0, &bytes, project::driverCount(element));
+    const std::lock_guard<std::mutex> gate(state_.gate);
+    driver_->api().readCached(element.addressText, 0, 0, 0, &bytes, project::driverCount(element));
     return bytes;
 }
 
-std::optional<Clock::time_point> HostSession::lastPolled(const Element& element)
+OperationId HostSession::queueRead(const Element& element, const Deadline& deadline)
 {
-    const std::lock_guard<std::mutex> gate(shared_.gate);
-    return shared_.ages.lastRead(element);
+    return queue_.read(element, stationOf(element), deadline);
 }
 
-size_t HostSession::polledElementsOnWire()
-{
-    const std::lock_guard<std::mutex> gate(shared_.gate);
-    return shared_.ages.size();
-}
-
-int HostSession::stationOf(const Element& element) const
-{
-    const int fallback = project_.connection.station;
-    return project_.connection.ownStations ? stations_.value(element.addressText, fallback)
-                                           : fallback;
-}
-
-std::optional<OperationId> HostSession::readOnce(const Element& element, const Deadline& deadline)
-{
-    if (!refusalOfExchange(project_, element).isEmpty()) {
-        return std::nullopt;
-    }
-    OperationTracker& operations = shared_.operations;
-    const int elements = project::wireElementCount(element);
-    const int station = stationOf(element);
-    if (!operations.awaitIdle(OperationKind::read, station, deadline)) {
-        return std::nullopt;
-    }
-    OperationId id;
-    for (;;) {
-        if (!operations.awaitRoom(OperationKind::read, kOnceReadRoom - elements, deadline)) {
-            return std::nullopt;
-        }
-        const std::lock_guard<std::mutex> gate(shared_.gate);
-        if (!operations.awaitRoom(OperationKind::read, kOnceReadRoom - elements, Deadline(0))) {
-            continue; // another thread was faster
-        }
-        id = operations.begin(OperationKind::read, elements, station);
-        RW_VAR variable;
-        variable.hostKey = OperationTracker::hostKey(OperationKind::read);
-        variable.varKey = id.key;
-        variable.addressText = element.addressText;
-        variable.station = station;
-        variable.count = project::driverCount(element);
-        if (api_.addOnceRead(&variable) == 0) {
-            operations.cancel(id);
-        }
-        break;
-    }
-    cycle_->wake();
-    return id;
-}
-
-OperationOutcome HostSession::write(const Element& element, const QByteArray& bytes,
+OperationId HostSession::queueWrite(const Element& element, const QByteArray& bytes,
                                     const Deadline& deadline)
 {
-    const QString refusal = refusalOfExchange(project_, element);
-    if (!refusal.isEmpty()) {
-        return {OperationState::failed, refusal};
-    }
+    OperationShape shape;
+    shape.station = stationOf(element);
     if (element.bitNumber) {
-        return writeBit(element, bytes, deadline);
+        return state_.operations.refuse(OperationKind::write, shape,
+                                        "one bit of a word is not queued");
     }
-    const std::optional<OperationId> id = queueWrite(element, bytes, deadline);
-    return id ? await(*id, deadline)
-              : OperationOutcome{OperationState::failed, "earlier writes did not end in time"};
+    const auto order = bits_.lockOrder(deadline);
+    if (!order.owns_lock()) {
+        return state_.operations.refuse(OperationKind::write, shape,
+                                        "earlier writes did not end in time");
+    }
+    return queue_.write(element, shape.station, bytes, deadline);
 }
 
-std::optional<OperationId> HostSession::queueWrite(const Element& element, const QByteArray& bytes,
-                                                   const Deadline& deadline)
+OperationId HostSession::queueRecord(const RW_VAR& record, const Deadline& deadline)
 {
-    if (!refusalOfExchange(project_, element).isEmpty() || element.bitNumber) {
-        return std::nullopt;
-    }
-    const std::lock_guard<std::mutex> order(writeOrder_);
-    return giveWrite(element, bytes, deadline);
+    const auto order = bits_.lockOrder(deadline);
+    return queue_.writeRecord(record, deadline);
 }
 
-QString HostSession::queueRecord(RW_VAR record, std::optional<OperationId>& id)
+Outcome HostSession::read(const Element& element, const Deadline& deadline)
 {
-    record.hostKey = OperationTracker::hostKey(OperationKind::write);
-    const QString refusal = refusalOfWriteRecord(&record);
-    if (!refusal.isEmpty()) {
-        return refusal;
-    }
-    const std::lock_guard<std::mutex> order(writeOrder_);
-    const std::lock_guard<std::mutex> gate(shared_.gate);
-    id = shared_.operations.begin(OperationKind::write, 1, record.station);
-    record.varKey = id->key;
-    api_.addWrite(&record);
-    cycle_->wake();
-    return QString();
+    return await(queueRead(element, deadline));
 }
 
-OperationOutcome HostSession::writeBit(const Element& element, const QByteArray& bytes,
-                                       const Deadline& deadline)
+Outcome HostSession::write(const Element& element, const QByteArray& bytes,
+                           const Deadline& deadline)
 {
-    const std::lock_guard<std::mutex> order(writeOrder_);
-    if (!writesToController()) {
-        return await(*giveWrite(element, bytes, deadline), deadline);
-    }
-    // A queued write of the word is not in the cache yet.
-    if (!shared_.operations.awaitIdle(OperationKind::write, -1, deadline)) {
-        return {OperationState::failed, "earlier writes did not end in time"};
-    }
-    const std::optional<OperationId> reading = readOnce(element, deadline);
-    const OperationOutcome word =
-        reading ? await(*reading, deadline)
-                : OperationOutcome{OperationState::failed, "earlier reads did not end in time"};
-    if (!word.ok()) {
-        return {OperationState::failed, "its word could not be read: " + word.reason};
-    }
-    const std::optional<OperationId> writing = giveWrite(element, bytes, deadline);
-    return writing ? await(*writing, deadline)
-                   : OperationOutcome{OperationState::failed, "earlier writes did not end in time"};
-}
-
-std::optional<OperationId> HostSession::giveWrite(const Element& element, QByteArray bytes,
-                                                  const Deadline& deadline)
-{
-    OperationTracker& operations = shared_.operations;
-    const int station = stationOf(element);
-    // A request carries one station: writes to two of them must not share a batch.
-    if (!operations.awaitIdle(OperationKind::write, station, deadline)) {
-        return std::nullopt;
-    }
-    OperationId id;
-    {
-        const std::lock_guard<std::mutex> gate(shared_.gate);
-        id = operations.begin(OperationKind::write, project::wireElementCount(element), station);
-        const int hostKey = OperationTracker::hostKey(OperationKind::write);
-        const int queued = api_.writeValue(element.addressText, 0, QString(), station, &bytes,
-                                           project::driverCount(element), hostKey, id.key);
-        if (!writesToController()) {
-            operations.finished(hostKey, id.key, true, QString()); // it is in the caches
-        } else if (queued == 0) {
-            operations.cancel(id);
-        }
-    }
-    cycle_->wake();
-    return id;
+    return element.bitNumber ? bits_.write(element, stationOf(element), bytes, deadline)
+                             : await(queueWrite(element, bytes, deadline));
 }
 
 void HostSession::enableStation(int station, bool enabled)
 {
-    shared_.stationsSwitched = true;
-    api_.enableStation(station, enabled ? 1 : 0);
+    state_.stationsSwitched = true;
+    driver_->api().enableStation(station, enabled ? 1 : 0);
 }
 
 } // namespace tavmir::host

@@ -1,115 +1,168 @@
-// The writes and one-shot reads that the driver has been given and has not finished: each ends
-// exactly once, as done or failed.
+// The writes and one-shot reads that hosts have asked for: each ends exactly once, with an outcome.
 //
-// The driver reports a variable by its keys when its turn ends. Writes (or one-shot reads)
-// queued behind a batch that is given up are dropped by the driver without a report; whoever
-// sees the give-up calls dropAll for them.
+//   admit ──▶ waits in line ──▶ admitted ──▶ given ──▶ ended ──▶ claimed
+//                 │                 │           │
+//                 └── time over, ───┴───────────┘
+//                     host stops
+//
+// A request carries one station, so an operation is admitted when everything of its kind that is
+// pending is for its station. The line is served in order: who comes later waits longer, and
+// nobody starves. Keys are never used twice in a process, so that a late report of the driver
+// cannot be taken for one of another operation.
+//
+// All calls on any thread. "Gate" below is the session's lock around the driver.
 #ifndef TAVMIR_SESSION_OPERATION_TRACKER_H
 #define TAVMIR_SESSION_OPERATION_TRACKER_H
 
+#include "feed/feed.h"
+#include "operation_progress.h"
 #include "wire/deadline.h"
 
-#include <QtCore/QString>
-
+#include <atomic>
 #include <condition_variable>
-#include <cstdint>
+#include <list>
 #include <map>
 #include <mutex>
+#include <unordered_map>
 
 namespace tavmir::host
 {
 
-using wire::Clock;
-using wire::Deadline;
-
-enum class OperationKind { write, read };
-
 struct OperationId {
     OperationKind kind = OperationKind::write;
-    int key = 0; // from 1 on
+    quint64 key = 0; // from 1 on
+
+    bool operator==(const OperationId& other) const
+    {
+        return kind == other.kind && key == other.key;
+    }
 };
 
-enum class OperationState {
-    done,
-    failed,
-    unknown // no result within the time that was waited
+// The two numbers by which the driver knows an operation.
+struct DriverKeys {
+    int hostKey = 0; // above the 0..11 that colour the driver's result codes
+    int varKey = 0;
 };
+DriverKeys driverKeys(const OperationId& id);
+// None for keys that driverKeys does not make.
+std::optional<OperationId> operationOf(int hostKey, int varKey);
 
-struct OperationOutcome {
-    OperationState state = OperationState::unknown;
-    QString reason; // why not done
-
-    bool ok() const { return state == OperationState::done; }
-};
-
-// Ended operations of one kind.
-struct OperationCounts {
-    uint64_t begun = 0;
-    uint64_t done = 0;
-    uint64_t reportedFailed = 0; // by the driver
-    uint64_t dropped = 0;        // by the driver, without a report
+// What is asked for, on the wire.
+struct OperationShape {
+    int elements = 1;
+    int station = 0;
+    qint32 firstAddress = 0; // in bits
+    int bitsApart = 16;      // from one element to the next
+    int valueBytes = 2;      // of one element; of a write 0: it brings no values
 };
 
 class OperationTracker
 {
 public:
-    // The keys by which the driver knows them; above the 0..11 that colour its result codes.
-    static int hostKey(OperationKind kind) { return kind == OperationKind::write ? 1000 : 1001; }
+    // Ended operations that nobody has claimed are kept up to this many, the oldest go first.
+    static constexpr size_t kMostUnclaimed = 65536;
 
-    // elements  that it takes in the driver's list
-    // Call it before the driver gets the operation. Any thread, like all calls.
-    OperationId begin(OperationKind kind, int elements, int station);
+    explicit OperationTracker(Feed& feed) : feed_(feed) {}
 
-    // The driver's report. Keys that are not pending are ignored.
-    void finished(int hostKey, int varKey, bool ok, const QString& reason);
+    // Waits in line until the operation may be given to the driver. When that does not happen
+    // before the deadline, or the host stops, it has ended at once.
+    //   most  elements of the kind that may be pending with it
+    OperationId admit(OperationKind kind, const OperationShape& shape, const Deadline& deadline,
+                      int most);
 
-    // All pending operations of the kind end as failed.
-    void dropAll(OperationKind kind, const QString& reason);
+    // One that never gets as far: it has ended, for this reason.
+    OperationId refuse(OperationKind kind, const OperationShape& shape, const QString& reason);
 
-    // The cycle has ended: all pending operations fail, and all that begin from now on.
+    bool isPending(const OperationId& id) const;
+
+    // The driver has it. Under the gate.
+    void given(const OperationId& id);
+
+    // True while the driver may have something of it to send.
+    bool hasWork() const { return given_.load(std::memory_order_relaxed) > 0; }
+
+    // A request that carried `count` of its elements is over. Under the gate.
+    void requestEnded(const OperationId& id, int count, const RequestAttempts& attempts);
+
+    // A read's element came. Under the gate.
+    void valueCame(const OperationId& id, qint32 address, quint32 number);
+
+    // All of it was done at once, without a request.
+    void done(const OperationId& id);
+
+    // The driver is through with it. Ignored for what is not pending.
+    void ended(const OperationId& id, const QString& whyLeft);
+
+    // All of a kind that were given end. Under the gate.
+    void dropGiven(OperationKind kind, const QString& whyLeft);
+
+    // The host stops: all end, and all that are asked for from now on.
     void close(const QString& reason);
 
-    // The driver did not take the operation after all.
-    void cancel(const OperationId& id);
+    // Given operations whose time is over; each is told once. Under the gate.
+    std::vector<OperationId> takeExpired(Clock::time_point now);
 
-    // Waits for the end and forgets the operation. When the time is over the operation counts
-    // as abandoned: its end is still counted, but nobody is told.
-    OperationOutcome await(const OperationId& id, const Deadline& deadline);
+    // Waits until it has ended or its time is over, and takes its outcome. None: it is still
+    // pending.
+    std::optional<Outcome> awaitUntilDeadline(const OperationId& id);
 
-    // Waits until nothing of the kind is pending, or what is pending is for `station`. False
-    // when the time is over. A negative station matches nothing.
-    bool awaitIdle(OperationKind kind, int station, const Deadline& deadline);
+    // Takes the outcome of one that has ended. None: it is pending, and nobody will ask again; or
+    // it was claimed before.
+    std::optional<Outcome> claimOrAbandon(const OperationId& id);
 
-    // Waits until at most `elements` are pending.
-    bool awaitRoom(OperationKind kind, int elements, const Deadline& deadline);
+    // Waits until nothing of the kind is pending.
+    bool awaitIdle(OperationKind kind, const Deadline& deadline);
 
-    OperationCounts counts(OperationKind kind) const;
+    // Elements of the kind that are pending.
+    int pending(OperationKind kind) const;
 
 private:
+    enum class Stage { admitted, given };
+    using Deadlines = std::multimap<Clock::time_point, OperationId>;
+
     struct Operation {
-        int elements = 0;
-        int station = 0;
-        bool ended = false;
+        OperationKind kind = OperationKind::write;
+        OperationShape shape;
+        Clock::time_point deadline;
+        Deadlines::iterator due; // of a given one
+        Stage stage = Stage::admitted;
         bool abandoned = false;
-        OperationOutcome outcome;
+        OperationProgress progress;
+        QByteArray bytes;
     };
+    using Pending = std::unordered_map<quint64, Operation>;
+
+    struct Unclaimed {
+        Outcome outcome;
+        std::list<quint64>::iterator place;
+    };
+
     struct Kind {
-        std::map<int, Operation> operations;
-        int nextKey = 1;
-        int pendingElements = 0;
-        OperationCounts counts;
+        std::list<quint64> line; // who waits to be admitted, in order
+        std::map<int, int> operationsByStation;
+        int operations = 0;
+        int elements = 0;
     };
 
-    Kind& of(OperationKind kind) { return kinds_[kind == OperationKind::write ? 0 : 1]; }
-    void end(Kind& kind, std::map<int, Operation>::iterator operation, OperationState state,
-             const QString& reason);
-    static bool idleFor(const Kind& kind, int station);
+    Kind& of(OperationKind kind) { return kinds_[static_cast<int>(kind)]; }
+    static quint64 nextKey();
+    static bool fits(const Kind& kind, const OperationShape& shape, int most);
+    void add(const OperationId& id, const OperationShape& shape, const Deadline& deadline);
+    void forgetDeadline(Operation& operation);
+    void end(Pending::iterator operation, const QString& whyLeft);
+    void tell(const OperationId& id, const OperationShape& shape, const Outcome& outcome);
+    void keep(quint64 key, const Outcome& outcome);
+    std::optional<Outcome> claim(quint64 key);
 
-    void drop(Kind& kind, const QString& reason);
-
+    Feed& feed_;
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     Kind kinds_[2];
+    Pending pending_;
+    Deadlines deadlines_; // of given operations, until their expiry has been told
+    std::unordered_map<quint64, Unclaimed> unclaimed_;
+    std::list<quint64> unclaimedOrder_; // oldest first
+    std::atomic<int> given_{0};
     bool closed_ = false;
     QString closedReason_;
 };

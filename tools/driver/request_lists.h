@@ -1,0 +1,40 @@
+// The driver's lists of writes and one-shot reads, looked at and shortened from outside, as its
+// header allows: on the communication thread or beside it, under the lock that each list has.
+#ifndef TAVMIR_DRIVER_REQUEST_LISTS_H
+#define TAVMIR_DRIVER_REQUEST_LISTS_H
+
+#include "tavmir_kx_tcp/host_interface.h"
+
+#include <functional>
+#include <vector>
+
+namespace tavmir::host
+{
+
+// One entry of the request in flight.
+struct BatchEntry {
+    int hostKey = 0;
+    int varKey = 0;
+    qint32 address = 0; // in bits
+};
+
+// What the request that the driver has just built carries. Communication thread, between
+// nextRequest and takeReply.
+std::vector<BatchEntry> currentBatch(const Communication_Protocol& driver);
+
+enum class RequestList { writes, onceReads };
+
+// Takes the entries whose keys are to go out of the list, but for its first `inFlight`, which the
+// request in flight points at. Takes the driver's list lock; not from a callback.
+//   goes  asked with hostKey and varKey of each entry, under that lock
+// Returns how many were taken out.
+int withdraw(Communication_Protocol& driver, RequestList list,
+             const std::function<bool(int hostKey, int varKey)>& goes, int inFlight);
+
+// The next choice is not bound by the turns before it: a waiting write or one-shot read goes
+// first. Communication thread, before nextRequest.
+void forgetTurnsInARow(Communication_Protocol& driver);
+
+} // namespace tavmir::host
+
+#endif

@@ -1,0 +1,49 @@
+// A flag, a reason, and waiting for it.
+#include "connection_state.h"
+
+namespace tavmir::host
+{
+
+void ConnectionState::connected()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    connected_ = true;
+    changed_.notify_all();
+}
+
+void ConnectionState::disconnected(const QString& why)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    connected_ = false;
+    failed_ = true;
+    problem_ = why;
+    changed_.notify_all();
+}
+
+void ConnectionState::close()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    closed_ = true;
+    changed_.notify_all();
+}
+
+bool ConnectionState::isConnected() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return connected_;
+}
+
+QString ConnectionState::problem() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return problem_;
+}
+
+bool ConnectionState::awaitAttempt(const Deadline& deadline) const
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait_until(lock, deadline.end(), [&] { return connected_ || failed_ || closed_; });
+    return connected_;
+}
+
+} // namespace tavmir::host

@@ -1,0 +1,29 @@
+// Counting elements.
+#include "pass_clock.h"
+
+namespace tavmir::host
+{
+
+void PassClock::restart(size_t elements, Clock::time_point now)
+{
+    elements_ = elements;
+    asked_ = 0;
+    begin_ = now;
+}
+
+void PassClock::asked(size_t count, Clock::time_point now)
+{
+    if (elements_ == 0) {
+        return;
+    }
+    total_ += count;
+    asked_ += count;
+    if (asked_ < elements_) {
+        return;
+    }
+    passes_ += asked_ / elements_;
+    asked_ %= elements_;
+    begin_ = now + pause_;
+}
+
+} // namespace tavmir::host
