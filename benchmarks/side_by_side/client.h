@@ -39,7 +39,8 @@ public:
 
 std::unique_ptr<Client> makeLibmodbusClient();
 std::unique_ptr<Client> makeQtClient(); // needs a QCoreApplication
-std::unique_ptr<Client> makeDriverClient();
+// feedIsRead  everything that happens is handed to a reader that folds it, as in a run
+std::unique_ptr<Client> makeDriverClient(bool feedIsRead);
 std::unique_ptr<Client> makeBareClient();
 
 } // namespace bench

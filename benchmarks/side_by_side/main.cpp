@@ -72,7 +72,8 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     discardMessages();
     const std::unique_ptr<Client> clients[] = {makeLibmodbusClient(), makeQtClient(),
-                                               makeDriverClient(), makeBareClient()};
+                                               makeDriverClient(false), makeDriverClient(true),
+                                               makeBareClient()};
     for (int round = 0; round < rounds; ++round) {
         for (size_t delay = 0; delay < 3 && kDelaysMs[delay] <= longestDelayMs; ++delay) {
             for (const Layout layout : kLayouts) {

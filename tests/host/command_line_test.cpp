@@ -11,8 +11,12 @@ namespace tavmir::host
 namespace
 {
 
-const CommandDescription kAll = {
-    "all", "[ADDRESS...]", "Everything.", kOutputOption | kExchangeOptions | kRunOptions, 0, 2};
+const CommandDescription kAll = {"all",
+                                 "[ADDRESS...]",
+                                 "Everything.",
+                                 kOutputOption | kFormatOption | kTimeoutOption | kRunOptions,
+                                 0,
+                                 2};
 
 std::string problem(const QStringList& arguments)
 {

@@ -220,9 +220,9 @@ TEST(HostProgram, ControllerGoneAndBackResumesPollingAndReportsEachFailedWriteOn
     auto controller = std::make_unique<Controller>();
     const int port = controller->port();
     const QString place = controller->place();
-    Program host(kHost,
-                 hostArguments("run", place,
-                               {"--format", "csv", "--interval", "30", "--pause", "5", "--stdin"}));
+    Program host(kHost, hostArguments("run", place,
+                                      {"--format", "csv", "--interval", "30", "--pause", "5",
+                                       "--stdin", "--timeout", "300"}));
     EXPECT_TRUE(host.showsOutput(
         [](const QString& csv) { return valuesOf(csv, "Main.Setpoint").contains("1500"); }));
     host.type("Main.Setpoint=1");
@@ -233,7 +233,7 @@ TEST(HostProgram, ControllerGoneAndBackResumesPollingAndReportsEachFailedWriteOn
     host.type("Main.Setpoint=2");
     host.type("Main.Mode.b[9]=1");
     host.type("Main.Operator=lost");
-    EXPECT_TRUE(host.showsError("Main.Operator = lost: not written: "));
+    EXPECT_TRUE(host.showsError("Main.Operator = lost: not sent: "));
 
     controller = std::make_unique<Controller>(port);
     ASSERT_EQ(port, controller->port());
@@ -246,9 +246,10 @@ TEST(HostProgram, ControllerGoneAndBackResumesPollingAndReportsEachFailedWriteOn
     host.signal(SIGINT);
     EXPECT_EQ(0, host.waitForEnd());
     for (const char* once :
-         {"Main.Setpoint = 2: not written: no connection to the controller\n",
-          "Main.Mode.b[9] = 1: not written: its word could not be read: ",
-          "Main.Operator = lost: not written: ", "Main.Setpoint = 3: written\n"}) {
+         {"Main.Setpoint = 2: not sent: no connection to the controller: ",
+          "Main.Mode.b[9] = 1: not sent: its word could not be read: not sent: no connection to ",
+          "Main.Operator = lost: not sent: no connection to the controller: ",
+          "Main.Setpoint = 3: written\n"}) {
         EXPECT_EQ(1, host.errors().count(once)) << once << host.errors().toStdString();
     }
     EXPECT_EQ(2, host.errors().count("connected to " + place + "\n"));
@@ -295,15 +296,21 @@ TEST(HostProgram, AbsentControllerFailsEachReadAndWriteWithOneLine)
         run(hostArguments("write", place, {"Main.Setpoint=1", "Main.Title=x", "Main.Mode.b[1]=1"}));
     EXPECT_EQ(1, written.exitStatus);
     EXPECT_EQ("", written.output.toStdString());
-    EXPECT_EQ("tavmir-host: Main.Setpoint = 1: not written: no connection to the controller\n"
-              "tavmir-host: Main.Title = x: not written: no connection to the controller\n"
-              "tavmir-host: Main.Mode.b[1] = 1: not written: its word could not be read: no "
-              "connection to the controller\n",
+    const QString why =
+        QString("no connection to the controller: %1: Connection refused\n").arg(place);
+    EXPECT_EQ(QString("tavmir-host: Main.Setpoint = 1: not sent: %1"
+                      "tavmir-host: Main.Title = x: not sent: %1"
+                      "tavmir-host: Main.Mode.b[1] = 1: not sent: its word could not be read: not "
+                      "sent: %1")
+                  .arg(why)
+                  .toStdString(),
               written.errors.toStdString());
     const auto read = run(hostArguments("read", place, {"Main.Setpoint", "Main.Title"}));
     EXPECT_EQ(1, read.exitStatus);
-    EXPECT_EQ("tavmir-host: Main.Setpoint: not read: no connection to the controller\n"
-              "tavmir-host: Main.Title: not read: no connection to the controller\n",
+    EXPECT_EQ(QString("tavmir-host: Main.Setpoint: not read: %1"
+                      "tavmir-host: Main.Title: not read: %1")
+                  .arg(why)
+                  .toStdString(),
               read.errors.toStdString());
 }
 
@@ -313,13 +320,15 @@ TEST(HostProgram, ControllerThatNeverAnswersTimesOut)
     const auto written =
         run(hostArguments("write", port.place(), {"Main.Setpoint=1", "--timeout", "50"}));
     EXPECT_EQ(1, written.exitStatus);
-    EXPECT_EQ("tavmir-host: Main.Setpoint = 1: not written: no result in time\n",
+    EXPECT_EQ("tavmir-host: Main.Setpoint = 1: unknown: no answer in its time, and it is still "
+              "under way\n",
               written.errors.toStdString());
     const auto givenUp =
         run({"write", TAVMIR_EXAMPLE_PROJECT, "--connect", port.place(), "Main.Setpoint=1"});
     EXPECT_EQ(1, givenUp.exitStatus);
-    EXPECT_EQ("tavmir-host: Main.Setpoint = 1: not written: the controller did not answer\n",
-              givenUp.errors.toStdString());
+    EXPECT_EQ(
+        "tavmir-host: Main.Setpoint = 1: unknown: the controller did not answer within 500 ms\n",
+        givenUp.errors.toStdString());
 }
 
 TEST(HostProgram, BadInputIsOneLineAndNothingIsSent)

@@ -6,7 +6,7 @@ namespace tavmir::situations
 namespace
 {
 
-using host::ExchangeResult;
+using host::ExchangeEnd;
 using test::CommFail;
 using test::VarDone;
 
@@ -18,7 +18,7 @@ TEST_F(ControllerComesAndGoes, AbsentAtStartItIsPolledOnceItComes)
 {
     pollLevels(3);
     const Turn first = turn();
-    EXPECT_EQ(ExchangeResult::notConnected, first.result);
+    EXPECT_EQ(ExchangeEnd::notSent, first.result);
     EXPECT_EQ(41, first.status) << "a poll has host key 0";
     EXPECT_TRUE(PLC_driver.commFailed);
 

@@ -61,7 +61,7 @@ TEST_F(HostAtWork, TheTransactionIdWrapsAfter65536Requests)
     const Turn again = turn();
     EXPECT_EQ(1, again.status);
     EXPECT_EQ(first.frame, again.frame);
-    EXPECT_EQ(0U, statistics.discarded.value());
+    EXPECT_EQ(0U, link->figures.discarded);
 }
 
 TEST_F(HostAtWork, ACallbackMayReadValues)

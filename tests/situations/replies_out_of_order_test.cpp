@@ -6,7 +6,7 @@ namespace tavmir::situations
 namespace
 {
 
-using host::ExchangeResult;
+using host::ExchangeEnd;
 using test::VarDone;
 
 class Replies : public SituationTest
@@ -46,7 +46,7 @@ TEST_F(Replies, TwoInOneSegmentAreToldApart)
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(1, turn().status);
     EXPECT_EQ(0x600D, level(1));
-    EXPECT_EQ(5U, statistics.discarded.value());
+    EXPECT_EQ(5U, link->figures.discarded);
 }
 
 // Every reply carries its request's transaction id as the value, so that one taken for another
@@ -70,7 +70,7 @@ TEST_F(Replies, ALateReplyIsNotTakenForTheNextRequests)
         answered = turn();
     ASSERT_EQ(1, answered.status);
     EXPECT_EQ(transactionOf(answered.frame), level());
-    EXPECT_GE(statistics.discarded.value(), 1U);
+    EXPECT_GE(link->figures.discarded, 1U);
 }
 
 TEST_F(Replies, DuplicatesAreDropped)
@@ -114,14 +114,14 @@ TEST_F(Replies, AnExceptionReplyFailsAReadAndAWrite)
     connectLink();
     ASSERT_GT(writeLevel(5, 77, 20, 3), 0);
     const Turn write = turn();
-    EXPECT_EQ(ExchangeResult::exception, write.result)
+    EXPECT_EQ(ExchangeEnd::exception, write.result)
         << "as long as an acknowledgement, yet never handed over as one";
     EXPECT_EQ(41, write.status);
     EXPECT_EQ((std::vector<VarDone>{{70, 20, 3, 2}}), callbacks.done);
 
     pollLevels(1);
     const Turn read = turn();
-    EXPECT_EQ(ExchangeResult::exception, read.result);
+    EXPECT_EQ(ExchangeEnd::exception, read.result);
     EXPECT_EQ(41, read.status);
     EXPECT_EQ(0, level());
 }

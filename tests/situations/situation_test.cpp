@@ -31,7 +31,7 @@ void SituationTest::connectLink()
     options.replyTimeoutMs = replyTimeoutMs;
     options.reconnectMinMs = 1;
     options.reconnectMaxMs = 5;
-    link = std::make_unique<host::TcpLink>(options, statistics, [](bool, const QString&) {});
+    link = std::make_unique<host::WatchedLink>(options);
 }
 
 SituationTest::Turn SituationTest::turn()
@@ -43,9 +43,8 @@ SituationTest::Turn SituationTest::turn()
     done.sent = true;
     done.frame = request->frame;
     QByteArray reply;
-    const auto size = static_cast<std::size_t>(request->frameLength);
-    done.result = link->exchange(request->frame.constData(), size, reply);
-    const bool answered = done.result == host::ExchangeResult::reply;
+    done.result = link->exchange(request->frame, reply);
+    const bool answered = done.result == host::ExchangeEnd::reply;
     done.status = DataCom(&reply, answered ? reply.size() : 0)->status;
     return done;
 }

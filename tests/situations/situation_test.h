@@ -3,7 +3,7 @@
 #ifndef TAVMIR_TESTS_SITUATIONS_SITUATION_TEST_H
 #define TAVMIR_TESTS_SITUATIONS_SITUATION_TEST_H
 
-#include "link/tcp_link.h"
+#include "link/watched_link.h"
 #include "scripted_controller.h"
 #include "support/driver_test.h"
 
@@ -20,7 +20,7 @@ protected:
     // One request and its answer.
     struct Turn {
         bool sent = false; // false: the driver had nothing to send
-        host::ExchangeResult result = host::ExchangeResult::timeout;
+        host::ExchangeEnd result = host::ExchangeEnd::timeout;
         int status = 0; // what the driver made of it
         QByteArray frame;
     };
@@ -40,8 +40,7 @@ protected:
     static ScriptedController::Script answering(quint32 value);
 
     ScriptedController controller;
-    host::LinkStatistics statistics;
-    std::unique_ptr<host::TcpLink> link;
+    std::unique_ptr<host::WatchedLink> link;
     int replyTimeoutMs = 150;
 
     // Makes the link anew with `replyTimeoutMs`.

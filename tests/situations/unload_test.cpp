@@ -41,8 +41,9 @@ TEST(Unload, WhileARequestIsInFlight)
         polled.count = 1;
         ASSERT_EQ(1, driver->api().addPolled(&polled)) << "a driver that nobody used before";
 
-        host::CycleShared shared;
-        host::CycleThread cycle(driver->api(), shared, options, 0, [](bool, const QString&) {});
+        host::SessionState state(driver->api(), 0);
+        state.passes.restart(1, host::Clock::now());
+        host::CycleThread cycle(state, options);
         cycle.start();
         ASSERT_TRUE(test::waitUntil([&] { return requests >= loading; }));
         cycle.stop();

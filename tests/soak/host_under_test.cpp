@@ -35,7 +35,8 @@ std::vector<int> keysOf(const QList<RW_VAR>& list)
 } // namespace
 
 HostUnderTest::HostUnderTest(int port, int replyTimeoutMs, std::uint64_t seed)
-    : words_(), link_(linkTo(port, replyTimeoutMs), statistics_, [](bool, const QString&) {}),
+    : words_(), link_(linkTo(port, replyTimeoutMs),
+            [this](const host::FeedEntry& entry) { figures_.take(entry); }),
       seed_(seed)
 {
     active = this;
@@ -112,6 +113,7 @@ std::vector<std::string> HostUnderTest::findings() const
 void HostUnderTest::runCycle()
 {
     QByteArray reply;
+    host::FeedEntry entry;
     while (!stopCycle_) {
         tick(CycleWorker);
         Protocol* request = nullptr;
@@ -128,8 +130,9 @@ void HostUnderTest::runCycle()
             link_.idle(3);
         } else {
             const auto size = static_cast<std::size_t>(request->frameLength);
-            answered = link_.exchange(request->frame.constData(), size, reply) ==
-                       host::ExchangeResult::reply;
+            answered = link_.exchange(request->frame.constData(), size, reply, entry.exchange,
+                                      true) == host::ExchangeEnd::reply;
+            figures_.take(entry);
         }
         const std::shared_lock<std::shared_mutex> gate(gate_);
         DataCom(&reply, answered ? reply.size() : 0);

@@ -6,6 +6,7 @@
 
 #include "layout.h"
 #include "ledger.h"
+#include "feed/line_figures.h"
 #include "link/tcp_link.h"
 
 #include <array>
@@ -39,7 +40,8 @@ public:
 
     const Ledger& writes() const { return writes_; }
     const Ledger& reads() const { return reads_; }
-    const host::LinkStatistics& statistics() const { return statistics_; }
+    // Of the line; when the cycle has ended.
+    const host::LineFigures& figures() const { return figures_; }
     std::uint64_t giveUps() const { return giveUps_; }
     std::uint64_t valuesRead() const { return valuesRead_; }
     std::uint64_t rebuilds() const { return rebuilds_; }
@@ -70,7 +72,7 @@ private:
     static int commFail(QList<RW_VAR> vars, int hostKey, int flag);
 
     ComInfo words_;
-    host::LinkStatistics statistics_;
+    host::LineFigures figures_; // the cycle's
     host::TcpLink link_;
     std::uint64_t seed_;
     Ledger writes_;

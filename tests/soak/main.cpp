@@ -96,13 +96,13 @@ void print(const char* name, const Figures& figures)
 
 void print(const HostUnderTest& host, const ControllerThread& controller)
 {
-    const auto& statistics = host.statistics();
+    const auto& figures = host.figures();
     std::printf("%llu faults, %llu requests, %llu retries in time-outs, %llu lost connections, "
                 "%llu give-ups, %llu values read, %llu rebuilds\n",
                 static_cast<unsigned long long>(controller.faults()),
-                static_cast<unsigned long long>(statistics.roundTrip.count()),
-                static_cast<unsigned long long>(statistics.timeouts.value()),
-                static_cast<unsigned long long>(statistics.lostConnections.value()),
+                static_cast<unsigned long long>(figures.roundTrip.count()),
+                static_cast<unsigned long long>(figures.timeouts),
+                static_cast<unsigned long long>(figures.lostConnections),
                 static_cast<unsigned long long>(host.giveUps()),
                 static_cast<unsigned long long>(host.valuesRead()),
                 static_cast<unsigned long long>(host.rebuilds()));

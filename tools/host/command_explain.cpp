@@ -1,11 +1,11 @@
 // `explain`: what an address means, or how polling is cut into requests. Nothing is sent.
 #include "commands.h"
 
+#include "complain.h"
 #include "driver/plan_frames.h"
-#include "exchange.h"
-#include "plan/label_tree.h"
 #include "prepared_host.h"
 #include "project/address_expansion.h"
+#include "value_row.h"
 
 #include <QtCore/QTextStream>
 
@@ -89,7 +89,7 @@ bool explainAddress(PreparedHost& host, const QString& address, QTextStream& out
     bool agreed = true;
     int listed = 0;
     for (const project::Element& element : expansion.elements) {
-        const QString disagreement = driverDisagrees(host.api(), element);
+        const QString disagreement = driverDisagrees(host.session().api(), element);
         agreed = agreed && disagreement.isEmpty();
         if (++listed <= kMaxListedElements || !disagreement.isEmpty()) {
             out << "  " << describe(element)
@@ -109,12 +109,12 @@ int explainCommand(const CommandLine& line)
     PreparedHost host(line);
     SessionOptions options;
     options.polls = line.arguments.isEmpty();
-    if (!host.readProject() || !host.openSession(options, [](bool, const QString&) {})) {
+    if (!host.readProject() || !host.openSession(options)) {
         return kExitBadInput;
     }
     QTextStream out(stdout);
     if (line.arguments.isEmpty()) {
-        const auto frames = planFrames(host.api(), host.session().polledElementsOnWire());
+        const auto frames = planFrames(host.session().api(), host.session().polledElementsOnWire());
         out << describePlan(frames, host.session().polled()).join('\n') << '\n';
         return kExitOk;
     }

@@ -26,16 +26,26 @@ void addOptions(Parser& parser, unsigned options)
     if (options & kOutputOption) {
         parser.addOption({"format", "Show values as table, json or csv.", "FORMAT", "table"});
     }
-    if (options & kExchangeOptions) {
+    if (options & kFormatOption) {
         parser.addOption(
             {"as", "Take values as signed, unsigned, hex, float, bit or text.", "FORMAT"});
-        parser.addOption({"timeout", "Wait this long for one value.", "MS"});
+    }
+    if (options & kTimeoutOption) {
+        parser.addOption({"timeout",
+                          "How long one read or write may take, the wait for the connection "
+                          "included. What has not been sent by then is not sent later.",
+                          "MS"});
     }
     if (options & kRunOptions) {
         parser.addOption({"duration", "End after this many seconds.", "S"});
-        parser.addOption({"interval", "Show values this often.", "MS", "500"});
+        parser.addOption({"interval",
+                          "Draw the table this often; in CSV and JSON the least time between two "
+                          "rows of one variable.",
+                          "MS", "500"});
+        parser.addOption({"changes", "Print every change, with the time of its reply, instead of "
+                                     "all values again and again."});
         parser.addOption(
-            {"pause", "Pause after each full pass over the polled variables.", "MS", "0"});
+            {"pause", "Pause between two full passes over the polled variables.", "MS", "0"});
         parser.addOption({"stdin", "Take lines from standard input: ADDRESS=VALUE writes, "
                                    "ADDRESS reads from the controller."});
     }
@@ -85,13 +95,10 @@ void takeFormats(const Parser& parser, unsigned options, CommandLine& line, QStr
         }
         line.output = output.value_or(OutputFormat::table);
     }
-    if (!(options & kExchangeOptions)) {
-        return;
-    }
-    if (parser.isSet("timeout")) {
+    if ((options & kTimeoutOption) && parser.isSet("timeout")) {
         line.timeoutMs = number(parser, "timeout", 1, std::numeric_limits<int>::max(), problem);
     }
-    if (parser.isSet("as")) {
+    if ((options & kFormatOption) && parser.isSet("as")) {
         const auto format = project::formatFromName(parser.value("as"));
         if (!format) {
             problem = QString("--as %1: unknown format").arg(printable(parser.value("as")));
@@ -106,6 +113,10 @@ void takeRun(const Parser& parser, CommandLine& line, QString& problem)
     line.intervalMs = number(parser, "interval", 1, kLongestMs, problem);
     line.pauseMs = number(parser, "pause", 0, kLongestMs, problem);
     line.commandsFromInput = parser.isSet("stdin");
+    line.everyChange = parser.isSet("changes");
+    if (line.everyChange && parser.isSet("interval") && problem.isEmpty()) {
+        problem = "--changes: prints every change, so it takes no --interval";
+    }
     if (!parser.isSet("duration")) {
         return;
     }

@@ -3,7 +3,7 @@
 #define TAVMIR_HOST_COMMAND_LINE_H
 
 #include "project/project_model.h"
-#include "value_table.h"
+#include "row_formats.h"
 
 #include <QtCore/QStringList>
 
@@ -26,14 +26,16 @@ struct CommandLine {
     int durationMs = -1; // -1: until stopped
     int intervalMs = 500;
     int pauseMs = 0;
+    bool everyChange = false; // --changes
     bool commandsFromInput = false;
 };
 
 // Options that not every command has.
 enum CommandOption : unsigned {
-    kOutputOption = 1,    // --format
-    kExchangeOptions = 2, // --as, --timeout
-    kRunOptions = 4       // --duration, --interval, --pause, --stdin
+    kOutputOption = 1,  // --format
+    kFormatOption = 2,  // --as
+    kTimeoutOption = 8, // --timeout
+    kRunOptions = 4     // --duration, --interval, --changes, --pause, --stdin
 };
 
 struct CommandDescription {

@@ -1,13 +1,11 @@
 // `read`: values from the controller, once.
 #include "commands.h"
 
-#include "exchange.h"
+#include "complain.h"
+#include "console.h"
 #include "prepared_host.h"
-
-#include <QtCore/QDateTime>
-#include <QtCore/QTextStream>
-
-#include <cstdio>
+#include "reading.h"
+#include "until_signal.h"
 
 namespace tavmir::host
 {
@@ -15,57 +13,67 @@ namespace tavmir::host
 namespace
 {
 
-void show(const std::vector<ValueRow>& rows, OutputFormat format)
+QString lineOf(const ValueRow& row, OutputFormat format)
 {
-    QTextStream out(stdout);
-    const QString now = QDateTime::currentDateTime().toString(Qt::ISODateWithMs);
-    if (format == OutputFormat::csv) {
-        out << csvHeading() << '\n';
+    switch (format) {
+    case OutputFormat::table:
+        break;
+    case OutputFormat::json:
+        return jsonLine(jsonOf(row));
+    case OutputFormat::csv:
+        return csvLine(row, utcText(WallClock::now()));
     }
-    for (const ValueRow& row : rows) {
-        switch (format) {
-        case OutputFormat::table:
-            out << row.address << " = " << printable(row.value) << '\n';
-            break;
-        case OutputFormat::json:
-            out << jsonLine(jsonOf(row)) << '\n';
-            break;
-        case OutputFormat::csv:
-            out << csvLine(row, now) << '\n';
-            break;
+    return row.address + " = " + printable(row.value);
+}
+
+// Every element of every address; none when one of them is refused.
+std::optional<std::vector<PolledElement>> elementsOf(const PreparedHost& host)
+{
+    std::vector<PolledElement> elements;
+    for (const QString& address : host.line().arguments) {
+        const ReadRequest request =
+            parseRead(host.project(), host.polled(), address, host.line().valueFormat);
+        if (!request.problem.isEmpty()) {
+            complain(request.problem);
+            return std::nullopt;
         }
+        elements.insert(elements.end(), request.elements.begin(), request.elements.end());
     }
+    return elements;
 }
 
 } // namespace
 
 int readCommand(const CommandLine& line)
 {
+    wire::StopSignal stop;
     PreparedHost host(line);
     if (!host.readProject()) {
         return kExitBadInput;
     }
-    std::vector<PolledElement> elements;
-    for (const QString& address : line.arguments) {
-        const ReadRequest request = parseRead(host.project(), address, line.valueFormat);
-        if (!request.problem.isEmpty()) {
-            complain(request.problem);
-            return kExitBadInput;
-        }
-        elements.insert(elements.end(), request.elements.begin(), request.elements.end());
-    }
+    const std::optional<std::vector<PolledElement>> elements = elementsOf(host);
     SessionOptions options;
     options.polls = false;
-    if (!host.openSession(options, [](bool, const QString&) {})) {
+    if (!elements || !host.openSession(options)) {
         return kExitBadInput;
     }
-    host.session().start();
-    QStringList failures;
-    show(readAll(host.session(), elements, host.operationMs(), failures), line.output);
-    for (const QString& failure : failures) {
-        complain(failure);
+    Console console;
+    if (line.output == OutputFormat::csv) {
+        console.print(csvHeading());
     }
-    return failures.isEmpty() ? kExitOk : kExitFailed;
+    bool allRead = true;
+    const auto failed = [&](const QString& problem) {
+        allRead = false;
+        console.complain(problem);
+    };
+    host.session().start();
+    workUntilSignal(stop, host.session(), [&] {
+        host.awaitConnection();
+        readAll(
+            host.session(), *elements, host.operationMs(),
+            [&](const ValueRow& row) { console.print(lineOf(row, line.output)); }, failed);
+    });
+    return console.finish(stop) && allRead ? kExitOk : kExitFailed;
 }
 
 } // namespace tavmir::host

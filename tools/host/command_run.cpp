@@ -1,17 +1,14 @@
 // `run`: polls, shows the values live, and takes reads and writes from standard input.
 #include "commands.h"
 
-#include "exchange.h"
-#include "line_reader.h"
+#include "operator_input.h"
 #include "prepared_host.h"
+#include "run_monitor.h"
 #include "statistics_report.h"
-#include "terminal.h"
-#include "wire/stop_signal.h"
 
 #include <unistd.h>
 
-#include <atomic>
-#include <thread>
+#include <mutex>
 
 namespace tavmir::host
 {
@@ -19,147 +16,134 @@ namespace tavmir::host
 namespace
 {
 
-// Reads and writes typed while the values run, one after the other, on a thread of their own.
-class Operator
+constexpr int kLookMs = 20; // the feed keeps what happens meanwhile
+
+// What operator and driver's reports say, for the thread that shows it.
+class Messages
 {
 public:
-    Operator(PreparedHost& host, Terminal& terminal)
-        : host_(host), terminal_(terminal), lines_(STDIN_FILENO), thread_([this] { loop(); })
+    void add(const QString& text)
     {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        waiting_ << text;
     }
 
-    ~Operator()
+    void tell(RunView& view)
     {
-        stop();
-        thread_.join();
+        QStringList texts;
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            texts.swap(waiting_);
+        }
+        for (const QString& text : texts) {
+            view.message(text);
+        }
     }
-
-    // Takes no further line.
-    void stop() { lines_.stop(); }
 
 private:
-    void loop()
-    {
-        while (const std::optional<QByteArray> line = lines_.next()) {
-            const QString text = QString::fromLocal8Bit(*line).trimmed();
-            if (text.contains('=')) {
-                write(text);
-            } else if (!text.isEmpty()) {
-                read(text);
-            }
-        }
-    }
-
-    void write(const QString& text)
-    {
-        const Assignment assignment =
-            parseAssignment(host_.project(), text, project::Format::automatic);
-        if (!assignment.problem.isEmpty()) {
-            terminal_.message(assignment.problem);
-            return;
-        }
-        const Deadline deadline(host_.operationMs());
-        terminal_.message(writeResult(
-            assignment, host_.session().write(assignment.element, assignment.bytes, deadline)));
-    }
-
-    void read(const QString& address)
-    {
-        const ReadRequest request = parseRead(host_.project(), address, project::Format::automatic);
-        if (!request.problem.isEmpty()) {
-            terminal_.message(request.problem);
-            return;
-        }
-        QStringList messages;
-        const auto rows = readAll(host_.session(), request.elements, host_.operationMs(), messages);
-        for (const ValueRow& row : rows) {
-            messages << QString("%1 = %2: read").arg(row.address, printable(row.value));
-        }
-        for (const QString& message : messages) {
-            terminal_.message(message);
-        }
-    }
-
-    PreparedHost& host_;
-    Terminal& terminal_;
-    LineReader lines_;
-    std::thread thread_;
+    std::mutex mutex_;
+    QStringList waiting_;
 };
 
-std::vector<ValueRow> currentRows(HostSession& session)
+int msUntil(Clock::time_point time)
 {
-    std::vector<ValueRow> rows;
-    const Clock::time_point now = Clock::now();
-    for (const PolledElement& entry : session.polled()) {
-        ValueRow row = cachedRow(session, entry);
-        if (const auto read = session.lastPolled(entry.element)) {
-            const auto age = std::chrono::duration_cast<std::chrono::milliseconds>(now - *read);
-            row.ageMs = std::max<qint64>(0, age.count());
-        }
-        rows.push_back(row);
-    }
-    return rows;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(time - Clock::now()).count();
+    return static_cast<int>(
+        std::min<decltype(left + 0)>(std::max<decltype(left + 0)>(0, left), kLookMs));
 }
 
-double secondsSince(Clock::time_point start)
+class Run
 {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
+public:
+    Run(const CommandLine& line, PreparedHost& host, wire::StopSignal& stop, Console& console)
+        : line_(line), host_(host), stop_(stop), console_(console),
+          view_(makeRunView(line.output, console)),
+          monitor_(host.session().feed(), host.controller(), *view_, line.everyChange)
+    {
+    }
+
+    // False when standard output could not be written.
+    bool run()
+    {
+        HostSession& session = host_.session();
+        const Clock::time_point start = Clock::now();
+        session.start();
+        {
+            std::unique_ptr<OperatorInput> commands;
+            if (line_.commandsFromInput) {
+                commands = std::make_unique<OperatorInput>(
+                    STDIN_FILENO, host_, [this](const QString& text) { messages_.add(text); });
+            }
+            showUntilTheEnd(start);
+            if (commands) {
+                commands->stop();
+            }
+            session.stop(); // ends what the operator still waits for
+        }
+        look();
+        const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        const size_t elements = session.polledElementsOnWire();
+        view_->close(statisticsLines(monitor_.figures(), seconds, elements),
+                     statisticsJson(monitor_.figures(), seconds, elements));
+        return console_.finishSoon();
+    }
+
+private:
+    void look()
+    {
+        monitor_.look();
+        messages_.tell(*view_);
+    }
+
+    void showUntilTheEnd(Clock::time_point start)
+    {
+        const bool endless = line_.durationMs < 0;
+        const Deadline end(start, std::max(0, line_.durationMs));
+        const auto interval = std::chrono::milliseconds(line_.intervalMs);
+        Clock::time_point next = start + interval;
+        bool shown = line_.everyChange;
+        for (;;) {
+            const Clock::time_point wake = endless ? next : std::min(next, end.end());
+            const bool stopped = stop_.waitMs(msUntil(wake)) || console_.isBroken();
+            look();
+            const Clock::time_point now = Clock::now();
+            if (!line_.everyChange && now >= next) {
+                monitor_.show();
+                shown = true;
+                next = now + interval;
+            }
+            if (stopped || (!endless && now >= end.end())) {
+                break;
+            }
+        }
+        if (!shown) {
+            monitor_.show(); // a run shorter than the interval
+        }
+    }
+
+    const CommandLine& line_;
+    PreparedHost& host_;
+    wire::StopSignal& stop_;
+    Console& console_;
+    std::unique_ptr<RunView> view_;
+    RunMonitor monitor_;
+    Messages messages_;
+};
 
 } // namespace
 
 int runCommand(const CommandLine& line)
 {
     wire::StopSignal stop;
-    Terminal terminal(line.output);
-    std::atomic<bool> connected{false};
     PreparedHost host(line);
-    if (!host.readProject()) {
-        return kExitBadInput;
-    }
-    const project::Connection& connection = host.project().connection;
-    const QString controller = QString("%1:%2").arg(connection.host).arg(connection.port);
     SessionOptions options;
     options.pauseMs = line.pauseMs;
-    const auto observer = [&](bool isConnected, const QString& why) {
-        const bool wasConnected = connected.exchange(isConnected);
-        terminal.message(
-            isConnected    ? "connected to " + controller
-            : wasConnected ? QString("lost %1: %2").arg(controller, why)
-            : why.startsWith(controller + ": ")
-                ? QString("cannot connect to %1; trying again").arg(why)
-                : QString("cannot connect to %1: %2; trying again").arg(controller, why));
-    };
-    if (!host.openSession(options, observer)) {
+    if (!host.readProject() || !host.openSession(options)) {
         return kExitBadInput;
     }
-    HostSession& session = host.session();
-    const Clock::time_point start = Clock::now();
-    session.start();
-    {
-        std::unique_ptr<Operator> commands;
-        if (line.commandsFromInput) {
-            commands = std::make_unique<Operator>(host, terminal);
-        }
-        bool stopped = false;
-        while (!stopped) {
-            const double left = line.durationMs < 0 ? line.intervalMs
-                                                    : line.durationMs - 1000 * secondsSince(start);
-            const int wait =
-                static_cast<int>(std::min<double>(line.intervalMs, std::max(0.0, left)));
-            stopped = stop.waitMs(wait) ||
-                      (line.durationMs >= 0 && 1000 * secondsSince(start) >= line.durationMs);
-            terminal.show(currentRows(session), connected,
-                          (connected ? "connected to " : "not connected to ") + controller);
-        }
-        if (commands) {
-            commands->stop();
-        }
-        session.stop(); // ends what the operator still waits for
-    }
-    const double seconds = secondsSince(start);
-    terminal.close(statisticsLines(session, seconds), statisticsJson(session, seconds));
-    return kExitOk;
+    Console console;
+    Run run(line, host, stop, console);
+    return run.run() ? kExitOk : kExitFailed;
 }
 
 } // namespace tavmir::host

@@ -1,10 +1,11 @@
 // `write`: values to the controller, each with its result.
 #include "commands.h"
 
-#include "exchange.h"
+#include "assignment.h"
+#include "complain.h"
+#include "console.h"
 #include "prepared_host.h"
-
-#include <cstdio>
+#include "until_signal.h"
 
 namespace tavmir::host
 {
@@ -17,7 +18,7 @@ namespace
 class Writer
 {
 public:
-    explicit Writer(PreparedHost& host) : host_(host) {}
+    Writer(PreparedHost& host, Console& console) : host_(host), console_(console) {}
 
     void add(const Assignment& assignment)
     {
@@ -28,20 +29,15 @@ public:
                    host_.session().write(assignment.element, assignment.bytes, deadline));
             return;
         }
-        const auto id = host_.session().queueWrite(assignment.element, assignment.bytes, deadline);
-        if (id) {
-            queued_.push_back({&assignment, *id});
-            return;
-        }
-        report(assignment, {OperationState::failed, "earlier writes did not end in time"});
+        queued_.push_back({&assignment, host_.session().queueWrite(assignment.element,
+                                                                   assignment.bytes, deadline)});
     }
 
     // Waits for all that are queued.
     void finish()
     {
         for (const Queued& queued : queued_) {
-            const Deadline deadline(host_.operationMs());
-            report(*queued.assignment, host_.session().await(queued.id, deadline));
+            report(*queued.assignment, host_.session().await(queued.id));
         }
         queued_.clear();
     }
@@ -54,51 +50,64 @@ private:
         OperationId id;
     };
 
-    void report(const Assignment& assignment, const OperationOutcome& outcome)
+    void report(const Assignment& assignment, const Outcome& outcome)
     {
         const QString text = writeResult(assignment, outcome);
-        if (!outcome.ok()) {
-            allWritten_ = false;
-            complain(text);
+        if (outcome.ok()) {
+            console_.print(text);
             return;
         }
-        std::printf("%s\n", text.toLocal8Bit().constData());
-        std::fflush(stdout);
+        allWritten_ = false;
+        console_.complain(text);
     }
 
     PreparedHost& host_;
+    Console& console_;
     std::vector<Queued> queued_;
     bool allWritten_ = true;
 };
+
+// Every assignment; none when one of them is refused.
+std::optional<std::vector<Assignment>> assignmentsOf(const PreparedHost& host)
+{
+    std::vector<Assignment> assignments;
+    for (const QString& text : host.line().arguments) {
+        assignments.push_back(
+            parseAssignment(host.project(), host.polled(), text, host.line().valueFormat));
+        if (!assignments.back().problem.isEmpty()) {
+            complain(assignments.back().problem);
+            return std::nullopt;
+        }
+    }
+    return assignments;
+}
 
 } // namespace
 
 int writeCommand(const CommandLine& line)
 {
+    wire::StopSignal stop;
     PreparedHost host(line);
     if (!host.readProject()) {
         return kExitBadInput;
     }
-    std::vector<Assignment> assignments;
-    for (const QString& text : line.arguments) {
-        assignments.push_back(parseAssignment(host.project(), text, line.valueFormat));
-        if (!assignments.back().problem.isEmpty()) {
-            complain(assignments.back().problem);
-            return kExitBadInput;
-        }
-    }
+    const std::optional<std::vector<Assignment>> assignments = assignmentsOf(host);
     SessionOptions options;
     options.polls = false;
-    if (!host.openSession(options, [](bool, const QString&) {})) {
+    if (!assignments || !host.openSession(options)) {
         return kExitBadInput;
     }
+    Console console;
+    Writer writer(host, console);
     host.session().start();
-    Writer writer(host);
-    for (const Assignment& assignment : assignments) {
-        writer.add(assignment);
-    }
-    writer.finish();
-    return writer.allWritten() ? kExitOk : kExitFailed;
+    workUntilSignal(stop, host.session(), [&] {
+        host.awaitConnection();
+        for (const Assignment& assignment : *assignments) {
+            writer.add(assignment);
+        }
+        writer.finish();
+    });
+    return console.finish(stop) && writer.allWritten() ? kExitOk : kExitFailed;
 }
 
 } // namespace tavmir::host

@@ -1,9 +1,10 @@
 // Steps that all commands share.
 #include "prepared_host.h"
 
+#include "complain.h"
 #include "project/project_reader.h"
 
-#include <cstdio>
+#include <limits>
 #include <random>
 
 namespace tavmir::host
@@ -15,17 +16,17 @@ namespace
 // For threads that are late and a machine that is busy.
 constexpr int kSlackMs = 2000;
 
-} // namespace
+// Until the end of an attempt to connect is known.
+constexpr int kSettleMs = 200;
 
-void complain(const QString& problem)
-{
-    std::fprintf(stderr, "tavmir-host: %s\n", problem.toLocal8Bit().constData());
-}
+} // namespace
 
 PreparedHost::~PreparedHost()
 {
-    session_.reset();
-    log_.closeDriverFile();
+    if (session_) {
+        session_->stop();
+    }
+    log_.closeDriverFile(); // before the driver is unloaded
 }
 
 bool PreparedHost::readProject()
@@ -42,25 +43,25 @@ bool PreparedHost::readProject()
         connection.port = line_.port;
     }
     connection.station = line_.station.value_or(connection.station);
+    polled_ = std::make_unique<PolledIndex>(project_);
     return true;
 }
 
-bool PreparedHost::openSession(SessionOptions options, TcpLink::Observer observer)
+bool PreparedHost::openSession(SessionOptions options)
 {
     QStringList problems;
-    driver_ = Driver::load(line_.driverFile, problems);
+    std::unique_ptr<Driver> driver = Driver::load(line_.driverFile, problems);
     for (const QString& problem : problems) {
         complain(problem);
     }
-    if (!driver_) {
+    if (!driver) {
         return false;
     }
     if (line_.driverLog) {
-        log_.openDriverFile(driver_->api());
+        log_.openDriverFile(driver->api());
     }
     options.jitterSeed = std::random_device()();
-    session_ =
-        std::make_unique<HostSession>(driver_->api(), project_, options, std::move(observer));
+    session_ = std::make_unique<HostSession>(std::move(driver), project_, options);
     const QString problem = session_->setUp();
     if (!problem.isEmpty()) {
         complain(line_.projectFile + ": " + problem);
@@ -70,7 +71,7 @@ bool PreparedHost::openSession(SessionOptions options, TcpLink::Observer observe
 
 int PreparedHost::operationMs() const
 {
-    if (line_.timeoutMs > 0) {
+    if (line_.timeoutMs > 0 || isUnreachable_) {
         return line_.timeoutMs;
     }
     const project::Connection& connection = project_.connection;
@@ -78,6 +79,17 @@ int PreparedHost::operationMs() const
     // A bit is read and written.
     const qint64 all = 2 * (connection.retryLimit + 1) * attempt + kSlackMs;
     return static_cast<int>(std::min<qint64>(all, std::numeric_limits<int>::max()));
+}
+
+void PreparedHost::awaitConnection()
+{
+    const Deadline deadline(project_.connection.connectTimeoutMs + kSettleMs);
+    isUnreachable_ = line_.timeoutMs == 0 && !session_->connection().awaitAttempt(deadline);
+}
+
+QString PreparedHost::controller() const
+{
+    return QString("%1:%2").arg(project_.connection.host).arg(project_.connection.port);
 }
 
 } // namespace tavmir::host

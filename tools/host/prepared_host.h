@@ -22,26 +22,33 @@ public:
 
     // Each step: true, or false with its one line per problem on standard error.
     bool readProject();
-    bool openSession(SessionOptions options, TcpLink::Observer observer);
+    bool openSession(SessionOptions options);
 
     const CommandLine& line() const { return line_; }
     const project::Project& project() const { return project_; }
-    const DriverApi& api() const { return driver_->api(); }
+    // What polls each address, for the formats of values. Needs the project only.
+    const PolledIndex& polled() const { return *polled_; }
     HostSession& session() { return *session_; }
 
-    // How long one read or write may take until the driver must have given up.
+    // How long one read or write may take: --timeout, or until the driver must have given up; 0
+    // when there was no connection to wait for.
     int operationMs() const;
+
+    // Without --timeout, which says how long each read or write waits for the connection: waits for
+    // the end of one attempt to make it.
+    void awaitConnection();
+
+    // "127.0.0.1:502"
+    QString controller() const;
 
 private:
     const CommandLine& line_;
+    bool isUnreachable_ = false;
     project::Project project_;
     MessageLog log_;
-    std::unique_ptr<Driver> driver_;
+    std::unique_ptr<PolledIndex> polled_;
     std::unique_ptr<HostSession> session_;
 };
-
-// One line on standard error, with the program's name in front.
-void complain(const QString& problem);
 
 } // namespace tavmir::host
 

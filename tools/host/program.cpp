@@ -2,7 +2,8 @@
 #include "program.h"
 
 #include "commands.h"
-#include "prepared_host.h"
+#include "complain.h"
+#include "value_row.h"
 
 #include <cstdio>
 #include <limits>
@@ -21,14 +22,14 @@ struct Command {
 };
 
 const Command kCommands[] = {
-    {{"run", "", "Polls the project's variables and shows them live.", kOutputOption | kRunOptions,
-      0, 0},
+    {{"run", "", "Polls the project's variables and shows them live.",
+      kOutputOption | kTimeoutOption | kRunOptions, 0, 0},
      runCommand},
     {{"read", "ADDRESS...", "Reads values from the controller once.",
-      kOutputOption | kExchangeOptions, 1, kAnyNumber},
+      kOutputOption | kFormatOption | kTimeoutOption, 1, kAnyNumber},
      readCommand},
-    {{"write", "ADDRESS=VALUE...", "Writes values to the controller.", kExchangeOptions, 1,
-      kAnyNumber},
+    {{"write", "ADDRESS=VALUE...", "Writes values to the controller.",
+      kFormatOption | kTimeoutOption, 1, kAnyNumber},
      writeCommand},
     {{"explain", "[ADDRESS...]",
       "Says what addresses mean; without addresses, how polling is cut into requests.", 0, 0,

@@ -2,7 +2,7 @@
 #ifndef TAVMIR_HOST_STATISTICS_REPORT_H
 #define TAVMIR_HOST_STATISTICS_REPORT_H
 
-#include "session/host_session.h"
+#include "feed/line_figures.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QStringList>
@@ -10,9 +10,10 @@
 namespace tavmir::host
 {
 
-// seconds  that the cycle has run
-QStringList statisticsLines(HostSession& session, double seconds);
-QJsonObject statisticsJson(HostSession& session, double seconds);
+// seconds   that the cycle has run
+// elements  on the wire that are polled
+QStringList statisticsLines(const LineFigures& figures, double seconds, size_t elements);
+QJsonObject statisticsJson(const LineFigures& figures, double seconds, size_t elements);
 
 } // namespace tavmir::host
 

@@ -1,5 +1,5 @@
-// Showing values.
-#include "value_table.h"
+// Tables, JSON and CSV.
+#include "row_formats.h"
 
 #include <QtCore/QJsonDocument>
 
@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr int kColumnGap = 2;
+constexpr char kNeverRead[] = "–";
 
 QString ageText(const std::optional<qint64>& ageMs)
 {
@@ -39,6 +40,9 @@ QString quotedForCsv(const QString& text)
 
 QJsonValue jsonValue(const ValueRow& row)
 {
+    if (row.value.isNull()) {
+        return QJsonValue();
+    }
     if (row.format == project::Format::hex || row.format == project::Format::text) {
         return row.value;
     }
@@ -60,23 +64,14 @@ std::optional<OutputFormat> outputFormatFromName(const QString& name)
     return name == "csv" ? std::optional<OutputFormat>(OutputFormat::csv) : std::nullopt;
 }
 
-QString printable(const QString& text)
-{
-    QString shown;
-    for (const QChar character : text) {
-        shown += character.isPrint() ? QString(character)
-                                     : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
-    }
-    return shown;
-}
-
 QStringList tableLines(const std::vector<ValueRow>& rows)
 {
     std::vector<QStringList> cells;
     cells.push_back({"NAME", "ADDRESS", "VALUE", "AGE"});
     for (const ValueRow& row : rows) {
-        cells.push_back(
-            {printable(row.name), row.address, printable(row.value), ageText(row.ageMs)});
+        cells.push_back({printable(row.name), row.address,
+                         row.value.isNull() ? QString(kNeverRead) : printable(row.value),
+                         ageText(row.ageMs)});
     }
     int widths[4] = {0, 0, 0, 0};
     for (const QStringList& line : cells) {

@@ -1,5 +1,5 @@
 // Values as rows of a table, JSON and CSV.
-#include "host/value_table.h"
+#include "host/row_formats.h"
 
 #include <gtest/gtest.h>
 

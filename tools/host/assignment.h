@@ -1,0 +1,27 @@
+// The text of "ADDRESS=VALUE" as a write, and how it went in words.
+#ifndef TAVMIR_HOST_ASSIGNMENT_H
+#define TAVMIR_HOST_ASSIGNMENT_H
+
+#include "session/host_session.h"
+
+namespace tavmir::host
+{
+
+struct Assignment {
+    project::Element element;
+    QByteArray bytes;
+    QString shown;   // "Main.Setpoint = 5"
+    QString problem; // not empty: refused
+};
+
+// `text` is split at its first "=". Values are taken in `format`; when that is automatic,
+// a number with a fraction is taken where the element is polled as one.
+Assignment parseAssignment(const project::Project& project, const PolledIndex& polled,
+                           const QString& text, project::Format format);
+
+// "Main.Setpoint = 5: written", or what became of it and why.
+QString writeResult(const Assignment& assignment, const Outcome& outcome);
+
+} // namespace tavmir::host
+
+#endif

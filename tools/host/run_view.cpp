@@ -1,0 +1,30 @@
+// Which view shows what.
+#include "run_view.h"
+
+#include "csv_view.h"
+#include "json_view.h"
+#include "plain_view.h"
+#include "screen_view.h"
+
+#include <unistd.h>
+
+namespace tavmir::host
+{
+
+std::unique_ptr<RunView> makeRunView(OutputFormat format, Console& console)
+{
+    switch (format) {
+    case OutputFormat::json:
+        return std::make_unique<JsonView>(console);
+    case OutputFormat::csv:
+        return std::make_unique<CsvView>(console);
+    case OutputFormat::table:
+        break;
+    }
+    if (::isatty(STDOUT_FILENO) == 1) {
+        return std::make_unique<ScreenView>(console);
+    }
+    return std::make_unique<PlainView>(console);
+}
+
+} // namespace tavmir::host

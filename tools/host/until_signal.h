@@ -1,0 +1,20 @@
+// Work with a session that a signal ends early.
+#ifndef TAVMIR_HOST_UNTIL_SIGNAL_H
+#define TAVMIR_HOST_UNTIL_SIGNAL_H
+
+#include "session/host_session.h"
+#include "wire/stop_signal.h"
+
+#include <functional>
+
+namespace tavmir::host
+{
+
+// Runs `work` on a thread of its own and returns when it does. A signal stops the session
+// meanwhile, so that every operation that the work waits for ends, with its outcome.
+void workUntilSignal(wire::StopSignal& stop, HostSession& session,
+                     const std::function<void()>& work);
+
+} // namespace tavmir::host
+
+#endif

@@ -1,0 +1,62 @@
+// Values as text.
+#include "value_row.h"
+
+#include "project/value_format.h"
+
+#include <QtCore/QDateTime>
+
+#include <algorithm>
+
+namespace tavmir::host
+{
+
+ValueRow rowOf(const PolledElement& variable, const QByteArray& bytes, qint64 ageMs)
+{
+    ValueRow row;
+    row.name = variable.name;
+    row.address = variable.element.addressText;
+    row.format = variable.format;
+    row.value = project::decodeValue(variable.element, variable.format, bytes);
+    row.ageMs = ageMs;
+    return row;
+}
+
+std::vector<ValueRow> rowsOf(const ValueFold& values, Clock::time_point now)
+{
+    std::vector<ValueRow> rows;
+    for (size_t i = 0; i < values.variables().size(); ++i) {
+        const PolledElement& variable = values.variables()[i];
+        const FoldedValue value = values.value(i);
+        if (value.readAt) {
+            const auto age =
+                std::chrono::duration_cast<std::chrono::milliseconds>(now - *value.readAt);
+            rows.push_back(rowOf(variable, value.bytes, std::max<qint64>(0, age.count())));
+            continue;
+        }
+        ValueRow row;
+        row.name = variable.name;
+        row.address = variable.element.addressText;
+        row.format = variable.format;
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+QString printable(const QString& text)
+{
+    QString shown;
+    for (const QChar character : text) {
+        shown += character.isPrint() ? QString(character)
+                                     : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
+    }
+    return shown;
+}
+
+QString utcText(WallClock::time_point time)
+{
+    const auto ms =
+        std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
+    return QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC).toString(Qt::ISODateWithMs);
+}
+
+} // namespace tavmir::host

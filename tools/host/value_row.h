@@ -1,0 +1,37 @@
+// One value as it is shown: beside what it is called, how old it is.
+#ifndef TAVMIR_HOST_VALUE_ROW_H
+#define TAVMIR_HOST_VALUE_ROW_H
+
+#include "feed/value_fold.h"
+
+#include <QtCore/QString>
+
+#include <optional>
+#include <vector>
+
+namespace tavmir::host
+{
+
+struct ValueRow {
+    QString name;
+    QString address;
+    QString value; // null: never read
+    project::Format format = project::Format::automatic;
+    std::optional<qint64> ageMs; // none: never read
+};
+
+// bytes  as the driver's calls give them
+ValueRow rowOf(const PolledElement& variable, const QByteArray& bytes, qint64 ageMs);
+
+// Every variable of the fold as it stands now, in its order.
+std::vector<ValueRow> rowsOf(const ValueFold& values, Clock::time_point now);
+
+// What cannot be printed is shown as \xNN.
+QString printable(const QString& text);
+
+// "2026-03-01T12:00:00.123Z"
+QString utcText(WallClock::time_point time);
+
+} // namespace tavmir::host
+
+#endif
