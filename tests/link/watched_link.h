@@ -23,14 +23,15 @@ public:
     {
     }
 
-    // Sends and waits; what came is in `reply` when the end is `reply`.
+    // Sends and waits; what came is in `reply` when something did.
     ExchangeEnd exchange(const QByteArray& request, QByteArray& reply)
     {
         FeedEntry entry;
         link.exchange(request.constData(), static_cast<size_t>(request.size()), reply,
-                      entry.exchange, true);
-        entry.exchange.expectedReply = entry.exchange.replySize;
-        last = entry.exchange;
+                      entry.exchange);
+        copyExchange(entry.exchange, request.constData(), reply.constData(), last);
+        last.expectedReply = last.replySize;
+        entry.exchange = last;
         figures.take(entry);
         return last.end;
     }

@@ -36,7 +36,7 @@ std::vector<int> keysOf(const QList<RW_VAR>& list)
 
 HostUnderTest::HostUnderTest(int port, int replyTimeoutMs, std::uint64_t seed)
     : words_(), link_(linkTo(port, replyTimeoutMs),
-            [this](const host::FeedEntry& entry) { figures_.take(entry); }),
+                      [this](const host::FeedEntry& entry) { figures_.take(entry); }),
       seed_(seed)
 {
     active = this;
@@ -130,8 +130,8 @@ void HostUnderTest::runCycle()
             link_.idle(3);
         } else {
             const auto size = static_cast<std::size_t>(request->frameLength);
-            answered = link_.exchange(request->frame.constData(), size, reply, entry.exchange,
-                                      true) == host::ExchangeEnd::reply;
+            answered = link_.exchange(request->frame.constData(), size, reply, entry.exchange) ==
+                       host::ExchangeEnd::reply;
             figures_.take(entry);
         }
         const std::shared_lock<std::shared_mutex> gate(gate_);

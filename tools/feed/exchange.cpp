@@ -8,10 +8,14 @@
 namespace tavmir::host
 {
 
-void copyExchange(const Exchange& from, Exchange& to)
+void copyExchange(const Exchange& from, const char* request, const char* reply, Exchange& to)
 {
-    std::memcpy(static_cast<void*>(&to), &from, offsetof(Exchange, request) + from.requestKept());
-    std::memcpy(to.reply, from.reply, from.replyKept());
+    const void* const requestBytes =
+        request != nullptr ? request : static_cast<const void*>(from.request);
+    const void* const replyBytes = reply != nullptr ? reply : static_cast<const void*>(from.reply);
+    std::memcpy(static_cast<void*>(&to), &from, offsetof(Exchange, request));
+    std::memcpy(to.request, requestBytes, from.requestKept());
+    std::memcpy(to.reply, replyBytes, from.replyKept());
 }
 
 QString exceptionInWords(quint8 code)

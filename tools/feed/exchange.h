@@ -29,7 +29,6 @@ enum class ExchangeEnd : quint8 {
     stopped     // the host stops
 };
 
-// Only what describes the bytes is set while they are not wanted.
 struct Exchange {
     // A request has at most 237 bytes and the reply that is expected at most 237: 38 words with
     // their addresses. What is longer is cut here; the sizes are the true ones.
@@ -65,7 +64,8 @@ struct Exchange {
 };
 
 // Copies what is set, not the room behind it.
-void copyExchange(const Exchange& from, Exchange& to);
+//   request, reply  bytes in place of those in `from`; null: its own
+void copyExchange(const Exchange& from, const char* request, const char* reply, Exchange& to);
 
 // "exception 2 (illegal data address)"
 QString exceptionInWords(quint8 code);

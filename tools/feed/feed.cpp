@@ -68,7 +68,7 @@ bool Feed::isRead() const
     return blocks_->isRead();
 }
 
-void Feed::publish(const Exchange& exchange)
+void Feed::publish(const Exchange& exchange, const char* request, const char* reply)
 {
     if (!isRead()) {
         return;
@@ -81,7 +81,7 @@ void Feed::publish(const Exchange& exchange)
         entry.kind = FeedKind::exchange;
         entry.at = exchange.endedAt;
         entry.wall = exchange.endedWall;
-        copyExchange(exchange, entry.exchange);
+        copyExchange(exchange, request, reply, entry.exchange);
     };
     blocks_->publish(fill, nullptr);
 }

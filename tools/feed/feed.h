@@ -87,7 +87,10 @@ public:
     bool isRead() const;
 
     // Any thread.
-    void publish(const Exchange& exchange);
+    //   request, reply  bytes in place of those in `exchange`, as many as its sizes say; null: its
+    //                   own
+    void publish(const Exchange& exchange, const char* request = nullptr,
+                 const char* reply = nullptr);
     void publish(const FeedEntry& entry);
 
 private:

@@ -86,6 +86,7 @@ void ValueFold::findUsers(std::vector<Group>& groups, std::vector<Variable>& fol
             group.users.push_back(variable);
             if (folds[variable].slots.size() > 1) {
                 group.ofMany[slot] = true;
+                group.hasMany = true;
             }
         }
         for (size_t slot = 0; slot < group.slots.size(); ++slot) {
@@ -157,7 +158,7 @@ void ValueFold::take(const FeedEntry& entry, const Changed& changed)
         return;
     }
     changed_.clear();
-    takeReply(entry.exchange);
+    takeReply(entry.exchange, static_cast<bool>(changed));
     if (changed) {
         for (const quint32 variable : changed_) {
             changed(variable);
@@ -165,7 +166,7 @@ void ValueFold::take(const FeedEntry& entry, const Changed& changed)
     }
 }
 
-void ValueFold::takeReply(const Exchange& exchange)
+void ValueFold::takeReply(const Exchange& exchange, bool changesWanted)
 {
     const wire::FunctionCode* function =
         wire::findFunctionCode(exchange.request[wire::kFunctionOffset]);
@@ -179,34 +180,48 @@ void ValueFold::takeReply(const Exchange& exchange)
     if (group == groups_.end()) {
         return;
     }
-    const Clock::rep at = exchange.endedAt.time_since_epoch().count();
-    const unsigned char* entry = exchange.reply + wire::kHeaderBytes;
-    const unsigned char* end = exchange.reply + exchange.replyKept();
-    // Neighbours in the request are neighbours here: only the first is searched.
-    size_t slot = group->slots.size();
-    for (; entry + function->entryBytes() <= end; entry += function->entryBytes()) {
-        const auto address = static_cast<qint32>(wire::bigEndian32(entry));
-        ++slot;
-        if (slot >= group->slots.size() || group->slots[slot].address != address) {
-            slot = find(*group, address);
-        }
-        if (slot < group->slots.size()) {
-            takeNumber(*group, slot,
-                       wire::bigEndianNumber(entry + wire::kAddressBytes, function->valueBytes),
-                       at);
-        }
+    switch (group->elements) {
+    case ElementClass::bits:
+        takeEntries<1>(*group, exchange, changesWanted);
+        break;
+    case ElementClass::words:
+        takeEntries<2>(*group, exchange, changesWanted);
+        break;
+    case ElementClass::doubleWords:
+        takeEntries<4>(*group, exchange, changesWanted);
+        break;
     }
 }
 
-void ValueFold::takeNumber(Group& group, size_t slot, quint32 number, Clock::rep at)
+// Millions a second go through here: neighbours in the request are neighbours in the slots, so only
+// the first is searched, and what nobody wants to know is not looked at.
+template <size_t ValueBytes>
+void ValueFold::takeEntries(Group& group, const Exchange& exchange, bool changesWanted)
 {
-    Slot& place = group.slots[slot];
-    const bool wasKnown = place.readAt != 0;
-    const quint32 before = place.number;
-    place.number = number;
-    place.readAt = at;
-    if (!wasKnown || before != number || group.ofMany[slot]) {
-        slotCame(group, slot, wasKnown, before);
+    constexpr size_t kEntryBytes = wire::kAddressBytes + ValueBytes;
+    const Clock::rep at = exchange.endedAt.time_since_epoch().count();
+    const bool looksAtUsers = changesWanted || group.hasMany;
+    const unsigned char* entry = exchange.reply + wire::kHeaderBytes;
+    Slot* const slots = group.slots.data();
+    const size_t end = group.slots.size();
+    size_t slot = end;
+    for (size_t left = (exchange.replyKept() - wire::kHeaderBytes) / kEntryBytes; left > 0;
+         --left, entry += kEntryBytes) {
+        const auto address = static_cast<qint32>(wire::bigEndian32(entry));
+        ++slot;
+        if (slot >= end || slots[slot].address != address) {
+            slot = find(group, address);
+            if (slot == end) {
+                continue;
+            }
+        }
+        const bool wasKnown = slots[slot].readAt != 0;
+        const quint32 before = slots[slot].number;
+        slots[slot].number = wire::bigEndianNumber(entry + wire::kAddressBytes, ValueBytes);
+        slots[slot].readAt = at;
+        if (looksAtUsers && (!wasKnown || before != slots[slot].number || group.ofMany[slot])) {
+            slotCame(group, slot, wasKnown, before);
+        }
     }
 }
 

@@ -55,6 +55,7 @@ private:
         std::vector<quint32> firstUser; // of each slot, and the end of the last one's
         std::vector<quint32> users;     // variables
         std::vector<bool> ofMany;       // the slot is part of a variable of several elements
+        bool hasMany = false;           // some slot is
     };
     struct Variable {
         quint32 group = 0;
@@ -71,8 +72,9 @@ private:
     static void findUsers(std::vector<Group>& groups, std::vector<Variable>& folds);
     void keepShown(const std::vector<PolledElement>& variables, std::vector<Variable>& folds) const;
 
-    void takeReply(const Exchange& exchange);
-    void takeNumber(Group& group, size_t slot, quint32 number, Clock::rep at);
+    void takeReply(const Exchange& exchange, bool changesWanted);
+    template <size_t ValueBytes>
+    void takeEntries(Group& group, const Exchange& exchange, bool changesWanted);
     void slotCame(const Group& group, size_t slot, bool wasKnown, quint32 before);
     void partCame(quint32 variable, size_t slot);
     QByteArray bytesOf(const Variable& fold) const;

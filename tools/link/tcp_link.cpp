@@ -61,7 +61,7 @@ void TcpLink::close()
 }
 
 ExchangeEnd TcpLink::exchange(const char* request, size_t size, QByteArray& reply,
-                              Exchange& exchange, bool wanted)
+                              Exchange& exchange)
 {
     tellDropped();
     exchange.sentBytes = 0;
@@ -70,9 +70,6 @@ ExchangeEnd TcpLink::exchange(const char* request, size_t size, QByteArray& repl
     exchange.exceptionCode = 0;
     exchange.replyTimeoutMs = static_cast<quint32>(options_.replyTimeoutMs);
     exchange.requestSize = static_cast<quint32>(size);
-    if (wanted) {
-        std::memcpy(exchange.request, request, exchange.requestKept());
-    }
     exchange.sentAt = Clock::now();
     exchange.end = ExchangeEnd::notSent;
     if (socket_ < 0) {
@@ -85,20 +82,16 @@ ExchangeEnd TcpLink::exchange(const char* request, size_t size, QByteArray& repl
     if (socket_ >= 0) {
         const std::optional<ExchangeEnd> unsent = send(request, exchange);
         const auto* bytes = reinterpret_cast<const unsigned char*>(request);
-        exchange.end =
-            unsent ? *unsent : awaitReply(wire::viewFrame(bytes, size), reply, exchange, wanted);
+        exchange.end = unsent ? *unsent : awaitReply(wire::viewFrame(bytes, size), reply, exchange);
     }
     exchange.receivedBytes = received_;
     received_ = 0;
     exchange.endedAt = Clock::now();
-    if (wanted) {
-        exchange.endedWall = WallClock::now();
-    }
+    exchange.endedWall = WallClock::now();
     return exchange.end;
 }
 
-ExchangeEnd TcpLink::awaitReply(const FrameView& request, QByteArray& reply, Exchange& exchange,
-                                bool wanted)
+ExchangeEnd TcpLink::awaitReply(const FrameView& request, QByteArray& reply, Exchange& exchange)
 {
     const Deadline deadline(exchange.sentAt, options_.replyTimeoutMs);
     for (;;) {
@@ -125,7 +118,7 @@ ExchangeEnd TcpLink::awaitReply(const FrameView& request, QByteArray& reply, Exc
         }
         const ReplyKind kind = classifyReply(request, frame);
         if (kind != ReplyKind::foreign) {
-            return takeFrame(frame, kind == ReplyKind::exception, reply, exchange, wanted);
+            return takeFrame(frame, kind == ReplyKind::exception, reply, exchange);
         }
         ++exchange.foreignFrames;
         if (deadline.passed()) {
@@ -135,22 +128,19 @@ ExchangeEnd TcpLink::awaitReply(const FrameView& request, QByteArray& reply, Exc
 }
 
 ExchangeEnd TcpLink::takeFrame(const FrameView& frame, bool isException, QByteArray& reply,
-                               Exchange& exchange, bool wanted)
+                               Exchange& exchange)
 {
     if (!proven_) {
         proven_ = true;
         pause_.reset();
     }
     exchange.replySize = static_cast<quint32>(frame.size);
-    if (wanted) {
-        std::memcpy(exchange.reply, frame.bytes, exchange.replyKept());
-    }
+    reply.resize(static_cast<int>(frame.size));
+    std::memcpy(reply.data(), frame.bytes, frame.size);
     if (isException) {
         exchange.exceptionCode = frame.bytes[wire::kCountOffset];
         return ExchangeEnd::exception;
     }
-    reply.resize(static_cast<int>(frame.size));
-    std::memcpy(reply.data(), frame.bytes, frame.size);
     return ExchangeEnd::reply;
 }
 

@@ -59,11 +59,10 @@ public:
 
     // Sends `size` bytes and waits for the reply, at most the reply time-out; without a
     // connection it waits for the next attempt within that time, and an attempt may take the
-    // connect time-out on top. `reply` is changed only when the end is `reply`.
-    //   exchange  filled in but for generation, attempt, expectedReply and kind
-    //   wanted    false: its bytes are not
-    ExchangeEnd exchange(const char* request, size_t size, QByteArray& reply, Exchange& exchange,
-                         bool wanted);
+    // connect time-out on top. `reply` is changed only by a reply or an exception: it holds that
+    // frame then.
+    //   exchange  filled in but for the frames' bytes and generation, attempt, expectedReply, kind
+    ExchangeEnd exchange(const char* request, size_t size, QByteArray& reply, Exchange& exchange);
 
     // Waits until the next attempt to connect is due, and makes it. True when connected; false
     // also when stopped.
@@ -99,10 +98,9 @@ private:
     Received awaitBytes(const Deadline& deadline, bool wakeable);
     // flags  of recv(); without MSG_DONTWAIT it sleeps for a slice
     Received takeBytes(int flags);
-    ExchangeEnd awaitReply(const FrameView& request, QByteArray& reply, Exchange& exchange,
-                           bool wanted);
+    ExchangeEnd awaitReply(const FrameView& request, QByteArray& reply, Exchange& exchange);
     ExchangeEnd takeFrame(const FrameView& frame, bool isException, QByteArray& reply,
-                          Exchange& exchange, bool wanted);
+                          Exchange& exchange);
     ExchangeEnd giveUpWaiting();
     // What ended the sleep: stop(), wake() when `wakeable`, or the time.
     Received sleepUntil(Clock::time_point end, bool wakeable);

@@ -5,7 +5,6 @@
 #include "wire/frame_layout.h"
 
 #include <algorithm>
-#include <cstring>
 #include <set>
 
 namespace tavmir::host
@@ -165,21 +164,20 @@ ExchangeEnd CycleThread::perform(const Protocol& request)
     exchange_.kind = inFlight.kind();
     exchange_.expectedReply = static_cast<quint32>(request.replyLength);
     elements_ = static_cast<quint8>(request.frame.at(static_cast<int>(wire::kCountOffset)));
-    const bool wanted = state_.feed.isRead();
     if (state_.stationsSwitched.load(std::memory_order_relaxed) &&
         state_.api.stationDisabled(request.var.station)) {
-        suppress(request, wanted);
+        suppress(request);
     } else {
         link_.exchange(request.frame.constData(), static_cast<size_t>(request.frameLength), reply_,
-                       exchange_, wanted);
+                       exchange_);
     }
     problem_ = exchange_.isGood() ? QString() : endInWords(exchange_, link_.problem());
     // Before the driver reports anything: whoever awaits an operation finds its exchange told.
-    state_.feed.publish(exchange_);
+    state_.feed.publish(exchange_, request.frame.constData(), reply_.constData());
     return exchange_.end;
 }
 
-void CycleThread::suppress(const Protocol& request, bool wanted)
+void CycleThread::suppress(const Protocol& request)
 {
     exchange_.sentAt = Clock::now();
     exchange_.end = ExchangeEnd::suppressed;
@@ -189,9 +187,6 @@ void CycleThread::suppress(const Protocol& request, bool wanted)
     exchange_.replySize = 0;
     exchange_.exceptionCode = 0;
     exchange_.requestSize = static_cast<quint32>(request.frameLength);
-    if (wanted) {
-        std::memcpy(exchange_.request, request.frame.constData(), exchange_.requestKept());
-    }
     link_.idle(kSuppressedMs);
     exchange_.endedAt = Clock::now();
     exchange_.endedWall = WallClock::now();

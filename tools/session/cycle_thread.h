@@ -53,7 +53,7 @@ private:
     Protocol* nextRequest();
     Protocol* chooseRequest();
     ExchangeEnd perform(const Protocol& request);
-    void suppress(const Protocol& request, bool wanted);
+    void suppress(const Protocol& request);
     void takeReply();
     void reportEnded(bool gaveUp);
     void linkChanged(const FeedEntry& entry);
