@@ -41,12 +41,12 @@ std::vector<int> numbersOf(FaultKind kind, const std::vector<FaultKind>& kinds)
 
 TEST(FaultRule, ReadsAllThreeFormsOfEveryKind)
 {
-    for (int i = 1; i < kFaultKinds; ++i) {
-        const auto kind = static_cast<FaultKind>(i);
-        const std::string name = faultName(kind);
-        EXPECT_EQ(rule((name + "=0.25").c_str()).kind, kind);
-        EXPECT_EQ(rule((name + "@7").c_str()).kind, kind);
-        EXPECT_EQ(rule((name + "%3").c_str()).kind, kind);
+    for (std::size_t i = 1; i < kFaultKinds; ++i) {
+        const FaultRow& row = kFaultTable[i];
+        const std::string name = row.name;
+        EXPECT_EQ(rule((name + "=0.25").c_str()).kind, row.kind);
+        EXPECT_EQ(rule((name + "@7").c_str()).kind, row.kind);
+        EXPECT_EQ(rule((name + "%3").c_str()).kind, row.kind);
     }
     EXPECT_EQ(rule("drop=0.25").when, FaultRule::When::Probability);
     EXPECT_EQ(rule("drop=0.25").probability, 0.25);
@@ -54,6 +54,15 @@ TEST(FaultRule, ReadsAllThreeFormsOfEveryKind)
     EXPECT_EQ(rule("drop@7").number, 7u);
     EXPECT_EQ(rule("drop%3").when, FaultRule::When::Every);
     EXPECT_EQ(rule("drop%3").number, 3u);
+}
+
+TEST(FaultRule, ListsTheKindsThereAre)
+{
+    QString problem;
+    EXPECT_FALSE(parseFaultRule("boom@1", &problem));
+    EXPECT_EQ(problem.toStdString(),
+              "unknown fault \"boom\"; there are lose, drop, delay, late, truncate, oversize, cut, "
+              "corrupt, duplicate, disconnect, refuse");
 }
 
 TEST(FaultRule, RefusesWhatIsNoneAndSaysWhy)

@@ -77,10 +77,12 @@ TEST(Options, HelpNamesEveryOptionAndFault)
     for (const char* option : {"--listen", "--project", "--trace", "--fault", "--seed",
                                "--delay-ms", "--late-ms", "--refuse-ms"})
         EXPECT_TRUE(help.contains(QLatin1String(option))) << option;
-    for (int i = 1; i < kFaultKinds; ++i) {
-        const char* name = faultName(static_cast<FaultKind>(i));
-        EXPECT_TRUE(help.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(name)))) << name;
+    for (std::size_t i = 1; i < kFaultKinds; ++i) {
+        const QString line =
+            QString("\n  %1%2").arg(kFaultTable[i].name, -12).arg(kFaultTable[i].help);
+        EXPECT_TRUE(help.contains(line)) << line.toStdString();
     }
+    EXPECT_FALSE(help.contains("\n  none"));
 }
 
 TEST(Options, EndpointsAreReadAndWritten)

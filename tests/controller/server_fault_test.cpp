@@ -36,6 +36,20 @@ protected:
 
 } // namespace
 
+TEST_F(ControllerFaults, LoseNeitherAnswersNorCarriesTheRequestOut)
+{
+    startWith({"lose@1", "lose@3"});
+    client.send(writeFrame(1, 1, 103, {{16, hex("0700")}}));
+    client.send(readFrame(2, 1, 102, {16}));
+    client.send(frame(3, 1, 66, 1)); // nor is it refused
+    client.send(readFrame(4, 1, 102, {16}));
+    EXPECT_EQ(client.receive(30), frame(2, 1, 102, 1, hex("00000010 0000")) +
+                                      frame(4, 1, 102, 1, hex("00000010 0000")));
+    EXPECT_TRUE(client.isConnected());
+    EXPECT_EQ(client.waiting(), 0);
+    EXPECT_EQ(faults(FaultKind::Lose), 2u);
+}
+
 TEST_F(ControllerFaults, DropGivesNoReplyButCarriesTheRequestOut)
 {
     startWith({"drop@1"});
@@ -317,7 +331,7 @@ TEST_F(ControllerFaults, ProbabilitiesFollowTheSeed)
     for (const FaultKind kind :
          {FaultKind::Truncate, FaultKind::Oversize, FaultKind::Corrupt, FaultKind::Duplicate,
           FaultKind::Drop, FaultKind::Delay, FaultKind::Cut}) {
-        EXPECT_GT(faults(kind), 5u) << faultName(kind);
+        EXPECT_GT(faults(kind), 5u) << faultRow(kind).name;
     }
 }
 
@@ -349,5 +363,5 @@ TEST_F(ControllerFaults, ConnectionFaultsFollowTheSeedToo)
         ASSERT_EQ(current->exchange(request(i), 15), goodReply(i)) << i;
     }
     for (const FaultKind kind : {FaultKind::Disconnect, FaultKind::Refuse, FaultKind::Late})
-        EXPECT_GT(faults(kind), 3u) << faultName(kind);
+        EXPECT_GT(faults(kind), 3u) << faultRow(kind).name;
 }

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace tavmir::controller;
 using namespace tavmir::test;
 
@@ -143,14 +145,79 @@ TEST(Simulation, CountsWhatItIsAsked)
     EXPECT_EQ(statistics.faultsOf(FaultKind::Drop), 1u);
 }
 
-TEST(Simulation, ARequestWithAFaultIsCarriedOutAllTheSame)
+TEST(Simulation, ARequestWithAFaultIsCarriedOutAllTheSameUnlessItIsLost)
+{
+    for (const FaultRow& row : kFaultTable) {
+        if (row.kind == FaultKind::None || row.kind == FaultKind::Lose) {
+            continue;
+        }
+        QString problem;
+        Simulation simulation(FaultPlan({*parseFaultRule(row.name + QString("=1"), &problem)}));
+        const auto outcome = simulation.take(writeFrame(1, 1, 103, {{16, hex("3412")}}));
+        EXPECT_EQ(outcome.fault, row.kind);
+        EXPECT_EQ(outcome.reply, frame(1, 1, 103, 1)) << "the fault is left to whoever sends";
+        EXPECT_EQ(simulation.memory().read(1, 16, 16), 0x1234u) << row.name;
+        EXPECT_EQ(simulation.statistics().elementsWritten, 1u);
+    }
+}
+
+TEST(Simulation, ALostWriteChangesNothingAndIsCounted)
 {
     QString problem;
-    Simulation simulation(FaultPlan({*parseFaultRule(QStringLiteral("drop=1"), &problem)}));
-    const auto outcome = simulation.take(writeFrame(1, 1, 103, {{16, hex("3412")}}));
-    EXPECT_EQ(outcome.fault, FaultKind::Drop);
-    EXPECT_EQ(outcome.reply, frame(1, 1, 103, 1)) << "the fault is left to whoever sends";
+    Simulation simulation(FaultPlan({*parseFaultRule("lose@2", &problem)}));
+    simulation.take(writeFrame(1, 1, 103, {{16, hex("3412")}}));
+    const auto outcome = simulation.take(writeFrame(2, 1, 103, {{16, hex("7856")}}));
+    EXPECT_EQ(outcome.fault, FaultKind::Lose);
+    EXPECT_EQ(outcome.reply, QByteArray());
+    EXPECT_EQ(outcome.request.transactionId, 2) << "for the trace";
     EXPECT_EQ(simulation.memory().read(1, 16, 16), 0x1234u);
+    const Statistics& statistics = simulation.statistics();
+    EXPECT_EQ(statistics.requests, 2u);
+    EXPECT_EQ(statistics.requestsByFunction.at(103), 2u);
+    EXPECT_EQ(statistics.elementsWritten, 1u);
+    EXPECT_EQ(statistics.faultsOf(FaultKind::Lose), 1u);
+    EXPECT_TRUE(statistics.text().contains("\nfaults: 1\nfaults lose: 1\n"));
+}
+
+TEST(Simulation, ALostRequestThatMakesNoSenseIsNoException)
+{
+    QString problem;
+    Simulation simulation(FaultPlan({*parseFaultRule("lose=1", &problem)}));
+    EXPECT_EQ(simulation.take(frame(1, 1, 33, 1)).reply, QByteArray());
+    EXPECT_EQ(simulation.take(frame(2, 1, 102, 9)).reply, QByteArray());
+    EXPECT_TRUE(simulation.statistics().exceptions.empty());
+    EXPECT_EQ(simulation.statistics().requestsOfUnknownFunction, 1u);
+    EXPECT_EQ(simulation.statistics().requests, 2u);
+}
+
+namespace
+{
+
+// Which of 500 writes, each to a place of its own, are in the memory.
+std::vector<bool> writesThatAreThere(std::uint64_t seed)
+{
+    QString problem;
+    Simulation simulation(FaultPlan({*parseFaultRule("lose=0.3", &problem)}, seed));
+    std::vector<bool> there;
+    for (int i = 0; i < 500; ++i) {
+        const auto address = static_cast<std::uint32_t>(16 * i);
+        const auto outcome = simulation.take(writeFrame(i, 1, 103, {{address, hex("0100")}}));
+        there.push_back(simulation.memory().read(1, address, 16) == 1);
+        EXPECT_EQ(there.back(), outcome.fault != FaultKind::Lose) << i;
+    }
+    return there;
+}
+
+} // namespace
+
+TEST(Simulation, TheSeedSaysWhichWritesAreLost)
+{
+    const std::vector<bool> there = writesThatAreThere(7);
+    EXPECT_EQ(there, writesThatAreThere(7));
+    EXPECT_NE(there, writesThatAreThere(8));
+    const auto lost = std::count(there.begin(), there.end(), false);
+    EXPECT_GT(lost, 100);
+    EXPECT_LT(lost, 200);
 }
 
 TEST(Statistics, PrintsOneFigurePerLine)

@@ -1,6 +1,5 @@
 #include "client_session.h"
 
-#include "fault_effects.h"
 #include "frame_bytes.h"
 #include "trace.h"
 
@@ -92,50 +91,35 @@ void ClientSession::answer(const wire::FrameView& request)
         QString line = QStringLiteral("client %1 > ").arg(number_);
         line += requestInWords(bytes, outcome.request, simulation_.names());
         if (outcome.fault != FaultKind::None)
-            line += QStringLiteral(" [%1]").arg(QLatin1String(faultName(outcome.fault)));
+            line += QStringLiteral(" [%1]").arg(faultRow(outcome.fault).name);
         settings_.trace(line);
     }
-    sendWithFault(outcome.reply, outcome.fault);
+    faultRow(outcome.fault).answer(*this, outcome.reply);
 }
 
-void ClientSession::sendWithFault(const QByteArray& reply, FaultKind fault)
+void ClientSession::send(const QByteArray& reply)
 {
-    SeededRandom& random = simulation_.faults().detail();
-    switch (fault) {
-    case FaultKind::None:
-        outbox_->send(reply);
-        break;
-    case FaultKind::Drop:
-        break;
-    case FaultKind::Delay:
-        outbox_->hold(reply, settings_.delayMs);
-        break;
-    case FaultKind::Late:
-        outbox_->sendLate(reply, settings_.lateMs);
-        break;
-    case FaultKind::Truncate:
-        outbox_->send(truncated(reply, random));
-        break;
-    case FaultKind::Oversize:
-        outbox_->send(oversized(reply, random));
-        break;
-    case FaultKind::Cut:
-        outbox_->send(cutShort(reply, random));
-        break;
-    case FaultKind::Corrupt:
-        outbox_->send(corrupted(reply, random));
-        break;
-    case FaultKind::Duplicate:
-        outbox_->send(reply);
-        outbox_->send(reply);
-        break;
-    case FaultKind::Disconnect:
-        close();
-        break;
-    case FaultKind::Refuse:
-        events_.refuse();
-        break;
-    }
+    outbox_->send(reply);
+}
+
+void ClientSession::sendDelayed(const QByteArray& reply)
+{
+    outbox_->hold(reply, settings_.delayMs);
+}
+
+void ClientSession::sendLate(const QByteArray& reply)
+{
+    outbox_->sendLate(reply, settings_.lateMs);
+}
+
+void ClientSession::closeAllAndRefuse()
+{
+    events_.refuse();
+}
+
+SeededRandom& ClientSession::random()
+{
+    return simulation_.faults().detail();
 }
 
 void ClientSession::closeIfTooSlow()

@@ -23,7 +23,7 @@
 namespace tavmir::controller
 {
 
-class ClientSession : public QObject
+class ClientSession : public QObject, private FaultyLine
 {
 public:
     struct Events {
@@ -40,13 +40,18 @@ public:
     void start();
 
     // Drops the connection with whatever waits in it.
-    void close();
+    void close() override;
 
 private:
+    void send(const QByteArray& reply) override;
+    void sendDelayed(const QByteArray& reply) override;
+    void sendLate(const QByteArray& reply) override;
+    void closeAllAndRefuse() override;
+    SeededRandom& random() override;
+
     void takeBytes();
     void takeFrames(const QByteArray& bytes);
     void answer(const wire::FrameView& request);
-    void sendWithFault(const QByteArray& reply, FaultKind fault);
     void closeForItsFault(const QString& why);
     void closeIfTooSlow();
     void traceSent(const QByteArray& reply);

@@ -10,17 +10,14 @@ namespace tavmir::controller
 namespace
 {
 
-constexpr const char* kFaultNames[kFaultKinds] = {"none",      "drop",       "delay", "late",
-                                                  "truncate",  "oversize",   "cut",   "corrupt",
-                                                  "duplicate", "disconnect", "refuse"};
-
 constexpr std::uint64_t kSeedStep = 0x9E3779B97F4A7C15; // sets the draws of the rules apart
 
 FaultKind kindNamed(const QString& name)
 {
-    for (int i = 1; i < kFaultKinds; ++i) {
-        if (name == QLatin1String(kFaultNames[i]))
-            return static_cast<FaultKind>(i);
+    for (const FaultRow& row : kFaultTable) {
+        if (name == row.name) {
+            return row.kind;
+        }
     }
     return FaultKind::None;
 }
@@ -28,9 +25,10 @@ FaultKind kindNamed(const QString& name)
 QString kindList()
 {
     QStringList names;
-    for (int i = 1; i < kFaultKinds; ++i)
-        names.append(QLatin1String(kFaultNames[i]));
-    return names.join(QStringLiteral(", "));
+    for (const FaultRow& row : kFaultTable) {
+        names.append(row.name);
+    }
+    return names.mid(1).join(", ");
 }
 
 int findMark(const QString& text)
@@ -44,11 +42,6 @@ int findMark(const QString& text)
 }
 
 } // namespace
-
-const char* faultName(FaultKind kind)
-{
-    return kFaultNames[static_cast<int>(kind)];
-}
 
 std::optional<FaultRule> parseFaultRule(const QString& text, QString* problem)
 {

@@ -1,10 +1,9 @@
 // Which request meets which fault. Decided by rules and a seed alone: the same rules, the same
 // seed and the same number of requests give the same faults in the same places.
-//
-// A fault is one of the reply: the request it answers has been carried out before.
 #ifndef TAVMIR_CONTROLLER_FAULT_PLAN_H
 #define TAVMIR_CONTROLLER_FAULT_PLAN_H
 
+#include "fault_kinds.h"
 #include "seeded_random.h"
 
 #include <QtCore/QString>
@@ -15,24 +14,6 @@
 
 namespace tavmir::controller
 {
-
-enum class FaultKind {
-    None,
-    Drop,       // no reply
-    Delay,      // the reply waits, and later replies of this client wait behind it
-    Late,       // the reply waits, later ones pass it
-    Truncate,   // a whole frame with bytes missing at its end, its length field made true
-    Oversize,   // a whole frame with bytes added at its end, its length field made true
-    Cut,        // the frame ends in its middle: the length field promises more than comes
-    Corrupt,    // the top bit of one of the 9 header bytes is flipped
-    Duplicate,  // the reply comes twice
-    Disconnect, // the connection is closed instead of a reply
-    Refuse      // all connections are closed, new ones are refused for a while
-};
-constexpr int kFaultKinds = 11; // None included
-
-// "drop", "delay", …; what rules are written with and statistics are shown with.
-const char* faultName(FaultKind kind);
 
 struct FaultRule {
     enum class When { Probability, Once, Every };
@@ -57,7 +38,7 @@ public:
     // a rule behind others does not move theirs.
     FaultKind next();
 
-    // For what a fault needs beside its kind: how many bytes, which byte.
+    // Where faults take what they need beside their kind.
     SeededRandom& detail() { return detail_; }
 
 private:

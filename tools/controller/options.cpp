@@ -18,24 +18,24 @@ const char* const kDescription =
     "It prints \"listening on HOST:PORT\" when it is ready, and its statistics when SIGINT or\n"
     "SIGTERM ends it.\n"
     "\n"
-    "Faults (--fault, may be given several times) happen to replies; the request itself has been\n"
-    "carried out. Requests are counted from 1 over all clients. When several apply to one "
-    "request,\n"
-    "the first one given counts. The same --seed makes the same choices.\n"
+    "Faults (--fault, may be given several times) happen to replies; but for lose, the request\n"
+    "itself has been carried out. Requests are counted from 1 over all clients. When several\n"
+    "apply to one request, the first one given counts. The same --seed makes the same choices.\n"
     "  KIND=P      with probability P (0 to 1) at each request\n"
     "  KIND@N      at the N-th request\n"
     "  KIND%N      at every N-th request\n"
-    "KIND is one of:\n"
-    "  drop        no reply\n"
-    "  delay       the reply comes --delay-ms later; later replies wait behind it\n"
-    "  late        the reply comes --late-ms later; later replies pass it\n"
-    "  truncate    the reply lacks bytes at its end; its length field is that of the rest\n"
-    "  oversize    the reply has bytes too many at its end; its length field counts them\n"
-    "  cut         the reply stops in its middle; its length field promises more\n"
-    "  corrupt     the top bit of one byte of the reply's header is flipped\n"
-    "  duplicate   the reply comes twice\n"
-    "  disconnect  the connection is closed instead of a reply\n"
-    "  refuse      all connections are closed, and new ones refused for --refuse-ms";
+    "KIND is one of:";
+
+QString description()
+{
+    QString text = kDescription;
+    for (const FaultRow& row : kFaultTable) {
+        if (row.kind != FaultKind::None) {
+            text += QString("\n  %1%2").arg(row.name, -12).arg(row.help);
+        }
+    }
+    return text;
+}
 
 // Collects the first thing that is wrong.
 class Values
@@ -125,7 +125,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
 {
     CommandLine line;
     QCommandLineParser parser;
-    parser.setApplicationDescription(QLatin1String(kDescription));
+    parser.setApplicationDescription(description());
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Print this and end."));
     parser.addOption(help);

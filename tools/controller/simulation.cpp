@@ -78,11 +78,15 @@ Simulation::Outcome Simulation::take(const QByteArray& frame)
 {
     Outcome outcome;
     outcome.request = parseRequest(frame);
+    outcome.fault = faults_.next();
+    statistics_.countFault(outcome.fault);
+    if (!faultRow(outcome.fault).carriesOut) {
+        statistics_.countLostRequest(outcome.request);
+        return outcome;
+    }
     const Answer answer = carryOut(outcome.request, memory_);
     outcome.reply = answer.reply;
     statistics_.countRequest(outcome.request, answer.exceptionCode);
-    outcome.fault = faults_.next();
-    statistics_.countFault(outcome.fault);
     return outcome;
 }
 

@@ -34,7 +34,7 @@ public:
     // What one request frame of FrameDecoder leads to.
     struct Outcome {
         Request request;
-        QByteArray reply; // whole and right; the fault is still to be worked in
+        QByteArray reply; // whole and right, the fault still to be worked in; empty: lost
         FaultKind fault = FaultKind::None;
     };
     Outcome take(const QByteArray& frame);

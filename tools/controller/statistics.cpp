@@ -15,16 +15,27 @@ QString line(const QString& name, std::uint64_t number)
 
 void Statistics::countRequest(const Request& request, std::uint8_t exceptionCode)
 {
-    ++requests;
-    if (request.functionCode)
-        ++requestsByFunction[request.function];
-    else
-        ++requestsOfUnknownFunction;
+    countArrival(request);
     if (exceptionCode != 0) {
         ++exceptions[exceptionCode];
         return;
     }
     (request.functionCode->write ? elementsWritten : elementsRead) += request.elements.size();
+}
+
+void Statistics::countLostRequest(const Request& request)
+{
+    countArrival(request);
+}
+
+void Statistics::countArrival(const Request& request)
+{
+    ++requests;
+    if (request.functionCode) {
+        ++requestsByFunction[request.function];
+    } else {
+        ++requestsOfUnknownFunction;
+    }
 }
 
 void Statistics::countFault(FaultKind kind)
@@ -49,10 +60,10 @@ QString Statistics::text() const
     for (const std::uint64_t number : faults)
         allFaults += number;
     text += line(QStringLiteral("faults"), allFaults);
-    for (int i = 1; i < kFaultKinds; ++i) {
-        const auto kind = static_cast<FaultKind>(i);
-        if (faultsOf(kind) > 0)
-            text += line(QStringLiteral("faults %1").arg(faultName(kind)), faultsOf(kind));
+    for (const FaultRow& row : kFaultTable) {
+        if (faultsOf(row.kind) > 0) {
+            text += line(QString("faults %1").arg(row.name), faultsOf(row.kind));
+        }
     }
     text += line(QStringLiteral("clients"), clients);
     text += line(QStringLiteral("clients at once at most"), clientsAtOnce);

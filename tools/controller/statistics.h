@@ -32,11 +32,16 @@ struct Statistics {
 
     // exceptionCode  0: carried out.
     void countRequest(const Request& request, std::uint8_t exceptionCode);
+    // It came, and that is all.
+    void countLostRequest(const Request& request);
     void countFault(FaultKind kind);
     std::uint64_t faultsOf(FaultKind kind) const { return faults[static_cast<std::size_t>(kind)]; }
 
     // One line per figure, "name: number", kinds that never occurred left out of the lists.
     QString text() const;
+
+private:
+    void countArrival(const Request& request);
 };
 
 } // namespace tavmir::controller
