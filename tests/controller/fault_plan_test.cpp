@@ -13,7 +13,7 @@ namespace
 FaultRule rule(const char* text)
 {
     QString problem;
-    const std::optional<FaultRule> parsed = parseFaultRule(QLatin1String(text), &problem);
+    const std::optional<FaultRule> parsed = parseFaultRule(text, &problem);
     EXPECT_TRUE(parsed) << text << ": " << problem.toStdString();
     return parsed.value_or(FaultRule());
 }
@@ -76,8 +76,8 @@ TEST(FaultRule, RefusesWhatIsNoneAndSaysWhy)
     };
     for (const auto& [text, why] : bad) {
         QString problem;
-        EXPECT_FALSE(parseFaultRule(QLatin1String(text), &problem)) << text;
-        EXPECT_TRUE(problem.contains(QLatin1String(why))) << text << ": " << problem.toStdString();
+        EXPECT_FALSE(parseFaultRule(text, &problem)) << text;
+        EXPECT_TRUE(problem.contains(why)) << text << ": " << problem.toStdString();
     }
 }
 

@@ -12,7 +12,7 @@ namespace
 CommandLine parse(const QStringList& arguments)
 {
     tavmir::test::haveApplication();
-    return parseCommandLine(QStringList(QStringLiteral("tavmir-controller")) + arguments);
+    return parseCommandLine(QStringList("tavmir-controller") + arguments);
 }
 
 std::string problemOf(const QStringList& arguments)
@@ -26,7 +26,7 @@ TEST(Options, WithoutAnyTheControllerListensOnLoopbackOnly)
 {
     const CommandLine line = parse({});
     EXPECT_EQ(line.problem, QString());
-    EXPECT_EQ(line.options.address, QHostAddress(QStringLiteral("127.0.0.1")));
+    EXPECT_EQ(line.options.address, QHostAddress("127.0.0.1"));
     EXPECT_EQ(line.options.port, 5020);
     EXPECT_EQ(line.options.projectFile, QString());
     EXPECT_FALSE(line.options.trace);
@@ -41,9 +41,9 @@ TEST(Options, TakesAllOfThem)
                "--fault", "late@9", "--seed", "18446744073709551615", "--delay-ms", "1",
                "--late-ms", "2", "--refuse-ms", "3"});
     EXPECT_EQ(line.problem, QString());
-    EXPECT_EQ(line.options.address, QHostAddress(QStringLiteral("0.0.0.0")));
+    EXPECT_EQ(line.options.address, QHostAddress("0.0.0.0"));
     EXPECT_EQ(line.options.port, 0);
-    EXPECT_EQ(line.options.projectFile, QStringLiteral("plant.json"));
+    EXPECT_EQ(line.options.projectFile, "plant.json");
     EXPECT_TRUE(line.options.trace);
     ASSERT_EQ(line.options.faults.size(), 2u);
     EXPECT_EQ(line.options.faults[0].kind, FaultKind::Drop);
@@ -76,7 +76,7 @@ TEST(Options, HelpNamesEveryOptionAndFault)
     const QString help = parse({"--help"}).printOnly;
     for (const char* option : {"--listen", "--project", "--trace", "--fault", "--seed",
                                "--delay-ms", "--late-ms", "--refuse-ms"})
-        EXPECT_TRUE(help.contains(QLatin1String(option))) << option;
+        EXPECT_TRUE(help.contains(option)) << option;
     for (std::size_t i = 1; i < kFaultKinds; ++i) {
         const QString line =
             QString("\n  %1%2").arg(kFaultTable[i].name, -12).arg(kFaultTable[i].help);
@@ -90,13 +90,13 @@ TEST(Options, EndpointsAreReadAndWritten)
     for (const char* text : {"127.0.0.1:5020", "0.0.0.0:0", "[::1]:65535"}) {
         QHostAddress address;
         quint16 port = 1;
-        EXPECT_TRUE(parseEndpoint(QLatin1String(text), &address, &port)) << text;
-        EXPECT_EQ(endpointText(address, port), QLatin1String(text));
+        EXPECT_TRUE(parseEndpoint(text, &address, &port)) << text;
+        EXPECT_EQ(endpointText(address, port), text);
     }
     QHostAddress address;
     quint16 port = 0;
-    EXPECT_TRUE(parseEndpoint(QStringLiteral("localhost:80"), &address, &port));
-    EXPECT_EQ(endpointText(address, port), QStringLiteral("127.0.0.1:80"));
+    EXPECT_TRUE(parseEndpoint("localhost:80", &address, &port));
+    EXPECT_EQ(endpointText(address, port), "127.0.0.1:80");
 }
 
 TEST(Options, BadEndpointsAreRefused)
@@ -106,6 +106,6 @@ TEST(Options, BadEndpointsAreRefused)
           "127.0.0.1:-1", "somewhere:80", "1.2.3.4.5:80", "::1:80", "[::1:80", "[]:80"}) {
         QHostAddress address;
         quint16 port = 0;
-        EXPECT_FALSE(parseEndpoint(QLatin1String(text), &address, &port)) << text;
+        EXPECT_FALSE(parseEndpoint(text, &address, &port)) << text;
     }
 }

@@ -17,7 +17,7 @@ using namespace tavmir::test;
 namespace
 {
 
-const QString kProgram = QStringLiteral(TAVMIR_CONTROLLER_PROGRAM);
+const QString kProgram = TAVMIR_CONTROLLER_PROGRAM;
 
 const char kPlant[] = R"({
   "connection": { "host": "127.0.0.1", "port": 5020, "station": 2 },
@@ -41,7 +41,7 @@ public:
         const bool ready = turnUntil(
             [this] { return process_.canReadLine() || process_.state() == QProcess::NotRunning; });
         const QString line = QString::fromUtf8(process_.readLine()).trimmed();
-        const QString start = QStringLiteral("listening on 127.0.0.1:");
+        const QString start = "listening on 127.0.0.1:";
         if (ready && line.startsWith(start))
             port_ = line.midRef(start.size()).toUShort();
     }
@@ -93,7 +93,7 @@ TEST(ControllerProgram, PrintsItsStatisticsWhenSigtermEndsIt)
          {"requests: 2\n", "requests to write words: 1\n", "requests to read words: 1\n",
           "elements read: 1\n", "elements written: 1\n", "faults: 1\n", "faults duplicate: 1\n",
           "clients: 1\n", "bytes received: 28\n", "bytes sent: 39\n"})
-        EXPECT_TRUE(output.contains(QLatin1String(line))) << line << output.toStdString();
+        EXPECT_TRUE(output.contains(line)) << line << output.toStdString();
     EXPECT_EQ(controller.errors(), QString());
 }
 
@@ -102,7 +102,7 @@ TEST(ControllerProgram, EndsTheSameWayOnSigint)
     Running controller({});
     ASSERT_NE(controller.port(), 0);
     EXPECT_EQ(controller.stopWith(SIGINT), 0);
-    EXPECT_TRUE(controller.output().startsWith(QStringLiteral("requests: 0\n")));
+    EXPECT_TRUE(controller.output().startsWith("requests: 0\n"));
 }
 
 TEST(ControllerProgram, TakesNamesValuesAndSignalsFromTheProject)
@@ -122,9 +122,9 @@ TEST(ControllerProgram, TakesNamesValuesAndSignalsFromTheProject)
     EXPECT_TRUE(turnUntil(
         [&] { return client.exchange(readFrame(3, 2, 108, {4000}), 17).right(4) != moving; }));
     EXPECT_EQ(controller.stopWith(SIGTERM), 0);
-    EXPECT_TRUE(controller.output().startsWith(
-        QStringLiteral("client 1 > #1 station 2 read words: Main.W\n"
-                       "client 1 < #1 station 2 read words: Main.W=4660\n")));
+    EXPECT_TRUE(
+        controller.output().startsWith("client 1 > #1 station 2 read words: Main.W\n"
+                                       "client 1 < #1 station 2 read words: Main.W=4660\n"));
 }
 
 TEST(ControllerProgram, LogsAClosedStreamOnStandardError)
@@ -137,8 +137,8 @@ TEST(ControllerProgram, LogsAClosedStreamOnStandardError)
     EXPECT_TRUE(client.seesTheEnd());
     EXPECT_EQ(controller.stopWith(SIGTERM), 0);
     const QString errors = controller.errors();
-    EXPECT_TRUE(errors.startsWith(QStringLiteral("tavmir-controller: client 1 (127.0.0.1 port ")));
-    EXPECT_EQ(errors.count(QLatin1Char('\n')), 1);
+    EXPECT_TRUE(errors.startsWith("tavmir-controller: client 1 (127.0.0.1 port "));
+    EXPECT_EQ(errors.count('\n'), 1);
 }
 
 TEST(ControllerProgram, WarnsWhenOthersThanThisMachineShallReachIt)
@@ -147,8 +147,8 @@ TEST(ControllerProgram, WarnsWhenOthersThanThisMachineShallReachIt)
     const ProcessResult result = run({"--listen", "192.0.2.77:0"});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_TRUE(result.errors.contains(
-        QStringLiteral("warning: the protocol knows no passwords; whoever reaches this address")));
-    EXPECT_TRUE(result.errors.contains(QStringLiteral("cannot listen on 192.0.2.77:0: ")));
+        "warning: the protocol knows no passwords; whoever reaches this address"));
+    EXPECT_TRUE(result.errors.contains("cannot listen on 192.0.2.77:0: "));
 }
 
 TEST(ControllerProgram, APortInUseIsStatus1)
@@ -156,14 +156,14 @@ TEST(ControllerProgram, APortInUseIsStatus1)
     haveApplication();
     QTcpServer other;
     ASSERT_TRUE(other.listen(QHostAddress(QHostAddress::LocalHost), 0));
-    const QString endpoint = QStringLiteral("127.0.0.1:%1").arg(other.serverPort());
+    const QString endpoint = QString("127.0.0.1:%1").arg(other.serverPort());
     const ProcessResult result = run({"--listen", endpoint});
     EXPECT_TRUE(result.finished);
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.output, QString());
     EXPECT_TRUE(result.errors.startsWith(
-        QStringLiteral("tavmir-controller: cannot listen on %1: ").arg(endpoint)));
-    EXPECT_EQ(result.errors.count(QLatin1Char('\n')), 1);
+        QString("tavmir-controller: cannot listen on %1: ").arg(endpoint)));
+    EXPECT_EQ(result.errors.count('\n'), 1);
 }
 
 TEST(ControllerProgram, ABadCommandLineIsStatus2)
@@ -175,8 +175,8 @@ TEST(ControllerProgram, ABadCommandLineIsStatus2)
         EXPECT_TRUE(result.finished);
         EXPECT_EQ(result.exitStatus, 2) << arguments.join(' ').toStdString();
         EXPECT_EQ(result.output, QString());
-        EXPECT_TRUE(result.errors.startsWith(QStringLiteral("tavmir-controller: ")));
-        EXPECT_EQ(result.errors.count(QLatin1Char('\n')), 1) << result.errors.toStdString();
+        EXPECT_TRUE(result.errors.startsWith("tavmir-controller: "));
+        EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.toStdString();
     }
 }
 
@@ -193,7 +193,7 @@ TEST(ControllerProgram, ABadProjectIsStatus2)
         EXPECT_EQ(result.exitStatus, 2) << file;
         EXPECT_EQ(result.output, QString());
         EXPECT_TRUE(result.errors.contains(QString::fromStdString(file))) << file;
-        EXPECT_EQ(result.errors.count(QLatin1Char('\n')), 1) << result.errors.toStdString();
+        EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.toStdString();
     }
 }
 
@@ -201,6 +201,6 @@ TEST(ControllerProgram, PrintsItsHelp)
 {
     const ProcessResult result = run({"--help"});
     EXPECT_EQ(result.exitStatus, 0);
-    EXPECT_TRUE(result.output.contains(QStringLiteral("--listen <HOST:PORT>")));
+    EXPECT_TRUE(result.output.contains("--listen <HOST:PORT>"));
     EXPECT_EQ(result.errors, QString());
 }

@@ -133,8 +133,8 @@ TEST_F(ControllerServer, ClosesAStreamOfAnotherProtocolWithALogLine)
     EXPECT_TRUE(client.seesTheEnd());
     EXPECT_EQ(client.waiting(), 0);
     ASSERT_EQ(log.size(), 1);
-    EXPECT_TRUE(log[0].startsWith(QStringLiteral("client 1 (127.0.0.1 port ")));
-    EXPECT_TRUE(log[0].endsWith(QStringLiteral(" closed: protocol id 21536 instead of 0")));
+    EXPECT_TRUE(log[0].startsWith("client 1 (127.0.0.1 port "));
+    EXPECT_TRUE(log[0].endsWith(" closed: protocol id 21536 instead of 0"));
     EXPECT_EQ(statistics().brokenStreams, 1u);
     EXPECT_TRUE(servesANewClient());
 }
@@ -149,7 +149,7 @@ TEST_F(ControllerServer, ClosesAStreamWithABadLengthAfterAnsweringWhatWasGood)
     client.send(hex("0002 0000 0001"));
     EXPECT_TRUE(client.seesTheEnd());
     ASSERT_EQ(log.size(), 1);
-    EXPECT_TRUE(log[0].contains(QStringLiteral("length 1 is not from 2 to 254")));
+    EXPECT_TRUE(log[0].contains("length 1 is not from 2 to 254"));
 }
 
 TEST_F(ControllerServer, SilentAndHalfwayClientsKeepNobodyWaiting)
@@ -192,7 +192,7 @@ TEST_F(ControllerServer, RefusesMoreClientsThanItsLimitUntilOneLeaves)
         third.connectTo(server->port());
         EXPECT_TRUE(third.seesTheEnd());
         ASSERT_EQ(log.size(), 1);
-        EXPECT_TRUE(log[0].endsWith(QStringLiteral("is refused: 2 are connected")));
+        EXPECT_TRUE(log[0].endsWith("is refused: 2 are connected"));
         EXPECT_EQ(statistics().clientsRefused, 1u);
         EXPECT_EQ(second.exchange(readFrame(1, 1, 102, {16}), 15).size(), 15);
     }
@@ -211,7 +211,7 @@ TEST_F(ControllerServer, WaitsForDescriptorsAndThenTakesTheClient)
         const AllDescriptorsButOneTaken taken;
         client.socket().connectToHost(QHostAddress(QHostAddress::LocalHost), server->port());
         ASSERT_TRUE(turnUntil([&] { return !log.isEmpty(); }));
-        EXPECT_TRUE(log[0].startsWith(QStringLiteral("cannot take a client: ")));
+        EXPECT_TRUE(log[0].startsWith("cannot take a client: "));
         EXPECT_EQ(server->clientCount(), 0);
     }
     EXPECT_TRUE(turnUntil([&] { return server->clientCount() == 1; }));
@@ -235,7 +235,7 @@ TEST_F(ControllerServer, ClosesAClientThatNeverReadsAndServesTheOthersMeanwhile)
         return statistics().clientsTooSlow == 1;
     }));
     ASSERT_EQ(log.size(), 1);
-    EXPECT_TRUE(log[0].contains(QStringLiteral("closed: it does not read its replies")));
+    EXPECT_TRUE(log[0].contains("closed: it does not read its replies"));
     EXPECT_EQ(server->clientCount(), 0);
     EXPECT_TRUE(servesANewClient());
 }

@@ -43,7 +43,7 @@ const char kPlant[] = R"({
 
 tavmir::project::Project plant()
 {
-    const auto outcome = tavmir::project::readProject(kPlant, QStringLiteral("plant"));
+    const auto outcome = tavmir::project::readProject(kPlant, "plant");
     EXPECT_TRUE(outcome.project) << outcome.error.toStdString();
     return outcome.project.value_or(tavmir::project::Project());
 }
@@ -84,15 +84,15 @@ TEST(Simulation, NamesWhatTheProjectNames)
     Simulation simulation;
     QString problem;
     ASSERT_TRUE(simulation.load(plant(), &problem)) << problem.toStdString();
-    EXPECT_EQ(simulation.names().nameOf(1064, 32), QStringLiteral("Main.Axis[1].Pos"));
-    EXPECT_EQ(simulation.names().nameOf(6016, 16), QStringLiteral("Main.Title+16"));
+    EXPECT_EQ(simulation.names().nameOf(1064, 32), "Main.Axis[1].Pos");
+    EXPECT_EQ(simulation.names().nameOf(6016, 16), "Main.Title+16");
 }
 
 TEST(Simulation, SaysWhichValueTheMemoryHasNoRoomFor)
 {
     QString problem;
     EXPECT_FALSE(Simulation(FaultPlan(), 1).load(plant(), &problem));
-    EXPECT_EQ(problem, QStringLiteral("initial[5]: the memory has no room for this value"));
+    EXPECT_EQ(problem, "initial[5]: the memory has no room for this value");
 }
 
 TEST(Simulation, SaysThatTheMemoryHasNoRoomForTheSignals)
@@ -101,32 +101,32 @@ TEST(Simulation, SaysThatTheMemoryHasNoRoomForTheSignals)
     project.initial.clear();
     QString problem;
     EXPECT_FALSE(Simulation(FaultPlan(), 0).load(project, &problem));
-    EXPECT_EQ(problem, QStringLiteral("signals: the memory has no room for this value"));
+    EXPECT_EQ(problem, "signals: the memory has no room for this value");
 }
 
 TEST(Simulation, SaysWhichAddressOrValueIsWrong)
 {
     tavmir::project::Project project = plant();
-    project.initial[0].address = QStringLiteral("Main.Nothing");
+    project.initial[0].address = "Main.Nothing";
     QString problem;
     EXPECT_FALSE(Simulation().load(project, &problem));
-    EXPECT_TRUE(problem.startsWith(QStringLiteral("initial[0]: "))) << problem.toStdString();
+    EXPECT_TRUE(problem.startsWith("initial[0]: ")) << problem.toStdString();
 
     project = plant();
-    project.initial[1].value = QStringLiteral("70000");
+    project.initial[1].value = "70000";
     EXPECT_FALSE(Simulation().load(project, &problem));
-    EXPECT_TRUE(problem.startsWith(QStringLiteral("initial[1]: "))) << problem.toStdString();
+    EXPECT_TRUE(problem.startsWith("initial[1]: ")) << problem.toStdString();
 
     project = plant();
-    project.movingSignals[0].address = QStringLiteral("Main.Title");
+    project.movingSignals[0].address = "Main.Title";
     EXPECT_FALSE(Simulation().load(project, &problem));
-    EXPECT_EQ(problem, QStringLiteral("signals[0]: a text has no signal"));
+    EXPECT_EQ(problem, "signals[0]: a text has no signal");
 }
 
 TEST(Simulation, CountsWhatItIsAsked)
 {
     QString problem;
-    Simulation simulation(FaultPlan({*parseFaultRule(QStringLiteral("drop@2"), &problem)}));
+    Simulation simulation(FaultPlan({*parseFaultRule("drop@2", &problem)}));
     simulation.take(readFrame(1, 1, 102, {16, 32, 48}));
     EXPECT_EQ(simulation.take(readFrame(2, 1, 100, {16})).fault, FaultKind::Drop);
     simulation.take(writeFrame(3, 1, 109, {{16, hex("01000000")}, {48, hex("01000000")}}));

@@ -14,11 +14,11 @@ namespace
 ElementNames someNames()
 {
     ElementNames names;
-    names.add(6000, 128, QStringLiteral("Main.Title"));
-    names.add(100, 1, QStringLiteral("Main.Run"));
-    names.add(3000, 16, QStringLiteral("Main.W"));
-    names.add(3000, 32, QStringLiteral("Main.Wide"));
-    names.add(3008, 1, QStringLiteral("Main.Inside"));
+    names.add(6000, 128, "Main.Title");
+    names.add(100, 1, "Main.Run");
+    names.add(3000, 16, "Main.W");
+    names.add(3000, 32, "Main.Wide");
+    names.add(3008, 1, "Main.Inside");
     names.sort();
     return names;
 }
@@ -38,29 +38,29 @@ std::string replyLine(const QByteArray& reply)
 TEST(ElementNames, FindsByAddressAndWidth)
 {
     const ElementNames names = someNames();
-    EXPECT_EQ(names.nameOf(100, 1), QStringLiteral("Main.Run"));
-    EXPECT_EQ(names.nameOf(3000, 16), QStringLiteral("Main.W"));
-    EXPECT_EQ(names.nameOf(3000, 32), QStringLiteral("Main.Wide"));
+    EXPECT_EQ(names.nameOf(100, 1), "Main.Run");
+    EXPECT_EQ(names.nameOf(3000, 16), "Main.W");
+    EXPECT_EQ(names.nameOf(3000, 32), "Main.Wide");
 }
 
 TEST(ElementNames, GivesTheDistanceIntoAVariableThatReachesOver)
 {
     const ElementNames names = someNames();
-    EXPECT_EQ(names.nameOf(6000, 16), QStringLiteral("Main.Title+0"));
-    EXPECT_EQ(names.nameOf(6016, 16), QStringLiteral("Main.Title+16"));
-    EXPECT_EQ(names.nameOf(6112, 16), QStringLiteral("Main.Title+112"));
-    EXPECT_EQ(names.nameOf(3005, 1), QStringLiteral("Main.W+5"));
-    EXPECT_EQ(names.nameOf(3016, 16), QStringLiteral("Main.Wide+16"));
+    EXPECT_EQ(names.nameOf(6000, 16), "Main.Title+0");
+    EXPECT_EQ(names.nameOf(6016, 16), "Main.Title+16");
+    EXPECT_EQ(names.nameOf(6112, 16), "Main.Title+112");
+    EXPECT_EQ(names.nameOf(3005, 1), "Main.W+5");
+    EXPECT_EQ(names.nameOf(3016, 16), "Main.Wide+16");
 }
 
 TEST(ElementNames, GivesTheAddressWhenNothingIsThere)
 {
     const ElementNames names = someNames();
-    EXPECT_EQ(names.nameOf(5, 16), QStringLiteral("5"));
-    EXPECT_EQ(names.nameOf(100, 16), QStringLiteral("100"));
-    EXPECT_EQ(names.nameOf(6128, 16), QStringLiteral("6128"));
-    EXPECT_EQ(names.nameOf(4294967295u, 32), QStringLiteral("4294967295"));
-    EXPECT_EQ(ElementNames().nameOf(7, 1), QStringLiteral("7"));
+    EXPECT_EQ(names.nameOf(5, 16), "5");
+    EXPECT_EQ(names.nameOf(100, 16), "100");
+    EXPECT_EQ(names.nameOf(6128, 16), "6128");
+    EXPECT_EQ(names.nameOf(4294967295u, 32), "4294967295");
+    EXPECT_EQ(ElementNames().nameOf(7, 1), "7");
 }
 
 TEST(Trace, ShowsReads)

@@ -88,10 +88,10 @@ void ClientSession::answer(const wire::FrameView& request)
                                                      static_cast<int>(request.size));
     const Simulation::Outcome outcome = simulation_.take(bytes);
     if (settings_.trace) {
-        QString line = QStringLiteral("client %1 > ").arg(number_);
+        QString line = QString("client %1 > ").arg(number_);
         line += requestInWords(bytes, outcome.request, simulation_.names());
         if (outcome.fault != FaultKind::None)
-            line += QStringLiteral(" [%1]").arg(faultRow(outcome.fault).name);
+            line += QString(" [%1]").arg(faultRow(outcome.fault).name);
         settings_.trace(line);
     }
     faultRow(outcome.fault).answer(*this, outcome.reply);
@@ -130,13 +130,13 @@ void ClientSession::closeIfTooSlow()
     if (finished_ || outbox_->unsentBytes() <= settings_.mostUnsentBytes)
         return;
     ++simulation_.statistics().clientsTooSlow;
-    closeForItsFault(QStringLiteral("it does not read its replies, %1 bytes are waiting")
-                         .arg(outbox_->unsentBytes()));
+    closeForItsFault(
+        QString("it does not read its replies, %1 bytes are waiting").arg(outbox_->unsentBytes()));
 }
 
 void ClientSession::closeForItsFault(const QString& why)
 {
-    settings_.log(QStringLiteral("client %1 (%2 port %3) closed: %4")
+    settings_.log(QString("client %1 (%2 port %3) closed: %4")
                       .arg(number_)
                       .arg(socket_->peerAddress().toString())
                       .arg(socket_->peerPort())
@@ -147,9 +147,8 @@ void ClientSession::closeForItsFault(const QString& why)
 void ClientSession::traceSent(const QByteArray& reply)
 {
     if (settings_.trace) {
-        settings_.trace(QStringLiteral("client %1 < %2")
-                            .arg(number_)
-                            .arg(replyInWords(reply, simulation_.names())));
+        settings_.trace(
+            QString("client %1 < %2").arg(number_).arg(replyInWords(reply, simulation_.names())));
     }
 }
 

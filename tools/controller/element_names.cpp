@@ -40,7 +40,7 @@ QString ElementNames::nameOf(std::uint32_t address, int bits) const
     }
     if (!covering)
         return QString::number(address);
-    return QStringLiteral("%1+%2").arg(covering->name).arg(address - covering->address);
+    return QString("%1+%2").arg(covering->name).arg(address - covering->address);
 }
 
 } // namespace tavmir::controller

@@ -34,8 +34,7 @@ QString kindList()
 int findMark(const QString& text)
 {
     for (int i = 0; i < text.size(); ++i) {
-        if (text[i] == QLatin1Char('=') || text[i] == QLatin1Char('@') ||
-            text[i] == QLatin1Char('%'))
+        if (text[i] == '=' || text[i] == '@' || text[i] == '%')
             return i;
     }
     return -1;
@@ -51,25 +50,24 @@ std::optional<FaultRule> parseFaultRule(const QString& text, QString* problem)
     };
     const int mark = findMark(text);
     if (mark < 0)
-        return fail(QStringLiteral("\"%1\" is none of KIND=P, KIND@N, KIND%N").arg(text));
+        return fail(QString("\"%1\" is none of KIND=P, KIND@N, KIND%N").arg(text));
     FaultRule rule;
     rule.kind = kindNamed(text.left(mark));
     if (rule.kind == FaultKind::None) {
-        return fail(
-            QStringLiteral("unknown fault \"%1\"; there are %2").arg(text.left(mark), kindList()));
+        return fail(QString("unknown fault \"%1\"; there are %2").arg(text.left(mark), kindList()));
     }
     const QString number = text.mid(mark + 1);
     bool isNumber = false;
-    if (text[mark] == QLatin1Char('=')) {
+    if (text[mark] == '=') {
         rule.probability = number.toDouble(&isNumber);
         if (!isNumber || !(rule.probability >= 0 && rule.probability <= 1))
-            return fail(QStringLiteral("\"%1\" is no probability from 0 to 1").arg(number));
+            return fail(QString("\"%1\" is no probability from 0 to 1").arg(number));
         return rule;
     }
-    rule.when = text[mark] == QLatin1Char('@') ? FaultRule::When::Once : FaultRule::When::Every;
+    rule.when = text[mark] == '@' ? FaultRule::When::Once : FaultRule::When::Every;
     rule.number = number.toULongLong(&isNumber);
     if (!isNumber || rule.number == 0)
-        return fail(QStringLiteral("\"%1\" is no number of a request, 1 or more").arg(number));
+        return fail(QString("\"%1\" is no number of a request, 1 or more").arg(number));
     return rule;
 }
 

@@ -13,7 +13,7 @@ int main(int argc, char** argv)
     // Whoever reads the output may leave; that ends a print, not the controller.
     std::signal(SIGPIPE, SIG_IGN);
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("tavmir-controller"));
+    QCoreApplication::setApplicationName("tavmir-controller");
     const CommandLine line = parseCommandLine(QCoreApplication::arguments());
     if (!line.printOnly.isEmpty()) {
         std::fputs(line.printOnly.toUtf8().constData(), stdout);

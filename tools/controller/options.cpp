@@ -50,7 +50,7 @@ public:
         bool isNumber = false;
         const int ms = parser_.value(option).toInt(&isNumber);
         if (!isNumber || ms < 0 || ms > kMostMs)
-            note(option, QStringLiteral("a number of milliseconds from 0 to %1").arg(kMostMs));
+            note(option, QString("a number of milliseconds from 0 to %1").arg(kMostMs));
         return ms;
     }
 
@@ -59,14 +59,14 @@ public:
         bool isNumber = false;
         const std::uint64_t seed = parser_.value(option).toULongLong(&isNumber);
         if (!isNumber)
-            note(option, QStringLiteral("a number from 0 on"));
+            note(option, "a number from 0 on");
         return seed;
     }
 
     void endpoint(const QString& option, Options& options)
     {
         if (!parseEndpoint(parser_.value(option), &options.address, &options.port))
-            note(option, QStringLiteral("HOST:PORT with an IP address and a port from 0 to 65535"));
+            note(option, "HOST:PORT with an IP address and a port from 0 to 65535");
     }
 
     std::vector<FaultRule> faults(const QString& option)
@@ -78,7 +78,7 @@ public:
             if (rule)
                 rules.push_back(*rule);
             else if (problem_.isEmpty())
-                problem_ = QStringLiteral("--%1: %2").arg(option, why);
+                problem_ = QString("--%1: %2").arg(option, why);
         }
         return rules;
     }
@@ -87,8 +87,7 @@ private:
     void note(const QString& option, const QString& wanted)
     {
         if (problem_.isEmpty()) {
-            problem_ =
-                QStringLiteral("--%1: \"%2\" is not %3").arg(option, parser_.value(option), wanted);
+            problem_ = QString("--%1: \"%2\" is not %3").arg(option, parser_.value(option), wanted);
         }
     }
 
@@ -100,11 +99,10 @@ void addOptions(QCommandLineParser& parser)
 {
     const auto add = [&parser](const char* name, const char* text, const char* value,
                                const QString& standard) {
-        QString help = QLatin1String(text);
+        QString help = text;
         if (!standard.isEmpty())
-            help += QStringLiteral(" Default: %1.").arg(standard);
-        parser.addOption(
-            QCommandLineOption(QLatin1String(name), help, QLatin1String(value), standard));
+            help += QString(" Default: %1.").arg(standard);
+        parser.addOption(QCommandLineOption(name, help, value, standard));
     };
     const Options standard;
     add("listen", "Where to listen; port 0 takes any free one.", "HOST:PORT",
@@ -115,8 +113,7 @@ void addOptions(QCommandLineParser& parser)
     add("delay-ms", "How long a delayed reply waits.", "MS", QString::number(standard.delayMs));
     add("late-ms", "How long a late reply waits.", "MS", QString::number(standard.lateMs));
     add("refuse-ms", "How long connections are refused.", "MS", QString::number(standard.refuseMs));
-    parser.addOption(
-        QCommandLineOption(QStringLiteral("trace"), QStringLiteral("Print each frame, decoded.")));
+    parser.addOption(QCommandLineOption("trace", "Print each frame, decoded."));
 }
 
 } // namespace
@@ -126,8 +123,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     CommandLine line;
     QCommandLineParser parser;
     parser.setApplicationDescription(description());
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Print this and end."));
+    const QCommandLineOption help({"h", "help"}, "Print this and end.");
     parser.addOption(help);
     addOptions(parser);
     if (!parser.parse(arguments)) {
@@ -140,20 +136,20 @@ CommandLine parseCommandLine(const QStringList& arguments)
     }
     if (!parser.positionalArguments().isEmpty()) {
         line.problem =
-            QStringLiteral("unexpected argument \"%1\"").arg(parser.positionalArguments().first());
+            QString("unexpected argument \"%1\"").arg(parser.positionalArguments().first());
         return line;
     }
     Values values(parser, line.problem);
-    values.endpoint(QStringLiteral("listen"), line.options);
-    line.options.projectFile = parser.value(QStringLiteral("project"));
-    if (parser.isSet(QStringLiteral("project")) && line.options.projectFile.isEmpty())
-        line.problem = QStringLiteral("--project: a file name is missing");
-    line.options.trace = parser.isSet(QStringLiteral("trace"));
-    line.options.faults = values.faults(QStringLiteral("fault"));
-    line.options.seed = values.seed(QStringLiteral("seed"));
-    line.options.delayMs = values.milliseconds(QStringLiteral("delay-ms"));
-    line.options.lateMs = values.milliseconds(QStringLiteral("late-ms"));
-    line.options.refuseMs = values.milliseconds(QStringLiteral("refuse-ms"));
+    values.endpoint("listen", line.options);
+    line.options.projectFile = parser.value("project");
+    if (parser.isSet("project") && line.options.projectFile.isEmpty())
+        line.problem = "--project: a file name is missing";
+    line.options.trace = parser.isSet("trace");
+    line.options.faults = values.faults("fault");
+    line.options.seed = values.seed("seed");
+    line.options.delayMs = values.milliseconds("delay-ms");
+    line.options.lateMs = values.milliseconds("late-ms");
+    line.options.refuseMs = values.milliseconds("refuse-ms");
     return line;
 }
 

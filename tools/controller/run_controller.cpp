@@ -30,7 +30,7 @@ void printLine(FILE* stream, const QString& text)
 
 void logLine(const QString& text)
 {
-    printLine(stderr, QStringLiteral("tavmir-controller: ") + text);
+    printLine(stderr, "tavmir-controller: " + text);
 }
 
 bool loadProject(const QString& fileName, Simulation& simulation)
@@ -39,7 +39,7 @@ bool loadProject(const QString& fileName, Simulation& simulation)
     QString problem = outcome.error;
     if (outcome.project && simulation.load(*outcome.project, &problem))
         return true;
-    logLine(outcome.project ? QStringLiteral("%1: %2").arg(fileName, problem) : problem);
+    logLine(outcome.project ? QString("%1: %2").arg(fileName, problem) : problem);
     return false;
 }
 
@@ -61,7 +61,7 @@ private:
     {
         const bool stored = simulation_.advanceTo(sinceStart_.elapsed());
         if (!stored && !complained_)
-            logLine(QStringLiteral("the memory is full, not all signals move"));
+            logLine("the memory is full, not all signals move");
         complained_ = complained_ || !stored;
     }
 
@@ -91,8 +91,8 @@ int runController(const Options& options)
     if (!options.projectFile.isEmpty() && !loadProject(options.projectFile, simulation))
         return kExitBadInput;
     if (!options.address.isLoopback()) {
-        logLine(QStringLiteral("warning: the protocol knows no passwords; whoever reaches this "
-                               "address can read and write everything"));
+        logLine("warning: the protocol knows no passwords; whoever reaches this "
+                "address can read and write everything");
     }
     // Before the line that says "ready": whoever waits for it may stop the program at once.
     wire::StopSignal stop;
@@ -104,13 +104,13 @@ int runController(const Options& options)
     });
     Server server(settingsOf(options), simulation);
     if (!server.listen(options.address, options.port)) {
-        logLine(QStringLiteral("cannot listen on %1: %2")
+        logLine(QString("cannot listen on %1: %2")
                     .arg(endpointText(options.address, options.port), server.errorText()));
         return kExitCannotListen;
     }
     const SignalClock signalClock(simulation);
     printLine(stdout,
-              QStringLiteral("listening on %1").arg(endpointText(server.address(), server.port())));
+              QString("listening on %1").arg(endpointText(server.address(), server.port())));
     QCoreApplication::exec();
     printLine(stdout, simulation.statistics().text().trimmed());
     return kExitDone;

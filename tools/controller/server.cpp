@@ -20,7 +20,7 @@ Server::Server(const ServerSettings& settings, Simulation& simulation)
     connect(&tcpServer_, &QTcpServer::acceptError, this, [this] {
         // Qt stops accepting when the process is out of descriptors; clients that leave give some
         // back.
-        settings_.log(QStringLiteral("cannot take a client: %1").arg(tcpServer_.errorString()));
+        settings_.log(QString("cannot take a client: %1").arg(tcpServer_.errorString()));
         QTimer::singleShot(kPauseBeforeNextTryMs, this, [this] { tcpServer_.resumeAccepting(); });
     });
 }
@@ -50,7 +50,7 @@ void Server::takeClient(QTcpSocket* socket)
     Statistics& statistics = simulation_.statistics();
     if (clientCount() >= settings_.mostClients) {
         ++statistics.clientsRefused;
-        settings_.log(QStringLiteral("a client from %1 port %2 is refused: %3 are connected")
+        settings_.log(QString("a client from %1 port %2 is refused: %3 are connected")
                           .arg(socket->peerAddress().toString())
                           .arg(socket->peerPort())
                           .arg(clientCount()));
@@ -77,7 +77,7 @@ void Server::refuseForAWhile()
 {
     if (!tcpServer_.isListening())
         return;
-    settings_.log(QStringLiteral("connections are refused for %1 ms").arg(settings_.refuseMs));
+    settings_.log(QString("connections are refused for %1 ms").arg(settings_.refuseMs));
     tcpServer_.close();
     // A socket that is bound but does not listen keeps the port from other programs.
     portKeeper_ = std::make_unique<QTcpSocket>();
@@ -89,7 +89,7 @@ void Server::refuseForAWhile()
 void Server::listenAgain()
 {
     if (!tcpServer_.listen(address_, port_)) {
-        settings_.log(QStringLiteral("cannot listen again: %1").arg(tcpServer_.errorString()));
+        settings_.log(QString("cannot listen again: %1").arg(tcpServer_.errorString()));
         listenAgainTimer_.start(kPauseBeforeNextTryMs);
         return;
     }

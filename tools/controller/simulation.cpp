@@ -16,7 +16,7 @@ namespace
 
 QString memoryFull(const QString& path)
 {
-    return QStringLiteral("%1: the memory has no room for this value").arg(path);
+    return QString("%1: the memory has no room for this value").arg(path);
 }
 
 } // namespace
@@ -40,13 +40,13 @@ bool Simulation::storeInitialValues(const project::Project& project, QString* pr
     for (const project::InitialValue& initial : project.initial) {
         const project::Resolution place = project::resolveAddress(project, initial.address);
         if (!place.ok) {
-            *problem = QStringLiteral("%1: %2").arg(initial.path, place.problem);
+            *problem = QString("%1: %2").arg(initial.path, place.problem);
             return false;
         }
         const project::EncodedValue value =
             project::encodeValue(place.element, project::Format::automatic, initial.value);
         if (!value.ok) {
-            *problem = QStringLiteral("%1: %2").arg(initial.path, value.problem);
+            *problem = QString("%1: %2").arg(initial.path, value.problem);
             return false;
         }
         if (!storeElement(place.element, value.bytes, station_, memory_)) {
@@ -62,15 +62,15 @@ bool Simulation::addSignals(const project::Project& project, QString* problem)
     for (const project::Signal& signal : project.movingSignals) {
         const project::Resolution place = project::resolveAddress(project, signal.address);
         if (!place.ok || place.element.type == project::DataType::text) {
-            *problem = QStringLiteral("%1: %2").arg(
-                signal.path, place.ok ? QStringLiteral("a text has no signal") : place.problem);
+            *problem = QString("%1: %2").arg(signal.path,
+                                             place.ok ? "a text has no signal" : place.problem);
             return false;
         }
         signals_.add(signal, place.element);
     }
     if (advanceTo(0))
         return true;
-    *problem = memoryFull(QStringLiteral("signals"));
+    *problem = memoryFull("signals");
     return false;
 }
 

@@ -8,7 +8,7 @@ namespace
 
 QString line(const QString& name, std::uint64_t number)
 {
-    return QStringLiteral("%1: %2\n").arg(name).arg(number);
+    return QString("%1: %2\n").arg(name).arg(number);
 }
 
 } // namespace
@@ -46,32 +46,31 @@ void Statistics::countFault(FaultKind kind)
 
 QString Statistics::text() const
 {
-    QString text = line(QStringLiteral("requests"), requests);
+    QString text = line("requests", requests);
     for (const auto& [code, number] : requestsByFunction)
-        text +=
-            line(QStringLiteral("requests to %1").arg(wire::findFunctionCode(code)->words), number);
+        text += line(QString("requests to %1").arg(wire::findFunctionCode(code)->words), number);
     if (requestsOfUnknownFunction > 0)
-        text += line(QStringLiteral("requests of unknown function"), requestsOfUnknownFunction);
-    text += line(QStringLiteral("elements read"), elementsRead);
-    text += line(QStringLiteral("elements written"), elementsWritten);
+        text += line("requests of unknown function", requestsOfUnknownFunction);
+    text += line("elements read", elementsRead);
+    text += line("elements written", elementsWritten);
     for (const auto& [code, number] : exceptions)
-        text += line(QStringLiteral("exceptions of code %1").arg(code), number);
+        text += line(QString("exceptions of code %1").arg(code), number);
     std::uint64_t allFaults = 0;
     for (const std::uint64_t number : faults)
         allFaults += number;
-    text += line(QStringLiteral("faults"), allFaults);
+    text += line("faults", allFaults);
     for (const FaultRow& row : kFaultTable) {
         if (faultsOf(row.kind) > 0) {
             text += line(QString("faults %1").arg(row.name), faultsOf(row.kind));
         }
     }
-    text += line(QStringLiteral("clients"), clients);
-    text += line(QStringLiteral("clients at once at most"), clientsAtOnce);
-    text += line(QStringLiteral("clients refused"), clientsRefused);
-    text += line(QStringLiteral("clients too slow"), clientsTooSlow);
-    text += line(QStringLiteral("broken streams"), brokenStreams);
-    text += line(QStringLiteral("bytes received"), bytesReceived);
-    text += line(QStringLiteral("bytes sent"), bytesSent);
+    text += line("clients", clients);
+    text += line("clients at once at most", clientsAtOnce);
+    text += line("clients refused", clientsRefused);
+    text += line("clients too slow", clientsTooSlow);
+    text += line("broken streams", brokenStreams);
+    text += line("bytes received", bytesReceived);
+    text += line("bytes sent", bytesSent);
     return text;
 }
 

@@ -42,14 +42,14 @@ int hostCount(const Options& options)
 
 QString address()
 {
-    return QString::fromLatin1("Probe.Value[0]");
+    return "Probe.Value[0]";
 }
 
 // One label "Probe" with one array "Value" that begins at the element address.
 QList<Label_Type_Info> labels(const Options& options)
 {
     Label_Type_Info value;
-    value.name = QString::fromLatin1("Value");
+    value.name = "Value";
     value.typeFlags = static_cast<quint16>(options.dataType | kArrayFlag);
     value.offset = options.elementAddress;
     value.dimensionCount = 1;
@@ -60,7 +60,7 @@ QList<Label_Type_Info> labels(const Options& options)
     variables.members << value;
     variables.memberCount = 1;
     Label_Type_Info label;
-    label.name = QString::fromLatin1("Probe");
+    label.name = "Probe";
     label.elementType << variables;
     QList<Label_Type_Info> all;
     all << label;

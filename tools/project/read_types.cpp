@@ -54,7 +54,7 @@ void readType(const JsonObject& object, const Project& project, Variable& variab
 {
     const QString name = object.text("type");
     for (const NamedType& plain : kPlainTypes) {
-        if (name == QLatin1String(plain.name)) {
+        if (name == plain.name) {
             variable.type = plain.type;
             return;
         }
@@ -167,7 +167,7 @@ std::vector<Variable> readVariables(const JsonObject& owner, const QString& key,
 bool isPlainType(const QString& name)
 {
     for (const NamedType& plain : kPlainTypes) {
-        if (name == QLatin1String(plain.name)) {
+        if (name == plain.name) {
             return true;
         }
     }

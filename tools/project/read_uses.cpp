@@ -93,7 +93,7 @@ SignalKind readKind(const JsonObject& object)
 {
     const QString name = object.text("signal");
     for (const NamedSignal& named : kSignals) {
-        if (name == QLatin1String(named.name)) {
+        if (name == named.name) {
             return named.kind;
         }
     }

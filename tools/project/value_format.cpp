@@ -22,7 +22,7 @@ constexpr NamedFormat kFormats[] = {
 std::optional<Format> formatFromName(const QString& name)
 {
     for (const NamedFormat& named : kFormats) {
-        if (name == QLatin1String(named.name)) {
+        if (name == named.name) {
             return named.format;
         }
     }
@@ -33,7 +33,7 @@ QString formatName(Format format)
 {
     for (const NamedFormat& named : kFormats) {
         if (format == named.format) {
-            return QString::fromLatin1(named.name);
+            return named.name;
         }
     }
     return "automatic";
