@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 using tavmir::controller::BitMemory;
-using tavmir::controller::BitValue;
 
 TEST(BitMemory, HoldsZeroEverywhereAtFirst)
 {
@@ -17,8 +16,9 @@ TEST(BitMemory, BitsOfAValueLieFromItsAddressOn)
 {
     BitMemory memory;
     ASSERT_TRUE(memory.write(1, 100, 16, 0x8005));
-    for (std::uint32_t bit = 0; bit < 16; ++bit)
+    for (std::uint32_t bit = 0; bit < 16; ++bit) {
         EXPECT_EQ(memory.read(1, 100 + bit, 1), bit == 0 || bit == 2 || bit == 15 ? 1u : 0u) << bit;
+    }
     EXPECT_EQ(memory.read(1, 99, 1), 0u);
     EXPECT_EQ(memory.read(1, 116, 1), 0u);
 }

@@ -28,8 +28,9 @@ template <typename Effect> std::set<int> sizesOf(Effect effect, const QByteArray
 {
     SeededRandom random(11);
     std::set<int> sizes;
-    for (int i = 0; i < kRounds; ++i)
+    for (int i = 0; i < kRounds; ++i) {
         sizes.insert(effect(reply, random).size());
+    }
     return sizes;
 }
 
@@ -84,8 +85,9 @@ TEST(FaultEffects, CorruptedRepliesDifferInTheTopBitOfOneHeaderByte)
         ASSERT_EQ(changed.size(), kReply.size());
         int differences = 0;
         for (int byte = 0; byte < changed.size(); ++byte) {
-            if (changed[byte] == kReply[byte])
+            if (changed[byte] == kReply[byte]) {
                 continue;
+            }
             ++differences;
             changedBytes.insert(byte);
             ASSERT_EQ(byteAt(changed, byte) ^ byteAt(kReply, byte), 0x80);

@@ -22,8 +22,9 @@ std::vector<FaultKind> decisions(std::vector<FaultRule> rules, std::uint64_t see
 {
     FaultPlan plan(std::move(rules), seed);
     std::vector<FaultKind> kinds;
-    for (int i = 0; i < requests; ++i)
+    for (int i = 0; i < requests; ++i) {
         kinds.push_back(plan.next());
+    }
     return kinds;
 }
 
@@ -31,8 +32,9 @@ std::vector<int> numbersOf(FaultKind kind, const std::vector<FaultKind>& kinds)
 {
     std::vector<int> numbers;
     for (std::size_t i = 0; i < kinds.size(); ++i) {
-        if (kinds[i] == kind)
+        if (kinds[i] == kind) {
             numbers.push_back(static_cast<int>(i) + 1);
+        }
     }
     return numbers;
 }

@@ -20,8 +20,9 @@ inline QByteArray hex(const char* digits)
 inline QByteArray bigEndian(std::uint32_t value, int byteCount)
 {
     QByteArray bytes;
-    for (int i = byteCount - 1; i >= 0; --i)
+    for (int i = byteCount - 1; i >= 0; --i) {
         bytes.append(static_cast<char>(value >> (8 * i) & 0xFF));
+    }
     return bytes;
 }
 
@@ -42,8 +43,9 @@ inline QByteArray readFrame(int transactionId, int station, int function,
                             const std::vector<std::uint32_t>& addresses)
 {
     QByteArray data;
-    for (const std::uint32_t address : addresses)
+    for (const std::uint32_t address : addresses) {
         data += bigEndian(address, 4);
+    }
     return frame(transactionId, station, function, static_cast<int>(addresses.size()), data);
 }
 
@@ -52,8 +54,9 @@ inline QByteArray writeFrame(int transactionId, int station, int function,
                              const std::vector<std::pair<std::uint32_t, QByteArray>>& elements)
 {
     QByteArray data;
-    for (const auto& [address, value] : elements)
+    for (const auto& [address, value] : elements) {
         data += bigEndian(address, 4) + value;
+    }
     return frame(transactionId, station, function, static_cast<int>(elements.size()), data);
 }
 

@@ -75,8 +75,9 @@ TEST(Options, HelpNamesEveryOptionAndFault)
 {
     const QString help = parse({"--help"}).printOnly;
     for (const char* option : {"--listen", "--project", "--trace", "--fault", "--seed",
-                               "--delay-ms", "--late-ms", "--refuse-ms"})
+                               "--delay-ms", "--late-ms", "--refuse-ms"}) {
         EXPECT_TRUE(help.contains(option)) << option;
+    }
     for (std::size_t i = 1; i < kFaultKinds; ++i) {
         const QString line =
             QString("\n  %1%2").arg(kFaultTable[i].name, -12).arg(kFaultTable[i].help);

@@ -42,8 +42,9 @@ public:
             [this] { return process_.canReadLine() || process_.state() == QProcess::NotRunning; });
         const QString line = QString::fromUtf8(process_.readLine()).trimmed();
         const QString start = "listening on 127.0.0.1:";
-        if (ready && line.startsWith(start))
+        if (ready && line.startsWith(start)) {
             port_ = line.midRef(start.size()).toUShort();
+        }
     }
 
     ~Running()
@@ -58,8 +59,9 @@ public:
     int stopWith(int signal)
     {
         ::kill(static_cast<pid_t>(process_.processId()), signal);
-        if (!turnUntil([this] { return process_.state() == QProcess::NotRunning; }))
+        if (!turnUntil([this] { return process_.state() == QProcess::NotRunning; })) {
             return -1;
+        }
         return process_.exitStatus() == QProcess::NormalExit ? process_.exitCode() : -1;
     }
 
@@ -92,8 +94,9 @@ TEST(ControllerProgram, PrintsItsStatisticsWhenSigtermEndsIt)
     for (const char* line :
          {"requests: 2\n", "requests to write words: 1\n", "requests to read words: 1\n",
           "elements read: 1\n", "elements written: 1\n", "faults: 1\n", "faults duplicate: 1\n",
-          "clients: 1\n", "bytes received: 28\n", "bytes sent: 39\n"})
+          "clients: 1\n", "bytes received: 28\n", "bytes sent: 39\n"}) {
         EXPECT_TRUE(output.contains(line)) << line << output.toStdString();
+    }
     EXPECT_EQ(controller.errors(), QString());
 }
 

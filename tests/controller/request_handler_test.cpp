@@ -66,8 +66,9 @@ TEST_F(RequestHandler, ADoubleWordWrittenReadsBackAsTheSameNumber)
 {
     for (const std::uint32_t number : {0u, 1u, 0x12345678u, 0x80000000u, 0xFFFFFFFEu}) {
         QByteArray lowFirst;
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             lowFirst += static_cast<char>(number >> (8 * i) & 0xFF);
+        }
         answer(writeFrame(1, 1, 109, {{500, lowFirst}}));
         EXPECT_EQ(memory.read(1, 500, 32), number);
         EXPECT_EQ(answer(readFrame(2, 1, 108, {500})).right(4), bigEndian(number, 4));
@@ -157,8 +158,9 @@ TEST_F(RequestHandler, AFullMemoryGivesException4AndKeepsWhatItHolds)
     const auto write = [&](std::uint32_t address) {
         return exchange(writeFrame(1, 1, 103, {{address, hex("0100")}}));
     };
-    for (std::uint32_t page = 0; page < 3; ++page)
+    for (std::uint32_t page = 0; page < 3; ++page) {
         EXPECT_EQ(write(page * 4096).exceptionCode, 0);
+    }
     EXPECT_EQ(write(3 * 4096).exceptionCode, 4);
     EXPECT_EQ(write(3 * 4096).reply, hex("0001 0000 0003 01 E7 04"));
     EXPECT_EQ(write(16).exceptionCode, 0) << "pages that are there still take values";

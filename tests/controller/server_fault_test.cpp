@@ -99,8 +99,9 @@ TEST_F(ControllerFaults, DelayedRepliesCountAgainstTheClientsLimit)
     settings.delayMs = kHourMs;
     settings.mostUnsentBytes = 15 * 10;
     startWith({"delay=1"});
-    for (int i = 0; i < 11; ++i)
+    for (int i = 0; i < 11; ++i) {
         client.send(request(i));
+    }
     EXPECT_TRUE(client.seesTheEnd());
     EXPECT_EQ(statistics().clientsTooSlow, 1u);
     EXPECT_EQ(statistics().requests, 11u);
@@ -122,8 +123,9 @@ TEST_F(ControllerFaults, LateRepliesCountAgainstTheClientsLimit)
     settings.lateMs = kHourMs;
     settings.mostUnsentBytes = 15 * 10;
     startWith({"late=1"});
-    for (int i = 0; i < 11; ++i)
+    for (int i = 0; i < 11; ++i) {
         client.send(request(i));
+    }
     EXPECT_TRUE(client.seesTheEnd());
     EXPECT_EQ(statistics().clientsTooSlow, 1u);
 }
@@ -134,8 +136,9 @@ TEST_F(ControllerFaults, RepliesThatWentOutNoLongerCountAgainstTheLimit)
     settings.lateMs = 1;
     settings.mostUnsentBytes = 20;
     startWith({"delay%2", "late=1"});
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         ASSERT_EQ(client.exchange(request(i), 15), goodReply(i));
+    }
     EXPECT_EQ(statistics().clientsTooSlow, 0u);
 }
 
@@ -248,8 +251,9 @@ TEST_F(ControllerFaults, RefuseEndsByItselfOnTheSamePort)
         ASSERT_TRUE(turnUntil([&] { return !server->isRefusing(); }));
         ASSERT_EQ(server->port(), port);
         ASSERT_TRUE(one.connectTo(port));
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             ASSERT_EQ(one.exchange(request(i), 15), goodReply(i));
+        }
         one.send(request(4));
         ASSERT_TRUE(one.seesTheEnd());
     }
@@ -297,8 +301,9 @@ TEST_F(ControllerFaults, ProbabilitiesFollowTheSeed)
     startWith(rules, 77);
     QString problem;
     std::vector<FaultRule> parsed;
-    for (const QString& rule : rules)
+    for (const QString& rule : rules) {
         parsed.push_back(*parseFaultRule(rule, &problem));
+    }
     FaultPlan plan(parsed, 77);
     QByteArray expected;
     constexpr int kRequests = 300;
@@ -344,8 +349,9 @@ TEST_F(ControllerFaults, ConnectionFaultsFollowTheSeedToo)
     start(rules, 5);
     QString problem;
     std::vector<FaultRule> parsed;
-    for (const QString& rule : rules)
+    for (const QString& rule : rules) {
         parsed.push_back(*parseFaultRule(rule, &problem));
+    }
     FaultPlan plan(parsed, 5);
     auto current = std::make_unique<TestClient>();
     ASSERT_TRUE(current->connectTo(server->port()));
@@ -362,6 +368,7 @@ TEST_F(ControllerFaults, ConnectionFaultsFollowTheSeedToo)
         }
         ASSERT_EQ(current->exchange(request(i), 15), goodReply(i)) << i;
     }
-    for (const FaultKind kind : {FaultKind::Disconnect, FaultKind::Refuse, FaultKind::Late})
+    for (const FaultKind kind : {FaultKind::Disconnect, FaultKind::Refuse, FaultKind::Late}) {
         EXPECT_GT(faults(kind), 3u) << faultRow(kind).name;
+    }
 }

@@ -26,16 +26,19 @@ public:
         taken_.push_back(dup(STDERR_FILENO));
         small.rlim_cur = static_cast<rlim_t>(taken_.back()) + 64;
         setrlimit(RLIMIT_NOFILE, &small);
-        for (int descriptor = dup(STDERR_FILENO); descriptor >= 0; descriptor = dup(STDERR_FILENO))
+        for (int descriptor = dup(STDERR_FILENO); descriptor >= 0;
+             descriptor = dup(STDERR_FILENO)) {
             taken_.push_back(descriptor);
+        }
         close(taken_.back());
         taken_.pop_back();
     }
 
     ~AllDescriptorsButOneTaken()
     {
-        for (const int descriptor : taken_)
+        for (const int descriptor : taken_) {
             close(descriptor);
+        }
         setrlimit(RLIMIT_NOFILE, &before_);
     }
 
@@ -98,8 +101,9 @@ TEST_F(ControllerServer, ServesManyClientsAndStationsOnOneMemory)
         const QByteArray value = bigEndian(std::uint32_t(i) + 1, 1) + hex("00");
         clients[i].send(writeFrame(station, station, 103, {{160, value}}));
     }
-    for (std::size_t i = 0; i < clients.size(); ++i)
+    for (std::size_t i = 0; i < clients.size(); ++i) {
         ASSERT_EQ(clients[i].receive(9), frame(int(i), int(i), 103, 1));
+    }
     for (std::size_t i = 0; i < clients.size(); ++i) {
         const std::size_t other = (i + 1) % clients.size();
         EXPECT_EQ(
@@ -227,8 +231,9 @@ TEST_F(ControllerServer, ClosesAClientThatNeverReadsAndServesTheOthersMeanwhile)
     ASSERT_TRUE(deaf.connectTo(server->port()));
     deaf.socket().setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4096);
     QByteArray requests;
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         requests += readFrame(i, 1, 102, std::vector<std::uint32_t>(41, 16));
+    }
     ASSERT_TRUE(turnUntil([&] {
         if (deaf.isConnected() && deaf.socket().bytesToWrite() == 0)
             deaf.send(requests);
@@ -294,13 +299,16 @@ TEST_F(ControllerServer, SurvivesWhateverClientsSend)
         TestClient client;
         ASSERT_TRUE(client.connectTo(server->port()));
         QByteArray bytes;
-        for (int i = random.between(0, 20); i > 0; --i)
+        for (int i = random.between(0, 20); i > 0; --i) {
             bytes += readFrame(i, 1, random.between(99, 110), {16, 32});
-        for (int i = random.between(0, 4); i > 0 && !bytes.isEmpty(); --i)
+        }
+        for (int i = random.between(0, 4); i > 0 && !bytes.isEmpty(); --i) {
             bytes[random.between(0, bytes.size() - 1)] = static_cast<char>(random.between(0, 255));
+        }
         client.send(bytes.left(random.between(0, bytes.size())));
-        if (random.between(0, 1))
+        if (random.between(0, 1)) {
             turnUntil([&] { return client.socket().bytesToWrite() == 0; });
+        }
     }
     EXPECT_TRUE(servesANewClient());
     EXPECT_TRUE(turnUntil([&] { return server->clientCount() == 0; }));

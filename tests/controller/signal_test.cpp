@@ -40,8 +40,9 @@ std::vector<double> valuesAt(const Signal& given, const std::vector<std::int64_t
 {
     SignalGenerator generator(given);
     std::vector<double> values;
-    for (const std::int64_t ms : times)
+    for (const std::int64_t ms : times) {
         values.push_back(generator.at(ms));
+    }
     return values;
 }
 
@@ -112,8 +113,9 @@ TEST(Signal, RandomWalkOfOneSeedIsTheSameHoweverOftenItIsAsked)
 {
     const Signal given = signal(SignalKind::randomWalk, 0, 100, 10, 8, 3);
     SignalGenerator often(given);
-    for (int ms = 0; ms < 5000; ++ms)
+    for (int ms = 0; ms < 5000; ++ms) {
         often.at(ms);
+    }
     EXPECT_EQ(often.at(5000), SignalGenerator(given).at(5000));
     EXPECT_EQ(often.at(20), often.at(5000)) << "it does not go back";
     EXPECT_NE(SignalGenerator(signal(SignalKind::randomWalk, 0, 100, 10, 8, 4)).at(5000),

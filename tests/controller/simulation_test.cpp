@@ -254,8 +254,9 @@ TEST(Simulation, AnswersWhateverAFrameHolds)
     const int functions[] = {100, 101, 102, 103, 108, 109, 3, 255};
     for (int i = 0; i < 20000; ++i) {
         QByteArray data;
-        for (int size = random.between(0, 251); size > 0; --size)
+        for (int size = random.between(0, 251); size > 0; --size) {
             data += static_cast<char>(random.between(0, 255));
+        }
         const int count = random.between(0, 1) ? data.size() / 4 : random.between(0, 255);
         const QByteArray sent =
             frame(i, random.between(0, 255), functions[random.between(0, 7)], count, data);

@@ -31,8 +31,9 @@ inline bool turnUntil(const std::function<bool()>& condition)
     wake.start(10);
     const QDeadlineTimer deadline(30000);
     while (!condition()) {
-        if (deadline.hasExpired())
+        if (deadline.hasExpired()) {
             return false;
+        }
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }

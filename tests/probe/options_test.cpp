@@ -55,8 +55,9 @@ TEST(ProbeOptions, TypesHaveNamesAndNumbers)
         int dataType;
     } types[] = {{"bit:1", 1}, {"word:1", 4}, {"dword:1", 6}, {"text:1", 10}, {"1:1", 1},
                  {"4:1", 4},   {"6:1", 6},    {"7:1", 7},     {"10:1", 10}};
-    for (const auto& type : types)
+    for (const auto& type : types) {
         EXPECT_EQ(parse({"--connect", "h:1", "--read", type.text}).options.dataType, type.dataType);
+    }
 }
 
 TEST(ProbeOptions, AnAddressOfSixteenBytesStandsInBrackets)

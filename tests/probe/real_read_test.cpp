@@ -29,8 +29,9 @@ protected:
     {
         DriverLibrary library;
         const std::string error = library.load(TAVMIR_DRIVER_FILE);
-        if (!error.empty())
+        if (!error.empty()) {
             return error;
+        }
         ScriptedController controller(answer);
         options.controller.port = controller.port();
         const std::string outcome = readValues(library.calls(), options, values);
@@ -77,8 +78,9 @@ TEST_F(RealRead, ReadsEveryTypeInItsOwnSteps)
         values.clear();
         EXPECT_EQ(read(addressPlusFive), "");
         std::vector<unsigned int> expected;
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             expected.push_back(static_cast<unsigned int>(70005 + i * type.step) & type.mask);
+        }
         EXPECT_EQ(values, expected);
     }
 }

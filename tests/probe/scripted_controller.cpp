@@ -23,8 +23,9 @@ bool take(int client, QByteArray& bytes, int count)
         char part[256];
         const std::size_t room = std::min(sizeof part, static_cast<std::size_t>(count));
         const ssize_t now = recv(client, part, room, 0);
-        if (now <= 0)
+        if (now <= 0) {
             return false;
+        }
         bytes.append(part, static_cast<int>(now));
         count -= static_cast<int>(now);
     }
@@ -49,8 +50,9 @@ ScriptedController::ScriptedController(Answer answer)
     if (listener < 0 ||
         bind(listener, reinterpret_cast<struct sockaddr*>(&address), sizeof address) != 0 ||
         listen(listener, 1) != 0 ||
-        getsockname(listener, reinterpret_cast<struct sockaddr*>(&address), &size) != 0)
+        getsockname(listener, reinterpret_cast<struct sockaddr*>(&address), &size) != 0) {
         throw std::runtime_error("no loopback port");
+    }
     portNumber = ntohs(address.sin_port);
     server = std::thread(&ScriptedController::serve, this);
 }
@@ -71,21 +73,24 @@ std::vector<QByteArray> ScriptedController::requests() const
 void ScriptedController::serve()
 {
     const int client = accept(listener, nullptr, nullptr);
-    if (client < 0)
+    if (client < 0) {
         return;
+    }
     for (;;) {
         QByteArray request;
         if (!take(client, request, 6) ||
-            !take(client, request, byteAt(request, 4) * 256 + byteAt(request, 5)))
+            !take(client, request, byteAt(request, 4) * 256 + byteAt(request, 5))) {
             break;
+        }
         {
             const std::lock_guard<std::mutex> guard(mutex);
             received.push_back(request);
         }
         const QByteArray answer = script(request);
         if (send(client, answer.constData(), static_cast<std::size_t>(answer.size()),
-                 MSG_NOSIGNAL) != answer.size())
+                 MSG_NOSIGNAL) != answer.size()) {
             break;
+        }
     }
     close(client);
 }
@@ -98,11 +103,13 @@ QByteArray addressPlusFive(const QByteArray& request)
     for (int i = 0; i < byteAt(request, 8); ++i) {
         const QByteArray address = request.mid(9 + 4 * i, 4);
         unsigned int value = 5;
-        for (int byte = 0; byte < 4; ++byte)
+        for (int byte = 0; byte < 4; ++byte) {
             value += static_cast<unsigned int>(byteAt(address, byte)) << (24 - 8 * byte);
+        }
         answer += address;
-        for (int byte = width - 1; byte >= 0; --byte)
+        for (int byte = width - 1; byte >= 0; --byte) {
             answer += static_cast<char>(value >> (8 * byte));
+        }
     }
     const int following = answer.size() - 6;
     answer[4] = static_cast<char>(following / 256);

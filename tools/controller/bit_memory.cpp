@@ -53,15 +53,17 @@ std::uint32_t BitMemory::read(std::uint8_t station, std::uint32_t address, int b
 {
     const Span span = spanOf(address, bits);
     std::uint64_t words = wordAt(station, span.firstWord);
-    if (highHalf(span.mask) != 0)
+    if (highHalf(span.mask) != 0) {
         words |= static_cast<std::uint64_t>(wordAt(station, span.secondWord)) << kWordBits;
+    }
     return lowHalf((words & span.mask) >> span.shift);
 }
 
 bool BitMemory::write(std::uint8_t station, int bits, const std::vector<BitValue>& values)
 {
-    if (!hasRoomFor(station, bits, values))
+    if (!hasRoomFor(station, bits, values)) {
         return false;
+    }
     for (const BitValue& value : values) {
         const Span span = spanOf(value.address, bits);
         const std::uint64_t words = static_cast<std::uint64_t>(value.value) << span.shift;
@@ -85,12 +87,14 @@ std::uint32_t BitMemory::wordAt(std::uint8_t station, std::uint32_t wordIndex) c
 void BitMemory::writeInWord(std::uint8_t station, std::uint32_t wordIndex, std::uint32_t mask,
                             std::uint32_t value)
 {
-    if (mask == 0)
+    if (mask == 0) {
         return;
+    }
     auto page = pages_.find(pageKey(station, wordIndex));
     if (page == pages_.end()) {
-        if ((value & mask) == 0)
+        if ((value & mask) == 0) {
             return; // a page that is not there is all 0 already
+        }
         page = pages_.emplace(pageKey(station, wordIndex), Page{}).first;
     }
     std::uint32_t& word = page->second[wordIndex % kWordsPerPage];
@@ -103,8 +107,9 @@ bool BitMemory::hasRoomFor(std::uint8_t station, int bits,
     std::set<std::uint32_t> missing;
     const auto note = [&](std::uint32_t wordIndex, std::uint32_t newBits) {
         const std::uint32_t key = pageKey(station, wordIndex);
-        if (newBits != 0 && pages_.count(key) == 0)
+        if (newBits != 0 && pages_.count(key) == 0) {
             missing.insert(key);
+        }
     };
     for (const BitValue& value : values) {
         const Span span = spanOf(value.address, bits);

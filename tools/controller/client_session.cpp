@@ -36,10 +36,11 @@ ClientSession::ClientSession(QTcpSocket* socket, int number, const ServerSetting
 
 void ClientSession::start()
 {
-    if (socket_->bytesAvailable() > 0)
+    if (socket_->bytesAvailable() > 0) {
         takeBytes();
-    else if (socket_->state() != QAbstractSocket::ConnectedState)
+    } else if (socket_->state() != QAbstractSocket::ConnectedState) {
         finish();
+    }
 }
 
 void ClientSession::close()
@@ -50,13 +51,15 @@ void ClientSession::close()
 
 void ClientSession::takeBytes()
 {
-    if (finished_)
+    if (finished_) {
         return;
+    }
     const QByteArray bytes = socket_->readAll(); // kBytesAtATime at most
     simulation_.statistics().bytesReceived += static_cast<std::uint64_t>(bytes.size());
     takeFrames(bytes);
-    if (finished_)
+    if (finished_) {
         return;
+    }
     if (!decoder_.reason().empty()) {
         ++simulation_.statistics().brokenStreams;
         closeForItsFault(QString::fromStdString(decoder_.reason()));
@@ -90,8 +93,9 @@ void ClientSession::answer(const wire::FrameView& request)
     if (settings_.trace) {
         QString line = QString("client %1 > ").arg(number_);
         line += requestInWords(bytes, outcome.request, simulation_.names());
-        if (outcome.fault != FaultKind::None)
+        if (outcome.fault != FaultKind::None) {
             line += QString(" [%1]").arg(faultRow(outcome.fault).name);
+        }
         settings_.trace(line);
     }
     faultRow(outcome.fault).answer(*this, outcome.reply);
@@ -124,11 +128,13 @@ SeededRandom& ClientSession::random()
 
 void ClientSession::closeIfTooSlow()
 {
-    if (finished_ || outbox_->unsentBytes() <= settings_.mostUnsentBytes)
+    if (finished_ || outbox_->unsentBytes() <= settings_.mostUnsentBytes) {
         return;
+    }
     socket_->flush(); // what the connection still takes is not the client's delay
-    if (finished_ || outbox_->unsentBytes() <= settings_.mostUnsentBytes)
+    if (finished_ || outbox_->unsentBytes() <= settings_.mostUnsentBytes) {
         return;
+    }
     ++simulation_.statistics().clientsTooSlow;
     closeForItsFault(
         QString("it does not read its replies, %1 bytes are waiting").arg(outbox_->unsentBytes()));
@@ -154,8 +160,9 @@ void ClientSession::traceSent(const QByteArray& reply)
 
 void ClientSession::finish()
 {
-    if (finished_)
+    if (finished_) {
         return;
+    }
     finished_ = true;
     events_.finished(this);
 }

@@ -31,15 +31,18 @@ QString ElementNames::nameOf(std::uint32_t address, int bits) const
     const Named* covering = nullptr;
     for (int looked = 0; after != named_.begin() && looked < kMostLookedAt; ++looked) {
         const Named& named = *--after;
-        if (named.address == address && named.bits == bits)
+        if (named.address == address && named.bits == bits) {
             return named.name;
+        }
         const std::uint64_t end = std::uint64_t{address} + static_cast<std::uint64_t>(bits);
         if (!covering &&
-            end <= std::uint64_t{named.address} + static_cast<std::uint64_t>(named.bits))
+            end <= std::uint64_t{named.address} + static_cast<std::uint64_t>(named.bits)) {
             covering = &named;
+        }
     }
-    if (!covering)
+    if (!covering) {
         return QString::number(address);
+    }
     return QString("%1+%2").arg(covering->name).arg(address - covering->address);
 }
 

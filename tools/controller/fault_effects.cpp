@@ -29,8 +29,9 @@ QByteArray truncated(const QByteArray& reply, SeededRandom& random)
 QByteArray oversized(const QByteArray& reply, SeededRandom& random)
 {
     QByteArray longer = reply;
-    for (int added = random.between(1, kMostBytesAdded); added > 0; --added)
+    for (int added = random.between(1, kMostBytesAdded); added > 0; --added) {
         appendByte(longer, static_cast<std::uint32_t>(random.between(0, 255)));
+    }
     return withTrueLength(longer);
 }
 

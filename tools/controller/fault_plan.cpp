@@ -34,8 +34,9 @@ QString kindList()
 int findMark(const QString& text)
 {
     for (int i = 0; i < text.size(); ++i) {
-        if (text[i] == '=' || text[i] == '@' || text[i] == '%')
+        if (text[i] == '=' || text[i] == '@' || text[i] == '%') {
             return i;
+        }
     }
     return -1;
 }
@@ -49,8 +50,9 @@ std::optional<FaultRule> parseFaultRule(const QString& text, QString* problem)
         return std::nullopt;
     };
     const int mark = findMark(text);
-    if (mark < 0)
+    if (mark < 0) {
         return fail(QString("\"%1\" is none of KIND=P, KIND@N, KIND%N").arg(text));
+    }
     FaultRule rule;
     rule.kind = kindNamed(text.left(mark));
     if (rule.kind == FaultKind::None) {
@@ -60,22 +62,25 @@ std::optional<FaultRule> parseFaultRule(const QString& text, QString* problem)
     bool isNumber = false;
     if (text[mark] == '=') {
         rule.probability = number.toDouble(&isNumber);
-        if (!isNumber || !(rule.probability >= 0 && rule.probability <= 1))
+        if (!isNumber || !(rule.probability >= 0 && rule.probability <= 1)) {
             return fail(QString("\"%1\" is no probability from 0 to 1").arg(number));
+        }
         return rule;
     }
     rule.when = text[mark] == '@' ? FaultRule::When::Once : FaultRule::When::Every;
     rule.number = number.toULongLong(&isNumber);
-    if (!isNumber || rule.number == 0)
+    if (!isNumber || rule.number == 0) {
         return fail(QString("\"%1\" is no number of a request, 1 or more").arg(number));
+    }
     return rule;
 }
 
 FaultPlan::FaultPlan(std::vector<FaultRule> rules, std::uint64_t seed)
     : rules_(std::move(rules)), detail_(seed)
 {
-    for (std::size_t i = 0; i < rules_.size(); ++i)
+    for (std::size_t i = 0; i < rules_.size(); ++i) {
         draws_.emplace_back(seed + (i + 1) * kSeedStep);
+    }
 }
 
 FaultKind FaultPlan::next()
@@ -83,8 +88,9 @@ FaultKind FaultPlan::next()
     ++requests_;
     FaultKind kind = FaultKind::None;
     for (std::size_t i = 0; i < rules_.size(); ++i) {
-        if (applies(i) && kind == FaultKind::None)
+        if (applies(i) && kind == FaultKind::None) {
             kind = rules_[i].kind;
+        }
     }
     return kind;
 }

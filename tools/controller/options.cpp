@@ -49,8 +49,9 @@ public:
     {
         bool isNumber = false;
         const int ms = parser_.value(option).toInt(&isNumber);
-        if (!isNumber || ms < 0 || ms > kMostMs)
+        if (!isNumber || ms < 0 || ms > kMostMs) {
             note(option, QString("a number of milliseconds from 0 to %1").arg(kMostMs));
+        }
         return ms;
     }
 
@@ -58,15 +59,17 @@ public:
     {
         bool isNumber = false;
         const std::uint64_t seed = parser_.value(option).toULongLong(&isNumber);
-        if (!isNumber)
+        if (!isNumber) {
             note(option, "a number from 0 on");
+        }
         return seed;
     }
 
     void endpoint(const QString& option, Options& options)
     {
-        if (!parseEndpoint(parser_.value(option), &options.address, &options.port))
+        if (!parseEndpoint(parser_.value(option), &options.address, &options.port)) {
             note(option, "HOST:PORT with an IP address and a port from 0 to 65535");
+        }
     }
 
     std::vector<FaultRule> faults(const QString& option)
@@ -75,10 +78,11 @@ public:
         for (const QString& text : parser_.values(option)) {
             QString why;
             const std::optional<FaultRule> rule = parseFaultRule(text, &why);
-            if (rule)
+            if (rule) {
                 rules.push_back(*rule);
-            else if (problem_.isEmpty())
+            } else if (problem_.isEmpty()) {
                 problem_ = QString("--%1: %2").arg(option, why);
+            }
         }
         return rules;
     }
@@ -100,8 +104,9 @@ void addOptions(QCommandLineParser& parser)
     const auto add = [&parser](const char* name, const char* text, const char* value,
                                const QString& standard) {
         QString help = text;
-        if (!standard.isEmpty())
+        if (!standard.isEmpty()) {
             help += QString(" Default: %1.").arg(standard);
+        }
         parser.addOption(QCommandLineOption(name, help, value, standard));
     };
     const Options standard;
@@ -142,8 +147,9 @@ CommandLine parseCommandLine(const QStringList& arguments)
     Values values(parser, line.problem);
     values.endpoint("listen", line.options);
     line.options.projectFile = parser.value("project");
-    if (parser.isSet("project") && line.options.projectFile.isEmpty())
+    if (parser.isSet("project") && line.options.projectFile.isEmpty()) {
         line.problem = "--project: a file name is missing";
+    }
     line.options.trace = parser.isSet("trace");
     line.options.faults = values.faults("fault");
     line.options.seed = values.seed("seed");

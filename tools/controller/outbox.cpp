@@ -23,8 +23,9 @@ void Outbox::hold(const QByteArray& reply, int ms)
     }
     waitingBytes_ += reply.size();
     held_.push_back({reply, clock_.elapsed() + ms});
-    if (held_.size() == 1)
+    if (held_.size() == 1) {
         timer_.start(ms);
+    }
 }
 
 void Outbox::sendLate(const QByteArray& reply, int ms)
@@ -46,14 +47,16 @@ void Outbox::sendDue()
         write(reply);
     }
     socket_.flush();
-    if (!held_.empty())
+    if (!held_.empty()) {
         timer_.start(static_cast<int>(std::max<qint64>(1, held_.front().dueMs - clock_.elapsed())));
+    }
 }
 
 void Outbox::write(const QByteArray& reply)
 {
-    if (socket_.state() != QAbstractSocket::ConnectedState)
+    if (socket_.state() != QAbstractSocket::ConnectedState) {
         return;
+    }
     socket_.write(reply);
     onSent_(reply);
 }

@@ -34,12 +34,14 @@ Answer refuse(const Request& request, std::uint8_t exceptionCode)
 
 Answer carryOut(const Request& request, BitMemory& memory)
 {
-    if (request.exceptionCode != 0)
+    if (request.exceptionCode != 0) {
         return refuse(request, request.exceptionCode);
+    }
     const wire::FunctionCode& functionCode = *request.functionCode;
     if (functionCode.write) {
-        if (!memory.write(request.station, functionCode.valueBits, request.elements))
+        if (!memory.write(request.station, functionCode.valueBits, request.elements)) {
             return refuse(request, kDeviceFailure);
+        }
         return {header(request, request.function, request.count, 0), 0};
     }
     const std::size_t dataBytes = request.elements.size() * functionCode.entryBytes();

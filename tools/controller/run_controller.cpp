@@ -37,8 +37,9 @@ bool loadProject(const QString& fileName, Simulation& simulation)
 {
     const project::ReadOutcome outcome = project::readProjectFile(fileName);
     QString problem = outcome.error;
-    if (outcome.project && simulation.load(*outcome.project, &problem))
+    if (outcome.project && simulation.load(*outcome.project, &problem)) {
         return true;
+    }
     logLine(outcome.project ? QString("%1: %2").arg(fileName, problem) : problem);
     return false;
 }
@@ -49,8 +50,9 @@ class SignalClock : public QObject
 public:
     explicit SignalClock(Simulation& simulation) : simulation_(simulation)
     {
-        if (!simulation.hasSignals())
+        if (!simulation.hasSignals()) {
             return;
+        }
         sinceStart_.start();
         connect(&tick_, &QTimer::timeout, this, [this] { advance(); });
         tick_.start(kSignalTickMs);
@@ -60,8 +62,9 @@ private:
     void advance()
     {
         const bool stored = simulation_.advanceTo(sinceStart_.elapsed());
-        if (!stored && !complained_)
+        if (!stored && !complained_) {
             logLine("the memory is full, not all signals move");
+        }
         complained_ = complained_ || !stored;
     }
 
@@ -78,8 +81,9 @@ ServerSettings settingsOf(const Options& options)
     settings.lateMs = options.lateMs;
     settings.refuseMs = options.refuseMs;
     settings.log = logLine;
-    if (options.trace)
+    if (options.trace) {
         settings.trace = [](const QString& line) { printLine(stdout, line); };
+    }
     return settings;
 }
 
@@ -88,8 +92,9 @@ ServerSettings settingsOf(const Options& options)
 int runController(const Options& options)
 {
     Simulation simulation(FaultPlan(options.faults, options.seed));
-    if (!options.projectFile.isEmpty() && !loadProject(options.projectFile, simulation))
+    if (!options.projectFile.isEmpty() && !loadProject(options.projectFile, simulation)) {
         return kExitBadInput;
+    }
     if (!options.address.isLoopback()) {
         logLine("warning: the protocol knows no passwords; whoever reaches this "
                 "address can read and write everything");

@@ -20,8 +20,9 @@ public:
     // From `low` to `high`, both included; `low` when `high` is not above it.
     int between(int low, int high)
     {
-        if (high <= low)
+        if (high <= low) {
             return low;
+        }
         const auto choices = static_cast<std::uint64_t>(std::int64_t{high} - low + 1);
         return static_cast<int>(low + static_cast<std::int64_t>(engine_() % choices));
     }

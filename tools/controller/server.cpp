@@ -32,8 +32,9 @@ Server::~Server()
 
 bool Server::listen(const QHostAddress& address, quint16 port)
 {
-    if (!tcpServer_.listen(address, port))
+    if (!tcpServer_.listen(address, port)) {
         return false;
+    }
     address_ = tcpServer_.serverAddress();
     port_ = tcpServer_.serverPort();
     return true;
@@ -41,8 +42,9 @@ bool Server::listen(const QHostAddress& address, quint16 port)
 
 void Server::takeClients()
 {
-    while (QTcpSocket* socket = tcpServer_.nextPendingConnection())
+    while (QTcpSocket* socket = tcpServer_.nextPendingConnection()) {
         takeClient(socket);
+    }
 }
 
 void Server::takeClient(QTcpSocket* socket)
@@ -75,8 +77,9 @@ void Server::takeClient(QTcpSocket* socket)
 
 void Server::refuseForAWhile()
 {
-    if (!tcpServer_.isListening())
+    if (!tcpServer_.isListening()) {
         return;
+    }
     settings_.log(QString("connections are refused for %1 ms").arg(settings_.refuseMs));
     tcpServer_.close();
     // A socket that is bound but does not listen keeps the port from other programs.
@@ -99,8 +102,9 @@ void Server::listenAgain()
 void Server::closeAll()
 {
     const std::set<ClientSession*> sessions = sessions_;
-    for (ClientSession* session : sessions)
+    for (ClientSession* session : sessions) {
         session->close();
+    }
 }
 
 } // namespace tavmir::controller

@@ -64,8 +64,9 @@ double SignalGenerator::sine(std::int64_t ms) const
 
 double SignalGenerator::counter(std::int64_t steps) const
 {
-    if (!(step_ > 0))
+    if (!(step_ > 0)) {
         return low_;
+    }
     const double values = std::floor((high_ - low_) / step_) + 1;
     return low_ + step_ * std::fmod(static_cast<double>(steps), values);
 }

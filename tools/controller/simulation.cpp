@@ -29,8 +29,9 @@ Simulation::Simulation(FaultPlan faults, std::size_t mostMemoryPages)
 bool Simulation::load(const project::Project& project, QString* problem)
 {
     station_ = static_cast<std::uint8_t>(project.connection.station);
-    for (const project::Element& element : project::leafElements(project))
+    for (const project::Element& element : project::leafElements(project)) {
         names_.add(element.address, project::memoryBits(element), element.addressText);
+    }
     names_.sort();
     return storeInitialValues(project, problem) && addSignals(project, problem);
 }
@@ -68,8 +69,9 @@ bool Simulation::addSignals(const project::Project& project, QString* problem)
         }
         signals_.add(signal, place.element);
     }
-    if (advanceTo(0))
+    if (advanceTo(0)) {
         return true;
+    }
     *problem = memoryFull("signals");
     return false;
 }

@@ -40,24 +40,29 @@ void Statistics::countArrival(const Request& request)
 
 void Statistics::countFault(FaultKind kind)
 {
-    if (kind != FaultKind::None)
+    if (kind != FaultKind::None) {
         ++faults[static_cast<std::size_t>(kind)];
+    }
 }
 
 QString Statistics::text() const
 {
     QString text = line("requests", requests);
-    for (const auto& [code, number] : requestsByFunction)
+    for (const auto& [code, number] : requestsByFunction) {
         text += line(QString("requests to %1").arg(wire::findFunctionCode(code)->words), number);
-    if (requestsOfUnknownFunction > 0)
+    }
+    if (requestsOfUnknownFunction > 0) {
         text += line("requests of unknown function", requestsOfUnknownFunction);
+    }
     text += line("elements read", elementsRead);
     text += line("elements written", elementsWritten);
-    for (const auto& [code, number] : exceptions)
+    for (const auto& [code, number] : exceptions) {
         text += line(QString("exceptions of code %1").arg(code), number);
+    }
     std::uint64_t allFaults = 0;
-    for (const std::uint64_t number : faults)
+    for (const std::uint64_t number : faults) {
         allFaults += number;
+    }
     text += line("faults", allFaults);
     for (const FaultRow& row : kFaultTable) {
         if (faultsOf(row.kind) > 0) {

@@ -1,11 +1,11 @@
 #include "driver_library.h"
 
 #include <dlfcn.h>
-#include <limits.h>
 #include <link.h>
-#include <stdlib.h>
 #include <unistd.h>
 
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 
@@ -24,8 +24,9 @@ std::string besideThisProgram()
 {
     char program[PATH_MAX];
     const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
-    if (length <= 0 || length >= static_cast<ssize_t>(sizeof program))
+    if (length <= 0 || length >= static_cast<ssize_t>(sizeof program)) {
         return std::string();
+    }
     std::string path(program, static_cast<std::size_t>(length));
     path.erase(path.rfind('/') + 1);
     path += kLibraryName;
@@ -39,8 +40,9 @@ bool madeForTheOtherQt(const std::string& file)
     const char* other = QT_VERSION < 0x050000 ? "libQt5Core.so.5" : "libQtCore.so.4";
     std::ifstream library(file.c_str(), std::ios::binary | std::ios::ate);
     const std::streamoff size = library.tellg();
-    if (size <= 0 || size > kMostLibraryBytes) // not there, or a folder
+    if (size <= 0 || size > kMostLibraryBytes) { // not there, or a folder
         return false;
+    }
     std::string bytes(static_cast<std::size_t>(size), '\0');
     library.seekg(0);
     library.read(&bytes[0], static_cast<std::streamsize>(size));
@@ -59,20 +61,24 @@ DriverLibrary::DriverLibrary() : handle(nullptr) {}
 
 DriverLibrary::~DriverLibrary()
 {
-    if (handle != nullptr)
+    if (handle != nullptr) {
         dlclose(handle);
+    }
 }
 
 std::string DriverLibrary::load(const std::string& file)
 {
     std::string name = file.empty() ? besideThisProgram() : file;
-    if (name.empty())
+    if (name.empty()) {
         name = kLibraryName;
-    if (madeForTheOtherQt(name))
+    }
+    if (madeForTheOtherQt(name)) {
         return name + ": made for another Qt than this program's " + QT_VERSION_STR;
+    }
     handle = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle != nullptr)
+    if (handle != nullptr) {
         return std::string();
+    }
     const char* reason = dlerror();
     return reason != nullptr ? reason : "cannot load " + name;
 }
@@ -80,8 +86,9 @@ std::string DriverLibrary::load(const std::string& file)
 std::string DriverLibrary::path() const
 {
     struct link_map* map = nullptr;
-    if (handle == nullptr || dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0)
+    if (handle == nullptr || dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0) {
         return std::string();
+    }
     char resolved[PATH_MAX];
     return realpath(map->l_name, resolved) != nullptr ? resolved : map->l_name;
 }
@@ -123,8 +130,9 @@ std::vector<std::string> DriverLibrary::missingNames() const
 {
     std::vector<std::string> missing;
     for (const std::string& name : expectedNames()) {
-        if (handle == nullptr || dlsym(handle, name.c_str()) == nullptr)
+        if (handle == nullptr || dlsym(handle, name.c_str()) == nullptr) {
             missing.push_back(name);
+        }
     }
     return missing;
 }

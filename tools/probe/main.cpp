@@ -22,10 +22,12 @@ void printRecords(bool members)
     for (const RecordLayout& record : recordTable()) {
         std::printf("record     %-22s size %4zu, alignment %zu\n", record.name, record.size,
                     record.alignment);
-        if (!members)
+        if (!members) {
             continue;
-        for (const Member& member : record.members)
+        }
+        for (const Member& member : record.members) {
             std::printf("           %6zu %-20s %zu\n", member.offset, member.name, member.size);
+        }
     }
 }
 
@@ -34,8 +36,9 @@ bool printNames(const DriverLibrary& library)
     const std::vector<std::string> missing = library.missingNames();
     const std::size_t all = DriverLibrary::expectedNames().size();
     std::printf("names      %zu of %zu resolved\n", all - missing.size(), all);
-    for (const std::string& name : missing)
+    for (const std::string& name : missing) {
         std::printf("missing    %s\n", name.c_str());
+    }
     return missing.empty();
 }
 
@@ -50,8 +53,9 @@ bool readAndPrint(const DriverLibrary& library, const Options& options)
         std::printf("failed     %s\n", error.c_str());
         return false;
     }
-    for (std::size_t i = 0; i < values.size(); ++i)
+    for (std::size_t i = 0; i < values.size(); ++i) {
         std::printf("value      [%zu] %u (0x%X)\n", i, values[i], values[i]);
+    }
     return true;
 }
 
@@ -68,8 +72,9 @@ bool probe(const Options& options)
     std::printf("Qt         %s (probe built with %s)\n", qVersion(), QT_VERSION_STR);
     std::printf("pointers   %zu bits\n", 8 * sizeof(void*));
     printRecords(options.records);
-    if (!printNames(library))
+    if (!printNames(library)) {
         return false;
+    }
     return options.controller.host.empty() || readAndPrint(library, options);
 }
 

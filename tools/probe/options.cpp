@@ -20,11 +20,13 @@ const int kLongestTimeoutMs = 600000;
 bool parseNumber(const std::string& text, int least, int most, int& number)
 {
     if (text.empty() || text.size() > 10 ||
-        text.find_first_not_of("0123456789") != std::string::npos)
+        text.find_first_not_of("0123456789") != std::string::npos) {
         return false;
+    }
     const long long value = std::strtoll(text.c_str(), nullptr, 10);
-    if (value < least || value > most)
+    if (value < least || value > most) {
         return false;
+    }
     number = static_cast<int>(value);
     return true;
 }
@@ -49,19 +51,23 @@ bool parseDataType(const std::string& text, int& dataType)
 std::string parseRead(const std::string& text, Options& options)
 {
     const std::size_t first = text.find(':');
-    if (first == std::string::npos)
+    if (first == std::string::npos) {
         return "--read wants TYPE:ADDRESS[:COUNT], not \"" + text + "\"";
+    }
     const std::size_t second = text.find(':', first + 1);
     const bool counted = second != std::string::npos;
     const std::string address =
         text.substr(first + 1, counted ? second - first - 1 : std::string::npos);
-    if (!parseDataType(text.substr(0, first), options.dataType))
+    if (!parseDataType(text.substr(0, first), options.dataType)) {
         return "no such type \"" + text.substr(0, first) +
                "\": bit, word, dword, text, 1, 4, 6, 7, 10";
-    if (!parseNumber(address, 0, INT_MAX, options.elementAddress))
+    }
+    if (!parseNumber(address, 0, INT_MAX, options.elementAddress)) {
         return "no element address: \"" + address + "\"";
-    if (counted && !parseNumber(text.substr(second + 1), 1, kMostElements, options.count))
+    }
+    if (counted && !parseNumber(text.substr(second + 1), 1, kMostElements, options.count)) {
         return "a count is 1 to 4096, not \"" + text.substr(second + 1) + "\"";
+    }
     return std::string();
 }
 
@@ -78,18 +84,22 @@ std::string parseValue(const std::string& name, const std::string& value, Option
         options.library = value;
         return value.empty() ? "--library wants a file" : std::string();
     }
-    if (name == "--connect")
+    if (name == "--connect") {
         return parseConnect(value, options);
-    if (name == "--read")
+    }
+    if (name == "--read") {
         return parseRead(value, options);
-    if (name == "--station")
+    }
+    if (name == "--station") {
         return parseNumber(value, 0, kMostStations, options.station)
                    ? std::string()
                    : "a station is 0 to 255, not \"" + value + "\"";
-    if (name == "--timeout")
+    }
+    if (name == "--timeout") {
         return parseNumber(value, 1, kLongestTimeoutMs, options.timeoutMs)
                    ? std::string()
                    : "a time-out is 1 to 600000 ms, not \"" + value + "\"";
+    }
     return "no such option: " + name;
 }
 
@@ -120,23 +130,25 @@ std::string parseOptions(int argc, const char* const argv[], Options& options)
 {
     for (int i = 0; i < argc; ++i) {
         const std::string name = argv[i];
-        if (name == "--help" || name == "-h")
+        if (name == "--help" || name == "-h") {
             options.help = true;
-        else if (name == "--version")
+        } else if (name == "--version") {
             options.version = true;
-        else if (name == "--records")
+        } else if (name == "--records") {
             options.records = true;
-        else if (i + 1 == argc)
+        } else if (i + 1 == argc) {
             return name.compare(0, 2, "--") == 0 ? name + " wants a value, or is no option"
                                                  : "no such option: " + name;
-        else {
+        } else {
             const std::string error = parseValue(name, argv[++i], options);
-            if (!error.empty())
+            if (!error.empty()) {
                 return error;
+            }
         }
     }
-    if (options.controller.host.empty() != (options.dataType == 0))
+    if (options.controller.host.empty() != (options.dataType == 0)) {
         return "--connect and --read belong together";
+    }
     return std::string();
 }
 

@@ -32,14 +32,17 @@ std::string waitFor(int descriptor, short events, Clock::time_point deadline)
     for (;;) {
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        if (left <= 0)
+        if (left <= 0) {
             return "timed out";
+        }
         struct pollfd wait = {descriptor, events, 0};
         const int ready = poll(&wait, 1, static_cast<int>(left));
-        if (ready > 0)
+        if (ready > 0) {
             return std::string();
-        if (ready < 0 && errno != EINTR)
+        }
+        if (ready < 0 && errno != EINTR) {
             return systemError("poll");
+        }
     }
 }
 
@@ -49,8 +52,9 @@ PlainSocket::PlainSocket() : descriptor(-1) {}
 
 PlainSocket::~PlainSocket()
 {
-    if (descriptor >= 0)
+    if (descriptor >= 0) {
         close(descriptor);
+    }
 }
 
 std::string PlainSocket::connectTo(const wire::Endpoint& controller, int timeoutMs)
@@ -67,15 +71,17 @@ std::string PlainSocket::send(const QByteArray& bytes, int timeoutMs)
     int sent = 0;
     while (sent < bytes.size()) {
         const std::string error = waitFor(descriptor, POLLOUT, deadline);
-        if (!error.empty())
+        if (!error.empty()) {
             return "send: " + error;
+        }
         const ssize_t now =
             ::send(descriptor, bytes.constData() + sent,
                    static_cast<std::size_t>(bytes.size() - sent), MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (now > 0)
+        if (now > 0) {
             sent += static_cast<int>(now);
-        else if (errno != EINTR && errno != EAGAIN)
+        } else if (errno != EINTR && errno != EAGAIN) {
             return systemError("send");
+        }
     }
     return std::string();
 }
@@ -86,17 +92,20 @@ std::string PlainSocket::receive(QByteArray& bytes, int count, int timeoutMs)
     const int end = bytes.size() + count;
     while (bytes.size() < end) {
         const std::string error = waitFor(descriptor, POLLIN, deadline);
-        if (!error.empty())
+        if (!error.empty()) {
             return "receive: " + error;
+        }
         char part[512];
         const std::size_t room = qMin(sizeof part, static_cast<std::size_t>(end - bytes.size()));
         const ssize_t now = recv(descriptor, part, room, MSG_DONTWAIT);
-        if (now == 0)
+        if (now == 0) {
             return "receive: the controller closed the connection";
-        if (now > 0)
+        }
+        if (now > 0) {
             bytes.append(part, static_cast<int>(now));
-        else if (errno != EINTR && errno != EAGAIN)
+        } else if (errno != EINTR && errno != EAGAIN) {
             return systemError("receive");
+        }
     }
     return std::string();
 }

@@ -72,44 +72,55 @@ std::string receiveAnswer(PlainSocket& socket, const QByteArray& frame, int time
                           QByteArray& answer)
 {
     std::string error = socket.receive(answer, kLengthEnd, timeoutMs);
-    if (!error.empty())
+    if (!error.empty()) {
         return error;
+    }
     const int following = byteAt(answer, kLengthOffset) * 256 + byteAt(answer, kLengthOffset + 1);
-    if (following < 2 || following > kMostBytesAfterLength)
+    if (following < 2 || following > kMostBytesAfterLength) {
         return "the answer's length field makes no sense: " + std::to_string(following);
+    }
     error = socket.receive(answer, following, timeoutMs);
-    if (!error.empty())
+    if (!error.empty()) {
         return error;
-    if (answer.left(kLengthOffset) != frame.left(kLengthOffset))
+    }
+    if (answer.left(kLengthOffset) != frame.left(kLengthOffset)) {
         return "the answer belongs to another request";
+    }
     const int function = byteAt(frame, kFunctionOffset);
-    if (byteAt(answer, kFunctionOffset) == (function | wire::kExceptionBit))
+    if (byteAt(answer, kFunctionOffset) == (function | wire::kExceptionBit)) {
         return "the controller refused the request, code " +
                (answer.size() > kCountOffset ? std::to_string(byteAt(answer, kCountOffset)) : "?");
-    if (byteAt(answer, kFunctionOffset) != function)
+    }
+    if (byteAt(answer, kFunctionOffset) != function) {
         return "the answer has another function code";
+    }
     return std::string();
 }
 
 std::string exchange(const DriverCalls& driver, PlainSocket& socket, int timeoutMs, int& elements)
 {
     const Protocol* request = driver.nextRequest();
-    if (request == nullptr)
+    if (request == nullptr) {
         return "the driver has nothing to send";
+    }
     const QByteArray frame = request->frame;
-    if (frame.size() <= kHeaderBytes)
+    if (frame.size() <= kHeaderBytes) {
         return "the driver made no read request";
+    }
     std::string error = socket.send(frame, timeoutMs);
-    if (!error.empty())
+    if (!error.empty()) {
         return error;
+    }
     QByteArray answer;
     error = receiveAnswer(socket, frame, timeoutMs, answer);
-    if (!error.empty())
+    if (!error.empty()) {
         return error;
+    }
     const int status = driver.takeAnswer(&answer, answer.size())->status;
-    if (status != 1)
+    if (status != 1) {
         return "the driver refused the answer of " + std::to_string(answer.size()) +
                " bytes, code " + std::to_string(status);
+    }
     elements += byteAt(frame, kCountOffset);
     return std::string();
 }
@@ -141,25 +152,30 @@ std::string readValues(const DriverCalls& driver, const Options& options,
     QList<HOSTVAR> screen;
     screen << polled;
     const int entries = driver.rebuildReadList(&screen);
-    if (entries != options.count)
+    if (entries != options.count) {
         return "the driver made " + std::to_string(entries) + " entries out of " +
                std::to_string(options.count) + " elements";
+    }
 
     PlainSocket socket;
     std::string error = socket.connectTo(options.controller, options.timeoutMs);
-    for (int elements = 0; error.empty() && elements < options.count;)
+    for (int elements = 0; error.empty() && elements < options.count;) {
         error = exchange(driver, socket, options.timeoutMs, elements);
-    if (!error.empty())
+    }
+    if (!error.empty()) {
         return error;
+    }
 
     QByteArray data;
-    if (driver.getValues(address(), 0, 0, 0, &data, hostCount(options)) != 1)
+    if (driver.getValues(address(), 0, 0, 0, &data, hostCount(options)) != 1) {
         return "the driver refused its own address";
+    }
     const int width = bytesPerElement(options.dataType);
     for (int i = 0; i < options.count; ++i) {
         unsigned int value = 0;
-        for (int byte = width - 1; byte >= 0; --byte)
+        for (int byte = width - 1; byte >= 0; --byte) {
             value = value << 8 | static_cast<unsigned int>(byteAt(data, i * width + byte));
+        }
         values.push_back(value);
     }
     return std::string();
