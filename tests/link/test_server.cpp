@@ -5,7 +5,6 @@
 
 #include <arpa/inet.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -77,10 +76,19 @@ TestServer::~TestServer()
 {
     stop_.wake();
     thread_.join();
+    closeAll();
+}
+
+void TestServer::closeAll()
+{
     for (const Client& client : clients_) {
         ::close(client.descriptor_);
     }
-    ::close(listener_);
+    clients_.clear();
+    if (listener_ >= 0) {
+        ::close(listener_);
+        listener_ = -1;
+    }
 }
 
 void TestServer::loop()
@@ -94,15 +102,27 @@ void TestServer::loop()
         if (waits[0].revents != 0) {
             return;
         }
-        for (size_t i = waits.size(); i-- > 2;) {
-            if (waits[i].revents != 0 && !serve(clients_[i - 2])) {
-                ::close(clients_[i - 2].descriptor_);
-                clients_.erase(clients_.begin() + static_cast<std::ptrdiff_t>(i - 2));
-            }
-        }
-        if (waits[1].revents != 0) {
+        serveClients(waits);
+        if (listener_ >= 0 && waits[1].revents != 0) {
             acceptClient();
         }
+    }
+}
+
+// waits  of the clients, behind two others
+void TestServer::serveClients(const std::vector<pollfd>& waits)
+{
+    for (size_t i = waits.size(); i-- > 2;) {
+        Client& client = clients_[i - 2];
+        if (waits[i].revents == 0 || serve(client)) {
+            continue;
+        }
+        if (client.leaving_) {
+            closeAll();
+            return;
+        }
+        ::close(client.descriptor_);
+        clients_.erase(clients_.begin() + static_cast<std::ptrdiff_t>(i - 2));
     }
 }
 
@@ -123,7 +143,7 @@ bool TestServer::serve(Client& client)
         return false;
     }
     client.received_.append(bytes, static_cast<int>(got));
-    while (client.received_.size() >= 6 && !client.closing_) {
+    while (client.received_.size() >= 6 && !client.closing_ && !client.leaving_) {
         const int size = 6 + byteAt(client.received_, 4) * 256 + byteAt(client.received_, 5);
         if (client.received_.size() < size) {
             break;
@@ -132,7 +152,32 @@ bool TestServer::serve(Client& client)
         client.received_.remove(0, size);
         answer_(client, request, ++requests_);
     }
-    return !client.closing_;
+    return !client.closing_ && !client.leaving_;
+}
+
+int stationOf(const QByteArray& request)
+{
+    return byteAt(request, 6);
+}
+
+int countOf(const QByteArray& request)
+{
+    return byteAt(request, 8);
+}
+
+std::vector<quint32> addressesOf(const QByteArray& request)
+{
+    const int count = countOf(request);
+    const int entryBytes = count == 0 ? 0 : (request.size() - 9) / count;
+    std::vector<quint32> addresses;
+    for (int i = 0; i < count; ++i) {
+        quint32 address = 0;
+        for (int place = 9 + i * entryBytes; place < 9 + i * entryBytes + 4; ++place) {
+            address = address << 8 | static_cast<quint32>(byteAt(request, place));
+        }
+        addresses.push_back(address);
+    }
+    return addresses;
 }
 
 QByteArray replyTo(const QByteArray& request, const QByteArray& entries)

@@ -7,6 +7,8 @@
 
 #include <QtCore/QByteArray>
 
+#include <poll.h>
+
 #include <atomic>
 #include <functional>
 #include <thread>
@@ -27,12 +29,15 @@ public:
         // One segment for each byte.
         void sendSlowly(const QByteArray& bytes);
         void close() { closing_ = true; }
+        // As when the power goes: every connection is closed, and nobody listens any more.
+        void leave() { leaving_ = true; }
 
     private:
         friend class TestServer;
         int descriptor_;
         QByteArray received_;
         bool closing_ = false;
+        bool leaving_ = false;
     };
 
     // number  of the request, from 1 over all connections
@@ -49,8 +54,10 @@ public:
 private:
     void loop();
     void acceptClient();
+    void serveClients(const std::vector<pollfd>& waits);
     // False when the connection is over.
     bool serve(Client& client);
+    void closeAll();
 
     Answer answer_;
     int listener_;
@@ -61,6 +68,12 @@ private:
     WakeEvent stop_;
     std::thread thread_;
 };
+
+// The request's header fields.
+int stationOf(const QByteArray& request);
+int countOf(const QByteArray& request);
+// The addresses that it names, in its order.
+std::vector<quint32> addressesOf(const QByteArray& request);
 
 // The request's header with `entries` behind it and a length that is right.
 QByteArray replyTo(const QByteArray& request, const QByteArray& entries);
