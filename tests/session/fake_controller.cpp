@@ -1,6 +1,8 @@
 // Reads and writes of the fake controller.
 #include "fake_controller.h"
 
+#include <algorithm>
+
 namespace tavmir::host
 {
 
@@ -17,19 +19,18 @@ bool isWrite(char function)
     return function == 'e' || function == 'g' || function == 'm';
 }
 
-quint32 bigEndian(const QByteArray& bytes)
-{
-    quint32 number = 0;
-    for (const char byte : bytes) {
-        number = number << 8 | static_cast<unsigned char>(byte);
-    }
-    return number;
-}
-
 } // namespace
+
+FakeController::Judge untilNumber(int answered, FakeController::Mood before)
+{
+    return [=](const QByteArray&, int number) {
+        return number < answered ? before : FakeController::Mood::answers;
+    };
+}
 
 void FakeController::start(int port)
 {
+    server_.reset();
     server_ =
         std::make_unique<TestServer>([this](TestServer::Client& client, const QByteArray& request,
                                             int) { answer(client, request); },
@@ -37,23 +38,29 @@ void FakeController::start(int port)
     port_ = server_->port();
 }
 
-void FakeController::set(char readFunction, quint32 address, quint32 number)
+void FakeController::setAt(int station, char readFunction, quint32 address, quint32 number)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    numbers_[{readFunction, address}] = number;
+    numbers_[{station, readFunction, address}] = number;
 }
 
-quint32 FakeController::get(char readFunction, quint32 address)
+quint32 FakeController::getAt(int station, char readFunction, quint32 address)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return numbers_[{readFunction, address}];
+    return numbers_[{station, readFunction, address}];
 }
 
 void FakeController::treat(const QByteArray& functions, Mood mood)
 {
+    judge(functions, [mood](const QByteArray&, int) { return mood; });
+}
+
+void FakeController::judge(const QByteArray& functions, const Judge& judge)
+{
     const std::lock_guard<std::mutex> lock(mutex_);
     for (const char function : functions) {
-        moods_[function] = mood;
+        judges_[function] = judge;
+        asked_[function] = 0;
     }
 }
 
@@ -69,36 +76,93 @@ std::vector<QByteArray> FakeController::requests(const QByteArray& functions)
     return list;
 }
 
+std::vector<QByteArray> FakeController::requestsOf(const QByteArray& functions, quint32 address)
+{
+    std::vector<QByteArray> list = requests(functions);
+    const auto foreign = [address](const QByteArray& request) {
+        const std::vector<quint32> named = addressesOf(request);
+        return std::find(named.begin(), named.end(), address) == named.end();
+    };
+    list.erase(std::remove_if(list.begin(), list.end(), foreign), list.end());
+    return list;
+}
+
+FakeController::Mood FakeController::moodFor(const QByteArray& request)
+{
+    Judge judge;
+    int number = 0;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        requests_.push_back(request);
+        judge = judges_[request.at(7)];
+        number = ++asked_[request.at(7)];
+    }
+    return judge ? judge(request, number) : Mood::answers;
+}
+
 void FakeController::answer(TestServer::Client& client, const QByteArray& request)
 {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    requests_.push_back(request);
-    const char function = request.at(7);
-    switch (moods_[function]) {
+    switch (moodFor(request)) {
+    case Mood::answers:
+        client.send(carryOut(request));
+        return;
     case Mood::silent:
         return;
     case Mood::refuses:
-        client.send(exceptionTo(request, 3));
+        client.send(exceptionTo(request, kExceptionCode));
         return;
     case Mood::tooLong:
         client.send(replyTo(request, QByteArray(300, 'x')));
         return;
-    case Mood::answers:
-        break;
+    case Mood::closes:
+        client.close();
+        return;
+    case Mood::loses:
+        carryOut(request);
+        return;
+    case Mood::losesAndCloses:
+        carryOut(request);
+        client.close();
+        return;
+    case Mood::losesAndLeaves:
+        carryOut(request);
+        client.leave();
+        return;
+    case Mood::straysFirst:
+        client.send(strayReplies(request));
+        client.send(carryOut(request));
+        return;
     }
-    if (isWrite(function)) {
-        store(request);
+}
+
+QByteArray FakeController::strayReplies(const QByteArray& request)
+{
+    const char function = request.at(7);
+    const int entryBytes = isWrite(function) ? 0 : 4 + valueBytes(function);
+    QByteArray otherAddresses(countOf(request) * entryBytes, '');
+    QByteArray otherCount = replyTo(request, QByteArray((countOf(request) + 1) * entryBytes, ''));
+    otherCount[8] = static_cast<char>(countOf(request) + 1);
+    return isWrite(function) ? otherCount : replyTo(request, otherAddresses) + otherCount;
+}
+
+QByteArray FakeController::carryOut(const QByteArray& request)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!isWrite(request.at(7))) {
+        return replyTo(request, entriesOfRead(request));
     }
-    client.send(replyTo(request, isWrite(function) ? QByteArray() : entriesOfRead(request)));
+    store(request);
+    return replyTo(request, QByteArray());
 }
 
 QByteArray FakeController::entriesOfRead(const QByteArray& request)
 {
     QByteArray entries;
-    for (int i = 0; i < request.at(8); ++i) {
-        const QByteArray address = request.mid(9 + 4 * i, 4);
-        const quint32 number = numbers_[{request.at(7), bigEndian(address)}];
-        entries += address;
+    int place = 9;
+    for (const quint32 address : addressesOf(request)) {
+        const quint32 number = numbers_[{stationOf(request), request.at(7), address}];
+        entries += request.mid(place, 4);
+        place += 4;
         for (int byte = valueBytes(request.at(7)); byte-- > 0;) {
             entries += static_cast<char>(number >> (8 * byte) & 0xFF);
         }
@@ -110,13 +174,14 @@ void FakeController::store(const QByteArray& request)
 {
     const char readFunction = static_cast<char>(request.at(7) - 1);
     const int size = valueBytes(readFunction);
-    for (int i = 0; i < request.at(8); ++i) {
-        const QByteArray entry = request.mid(9 + (4 + size) * i, 4 + size);
+    int place = 9 + 4;
+    for (const quint32 address : addressesOf(request)) {
         quint32 number = 0;
         for (int byte = size; byte-- > 0;) {
-            number = number << 8 | static_cast<unsigned char>(entry.at(4 + byte));
+            number = number << 8 | static_cast<unsigned char>(request.at(place + byte));
         }
-        numbers_[{readFunction, bigEndian(entry.left(4))}] = number;
+        numbers_[{stationOf(request), readFunction, address}] = number;
+        place += 4 + size;
     }
 }
 

@@ -1,0 +1,160 @@
+// When passes over the polled list begin, and that work which is queued does not wait for them.
+#include "running_session.h"
+
+#include "support/wait_until.h"
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+constexpr int kForeverMs = 100 * kPatientMs; // a test that waits through it has failed
+constexpr int kWork = 100;
+
+class PassPace : public RunningSession
+{
+protected:
+    // Polls a bit, two words and a double word: three requests a pass.
+    void openPolling(int pauseMs, int idleMs = kForeverMs)
+    {
+        options_.pauseMs = pauseMs;
+        options_.idleMs = idleMs;
+        Setting setting;
+        setting.polled = R"({ "address": "M.bit" }, { "address": "M.w" }, { "address": "M.a[0]" },
+                            { "address": "M.d" })";
+        open(setting);
+    }
+
+    // Requests so far for the polled elements, of each class.
+    size_t bitPolls() { return controller_.requestsOf("d", kBitAt).size(); }
+    size_t wordPolls() { return controller_.requestsOf("f", kWordAt).size(); }
+    size_t doubleWordPolls() { return controller_.requestsOf("l", kDwordAt).size(); }
+
+    bool firstPassIsOver()
+    {
+        return test::waitUntil([&] { return doubleWordPolls() >= 1; });
+    }
+
+    void expectOnePass()
+    {
+        EXPECT_EQ(1u, bitPolls());
+        EXPECT_EQ(1u, wordPolls());
+        EXPECT_EQ(1u, doubleWordPolls());
+    }
+};
+
+} // namespace
+
+TEST_F(PassPace, WritesDuringThePauseAreDoneAtOnceAndStartNoPass)
+{
+    openPolling(kForeverMs);
+    ASSERT_TRUE(firstPassIsOver());
+    for (int i = 0; i < kWork; ++i) {
+        EXPECT_EQ("done", write(QString("M.many[%1]").arg(i % 7), QString::number(i)).state);
+        EXPECT_EQ("done", write("M.pair[1]", QString::number(i)).state);
+    }
+    expectOnePass();
+}
+
+TEST_F(PassPace, ReadsDuringThePauseAreDoneAtOnceAndStartNoPass)
+{
+    openPolling(kForeverMs);
+    ASSERT_TRUE(firstPassIsOver());
+    for (int i = 0; i < kWork; ++i) {
+        EXPECT_EQ("done", read(QString("M.many[%1]").arg(i % 7)).state);
+        EXPECT_EQ("done", read("M.pair[1]").state);
+    }
+    expectOnePass();
+}
+
+TEST_F(PassPace, ManyQueuedAtOnceDuringThePauseStartNoPass)
+{
+    openPolling(kForeverMs);
+    ASSERT_TRUE(firstPassIsOver());
+    std::vector<Asked> asked;
+    for (int i = 0; i < 20 * kWork; ++i) {
+        const QString address = QString("M.many[%1]").arg(i);
+        asked.push_back(i % 2 == 0 ? queueWrite(address, "1") : queueRead(address));
+    }
+    for (const Asked& one : asked) {
+        EXPECT_EQ("done", await(one).state);
+    }
+    expectOnePass();
+}
+
+TEST_F(PassPace, BitsAndTextsDuringThePauseStartNoPass)
+{
+    openPolling(kForeverMs);
+    ASSERT_TRUE(firstPassIsOver());
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ("done", write("M.pair[2]", "1").state);
+        EXPECT_EQ("done", write("M.text", QString(2 * kTextWords, 'a' + i)).state);
+        EXPECT_EQ("done", read("M.text").state);
+    }
+    expectOnePass();
+}
+
+TEST_F(PassPace, APassOfSeveralRequestsIsNoLongerThanThat)
+{
+    options_.pauseMs = kForeverMs;
+    options_.idleMs = kForeverMs;
+    Setting setting;
+    setting.polled = R"({ "address": "M.many[0]", "count": 100 })";
+    open(setting);
+    ASSERT_TRUE(reaches("f", 3));
+    for (int i = 0; i < kWork; ++i) {
+        EXPECT_EQ("done", write("M.d", QString::number(i)).state);
+    }
+    EXPECT_EQ(3u, controller_.count("f")); // 38 + 38 + the last 24 and the first again
+}
+
+TEST_F(PassPace, PassesBeginWhenTheyAreDueWhileWritesGoOn)
+{
+    constexpr int kPauseMs = 50;
+    const Clock::time_point start = Clock::now();
+    openPolling(kPauseMs);
+    int writes = 0;
+    while (bitPolls() < 8) {
+        ASSERT_EQ("done", write("M.many[1]", QString::number(writes++)).state);
+        ASSERT_LT(Clock::now() - start, std::chrono::milliseconds(kPatientMs));
+    }
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    EXPECT_GE(took.count(), 6 * kPauseMs) << writes << " writes voided the pauses";
+}
+
+TEST_F(PassPace, PassesBeginWhenTheyAreDueWithoutOtherWork)
+{
+    constexpr int kPauseMs = 50;
+    const Clock::time_point start = Clock::now();
+    openPolling(kPauseMs);
+    ASSERT_TRUE(test::waitUntil([&] { return doubleWordPolls() >= 8; }));
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    EXPECT_GE(took.count(), 6 * kPauseMs);
+    EXPECT_LE(bitPolls(), static_cast<size_t>(took.count() / kPauseMs) + 2);
+}
+
+TEST_F(PassPace, WithoutAPausePassFollowsPass)
+{
+    openPolling(0);
+    EXPECT_TRUE(test::waitUntil([&] { return bitPolls() > 200; }));
+    for (int i = 0; i < kWork; ++i) {
+        EXPECT_EQ("done", write("M.many[1]", QString::number(i)).state);
+    }
+    const size_t before = bitPolls();
+    EXPECT_TRUE(test::waitUntil([&] { return bitPolls() > before + 200; }));
+}
+
+TEST_F(PassPace, WithNothingToPollTheCycleSleepsAndWorkWakesIt)
+{
+    options_.idleMs = kForeverMs;
+    open();
+    for (int i = 0; i < kWork; ++i) {
+        EXPECT_EQ("done", write("M.w", QString::number(i)).state);
+        EXPECT_EQ("done", read("M.d").state);
+    }
+    EXPECT_EQ(static_cast<size_t>(kWork), controller_.count("g"));
+    EXPECT_EQ(static_cast<size_t>(kWork), controller_.count("l"));
+}
+
+} // namespace tavmir::host
