@@ -20,8 +20,15 @@ constexpr int kStepMs = 20;
 
 } // namespace
 
-Program::Program(const QString& file, const QStringList& arguments)
+Program::Program(const QString& file, const QStringList& arguments, const QString& output,
+                 const QString& errors)
 {
+    if (!output.isEmpty()) {
+        process_.setStandardOutputFile(output);
+    }
+    if (!errors.isEmpty()) {
+        process_.setStandardErrorFile(errors);
+    }
     process_.start(file, arguments);
     process_.waitForStarted(kPatientMs);
 }
@@ -63,7 +70,10 @@ bool Program::showsError(const QString& text)
 
 void Program::signal(int number)
 {
-    ::kill(static_cast<pid_t>(process_.processId()), number);
+    // One that has ended has the number 0, which stands for the test and all around it.
+    if (const qint64 process = process_.processId()) {
+        ::kill(static_cast<pid_t>(process), number);
+    }
 }
 
 int Program::waitForEnd()
@@ -76,9 +86,9 @@ int Program::waitForEnd()
     return ended ? process_.exitCode() : -1;
 }
 
-Controller::Controller(int port)
+Controller::Controller(int port, const QString& project)
     : Program(TAVMIR_CONTROLLER_PROGRAM,
-              {"--listen", QString("127.0.0.1:%1").arg(port), "--project", TAVMIR_EXAMPLE_PROJECT})
+              {"--listen", QString("127.0.0.1:%1").arg(port), "--project", project})
 {
     const QString start = "listening on 127.0.0.1:";
     if (showsOutput(

@@ -14,18 +14,27 @@ namespace tavmir::host
 class Program
 {
 public:
-    Program(const QString& file, const QStringList& arguments);
+    // output, errors  files that the program writes to instead of to this test; empty: none
+    Program(const QString& file, const QStringList& arguments, const QString& output = QString(),
+            const QString& errors = QString());
     ~Program();
 
     // Reads until the text so far holds what is wanted, or the program ends; false: it never did.
     bool showsOutput(const std::function<bool(const QString&)>& wanted);
     bool showsError(const QString& text);
 
-    void type(const QByteArray& line) { process_.write(line + "\n"); }
+    void type(const QByteArray& line)
+    {
+        process_.write(line + "\n");
+        process_.waitForBytesWritten();
+    }
 
     void signal(int number);
     // The exit status; -1 when it crashed or did not end in time.
     int waitForEnd();
+    // True when it has ended, in whatever way, within the time.
+    bool endsWithin(int ms) { return process_.waitForFinished(ms) || hasEnded(); }
+    bool hasEnded() const { return process_.state() == QProcess::NotRunning; }
 
     const QString& output() const { return output_; }
     const QString& errors() const { return errors_; }
@@ -42,7 +51,7 @@ private:
 class Controller : public Program
 {
 public:
-    explicit Controller(int port = 0);
+    explicit Controller(int port = 0, const QString& project = TAVMIR_EXAMPLE_PROJECT);
     int port() const { return port_; }
     QString place() const { return QString("127.0.0.1:%1").arg(port_); }
 
