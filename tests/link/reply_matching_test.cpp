@@ -27,9 +27,17 @@ FrameView view(const QByteArray& frame)
                      static_cast<size_t>(frame.size()));
 }
 
-ReplyKind kindOf(const QByteArray& request, const QByteArray& reply)
+std::string kindOf(const QByteArray& request, const QByteArray& reply)
 {
-    return classifyReply(view(request), view(reply));
+    switch (classifyReply(view(request), view(reply))) {
+    case ReplyKind::answer:
+        return "answer";
+    case ReplyKind::exception:
+        return "exception";
+    case ReplyKind::foreign:
+        break;
+    }
+    return "foreign";
 }
 
 // A frame with an entry for each address: its four bytes, and `valueBytes` of a value.
@@ -59,12 +67,12 @@ TEST(ReplyMatching, ReadIsAnsweredByItsOwnAddressesInTheirOrder)
         const auto kind = [&](const std::vector<int>& addresses) {
             return kindOf(request, frame(one.read, addresses, one.valueBytes));
         };
-        EXPECT_EQ(ReplyKind::answer, kind(asked)) << one.read;
-        EXPECT_EQ(ReplyKind::foreign, kind({17, 0x01020304, 4096})) << one.read;
-        EXPECT_EQ(ReplyKind::foreign, kind({16, 0x01020305, 4096})) << one.read;
-        EXPECT_EQ(ReplyKind::foreign, kind({16, 0x02020304, 4096})) << one.read;
-        EXPECT_EQ(ReplyKind::foreign, kind({16, 0x01020304, 4097})) << one.read;
-        EXPECT_EQ(ReplyKind::foreign, kind({16, 4096, 0x01020304})) << one.read;
+        EXPECT_EQ("answer", kind(asked)) << one.read;
+        EXPECT_EQ("foreign", kind({17, 0x01020304, 4096})) << one.read;
+        EXPECT_EQ("foreign", kind({16, 0x01020305, 4096})) << one.read;
+        EXPECT_EQ("foreign", kind({16, 0x02020304, 4096})) << one.read;
+        EXPECT_EQ("foreign", kind({16, 0x01020304, 4097})) << one.read;
+        EXPECT_EQ("foreign", kind({16, 4096, 0x01020304})) << one.read;
     }
 }
 
@@ -74,8 +82,7 @@ TEST(ReplyMatching, ReadOfAnotherCountIsForeign)
     for (const ClassOnWire& one : kClasses) {
         const QByteArray request = frame(one.read, asked, 0);
         for (const auto& addresses : {std::vector<int>{}, {16}, {16, 32, 48}}) {
-            EXPECT_EQ(ReplyKind::foreign,
-                      kindOf(request, frame(one.read, addresses, one.valueBytes)))
+            EXPECT_EQ("foreign", kindOf(request, frame(one.read, addresses, one.valueBytes)))
                 << one.read << " with " << addresses.size();
         }
     }
@@ -90,11 +97,11 @@ TEST(ReplyMatching, FullRequestIsAnsweredAndEachOfItsAddressesCounts)
             asked.push_back(16 * k);
         }
         const QByteArray request = frame(kClasses[i].read, asked, 0);
-        EXPECT_EQ(ReplyKind::answer,
+        EXPECT_EQ("answer",
                   kindOf(request, frame(kClasses[i].read, asked, kClasses[i].valueBytes)));
         for (int& address : asked) {
             address += 1;
-            EXPECT_EQ(ReplyKind::foreign,
+            EXPECT_EQ("foreign",
                       kindOf(request, frame(kClasses[i].read, asked, kClasses[i].valueBytes)));
             address -= 1;
         }
@@ -106,10 +113,10 @@ TEST(ReplyMatching, WriteIsAnsweredByItsCount)
     for (const ClassOnWire& one : kClasses) {
         const QByteArray request = frame(one.write, {16, 32, 48}, one.valueBytes);
         QByteArray reply = replyTo(request, QByteArray());
-        EXPECT_EQ(ReplyKind::answer, kindOf(request, reply)) << one.write;
+        EXPECT_EQ("answer", kindOf(request, reply)) << one.write;
         for (const int count : {0, 1, 2, 4, 255}) {
             reply[8] = static_cast<char>(count);
-            EXPECT_EQ(ReplyKind::foreign, kindOf(request, reply)) << one.write << " of " << count;
+            EXPECT_EQ("foreign", kindOf(request, reply)) << one.write << " of " << count;
         }
     }
 }
@@ -121,15 +128,15 @@ TEST(ReplyMatching, ExceptionIsToldByItsFunctionWhateverItsCode)
             const int valueBytes = function == one.read ? 0 : one.valueBytes;
             const QByteArray request = frame(function, {16, 32}, valueBytes);
             for (const int code : {1, 2, 3, 4, 200}) {
-                EXPECT_EQ(ReplyKind::exception, kindOf(request, exceptionTo(request, code)));
+                EXPECT_EQ("exception", kindOf(request, exceptionTo(request, code)));
             }
             QByteArray other = exceptionTo(request, 2);
             other[7] = static_cast<char>(other.at(7) ^ 1);
-            EXPECT_EQ(ReplyKind::foreign, kindOf(request, other));
+            EXPECT_EQ("foreign", kindOf(request, other));
             other = exceptionTo(request, 2);
             other[6] = static_cast<char>(other.at(6) + 1);
-            EXPECT_EQ(ReplyKind::foreign, kindOf(request, other));
-            EXPECT_EQ(ReplyKind::foreign,
+            EXPECT_EQ("foreign", kindOf(request, other));
+            EXPECT_EQ("foreign",
                       kindOf(request, exceptionTo(frame(function, {16, 32}, valueBytes, 8), 2)));
         }
     }
@@ -142,7 +149,7 @@ TEST(ReplyMatching, ShortRepliesAreNotLookedAtBehindTheirEnd)
     const QByteArray whole = frame('f', {16, 32, 48}, 2);
     for (int size = 9; size < whole.size(); ++size) {
         const QByteArray part = QByteArray(whole.constData(), size); // ends where its memory ends
-        EXPECT_NE(ReplyKind::exception, kindOf(request, part)) << size;
+        EXPECT_NE("exception", kindOf(request, part)) << size;
     }
 }
 
