@@ -82,6 +82,36 @@ TEST(CommandLines, BadOnesAreRefused)
     EXPECT_EQ("--duration nan: must be a number of seconds", problem({"p", "--duration", "nan"}));
 }
 
+TEST(CommandLines, LimitsThemselvesAreAccepted)
+{
+    const auto line = [](const QStringList& options) {
+        const ParsedCommandLine parsed =
+            parseCommandLine(kAll, QStringList{"host", "p.json"} + options);
+        EXPECT_EQ("", parsed.problem.toStdString()) << options.join(' ').toStdString();
+        return parsed.line;
+    };
+    EXPECT_EQ(0, line({"--station", "0"}).station.value());
+    EXPECT_EQ(255, line({"--station", "255"}).station.value());
+    EXPECT_EQ(1, line({"--connect", "x:1"}).port);
+    EXPECT_EQ(65535, line({"--connect", "x:65535"}).port);
+    EXPECT_EQ(1, line({"--interval", "1"}).intervalMs);
+    EXPECT_EQ(86400000, line({"--interval", "86400000"}).intervalMs);
+    EXPECT_EQ(0, line({"--pause", "0"}).pauseMs);
+    EXPECT_EQ(86400000, line({"--pause", "86400000"}).pauseMs);
+    EXPECT_EQ(1, line({"--timeout", "1"}).timeoutMs);
+    EXPECT_EQ(2147483647, line({"--timeout", "2147483647"}).timeoutMs);
+    EXPECT_EQ(0, line({"--duration", "0"}).durationMs);
+    EXPECT_EQ(2000000000, line({"--duration", "2000000"}).durationMs);
+    for (const QStringList& one : {QStringList{"--station", "-1"},
+                                   {"--interval", "86400001"},
+                                   {"--pause", "-1"},
+                                   {"--pause", "86400001"},
+                                   {"--timeout", "0"},
+                                   {"--duration", "2000001"}}) {
+        EXPECT_NE("", problem(QStringList{"p", one[0] + "=" + one[1]})) << one[1].toStdString();
+    }
+}
+
 TEST(CommandLines, HelpAndVersionAreAnsweredFirst)
 {
     int argumentCount = 1;

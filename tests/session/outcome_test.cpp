@@ -168,9 +168,7 @@ TEST_F(Outcomes, AsManyLossesAsTheLimitAllowsAreMadeGood)
         const Ended ended = write(one.address, one.value);
         EXPECT_EQ("done", ended.state) << one.address << ": " << ended.reason;
         EXPECT_EQ(before + kLimit + 1, controller_.count(function));
-        session_.reset();
-        driver_.reset();
-        loadDriver();
+        reset();
     }
 }
 
@@ -319,9 +317,7 @@ TEST_F(Outcomes, AFullRequestAndOneElementMore)
         EXPECT_EQ(before + (elements > kWordsOfARequest ? 2u : 1u), controller_.count("g"));
         EXPECT_EQ(static_cast<quint32>(2 * elements - 1),
                   controller_.get('f', kManyAt + static_cast<quint32>(16 * (elements - 1))));
-        session_.reset();
-        driver_.reset();
-        loadDriver();
+        reset();
     }
 }
 

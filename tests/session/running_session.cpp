@@ -69,6 +69,13 @@ void RunningSession::open(const Setting& setting)
     start();
 }
 
+void RunningSession::reset()
+{
+    session_.reset();
+    driver_.reset();
+    loadDriver();
+}
+
 project::Element RunningSession::element(const QString& address) const
 {
     const project::Resolution resolution = project::resolveAddress(project_, address);

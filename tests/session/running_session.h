@@ -55,6 +55,8 @@ protected:
     void open(const Setting& setting);
     void open() { open(Setting()); }
     void start() { session_->start(); }
+    // No session and no driver, so that another can be opened.
+    void reset();
 
     project::Element element(const QString& address) const;
 

@@ -1,0 +1,196 @@
+// How long the link waits, counted in attempts and requests: a wait that is left out or ends too
+// early shows as too many of them, one that is too long runs into the test's patience.
+#include "link/tcp_link.h"
+
+#include "support/wait_until.h"
+#include "test_server.h"
+
+#include <gtest/gtest.h>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+constexpr int kPatientMs = 20000; // never reached when the test passes
+constexpr int kShortMs = 60;      // always waited through
+
+using std::chrono::milliseconds;
+
+class LinkWaits : public testing::Test
+{
+protected:
+    TcpLink& linkTo(int port, int replyTimeoutMs, int pauseMinMs, int pauseMaxMs)
+    {
+        LinkOptions options;
+        options.host = "127.0.0.1";
+        options.port = port;
+        options.connectTimeoutMs = kPatientMs;
+        options.replyTimeoutMs = replyTimeoutMs;
+        options.reconnectMinMs = pauseMinMs;
+        options.reconnectMaxMs = pauseMaxMs;
+        link_ = std::make_unique<TcpLink>(options, statistics_, [](bool, const QString&) {});
+        return *link_;
+    }
+
+    ExchangeResult exchange(const QByteArray& request)
+    {
+        reply_.clear();
+        return link_->exchange(request.constData(), static_cast<size_t>(request.size()), reply_);
+    }
+
+    static Clock::duration since(Clock::time_point start) { return Clock::now() - start; }
+
+    LinkStatistics statistics_;
+    std::unique_ptr<TcpLink> link_;
+    QByteArray reply_;
+};
+
+} // namespace
+
+TEST_F(LinkWaits, AttemptsToConnectKeepTheirPauses)
+{
+    constexpr int kPauseMs = 40;
+    linkTo(closedPort(), kPatientMs, kPauseMs, kPauseMs);
+    const Clock::time_point start = Clock::now();
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+    }
+    EXPECT_EQ(6u, statistics_.connectFailures.value());
+    EXPECT_GE(since(start), milliseconds(5 * kPauseMs * 3 / 4)); // three quarters is the shortest
+}
+
+TEST_F(LinkWaits, PausesGrowFromLossToLoss)
+{
+    // A pause of 20, 40, 80 and then 160 ms, each three quarters of it at least.
+    linkTo(closedPort(), kPatientMs, 20, 160);
+    const Clock::time_point start = Clock::now();
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+    }
+    EXPECT_GE(since(start), milliseconds((20 + 40 + 80 + 160 + 160) * 3 / 4));
+}
+
+TEST_F(LinkWaits, PausesAreShortAgainOnlyAfterAReply)
+{
+    // Each connection is closed before it has carried a reply, so the pauses grow all the same.
+    TestServer server([](auto& client, const QByteArray&, int) { client.close(); });
+    linkTo(server.port(), kPatientMs, 20, 160);
+    const Clock::time_point start = Clock::now();
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+    }
+    EXPECT_EQ(6, server.connections());
+    EXPECT_GE(since(start), milliseconds((20 + 40 + 80 + 160 + 160) * 3 / 4));
+}
+
+TEST_F(LinkWaits, AReplyMakesThePausesShort)
+{
+    // The second request of each connection ends it: with pauses that grew, twenty losses would
+    // take longer than anybody waits.
+    TestServer server([](auto& client, const QByteArray& request, int number) {
+        if (number % 2 == 0) {
+            client.close();
+            return;
+        }
+        client.send(goodReply(request));
+    });
+    linkTo(server.port(), 1000 * kPatientMs, 1, 1000 * kPatientMs);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(2 * i)));
+        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(2 * i + 1)));
+    }
+    EXPECT_EQ(20, server.connections());
+    EXPECT_EQ(20u, statistics_.lostConnections.value());
+}
+
+TEST_F(LinkWaits, WakeDoesNotEndTheWaitForAReply)
+{
+    TestServer server([](auto&, const QByteArray&, int) {});
+    linkTo(server.port(), 4 * kShortMs, 1, 1);
+    const Clock::time_point start = Clock::now();
+    std::thread waker([&] {
+        test::waitUntil([&] { return server.requests() > 0; });
+        link_->wake();
+    });
+    EXPECT_EQ(ExchangeResult::timeout, exchange(wordRequest(1)));
+    EXPECT_GE(since(start), milliseconds(4 * kShortMs));
+    waker.join();
+}
+
+TEST_F(LinkWaits, IdlingLastsItsTimeWithAndWithoutAConnection)
+{
+    TestServer server(
+        [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); });
+    linkTo(server.port(), kPatientMs, 1, 1);
+    for (int round = 0; round < 2; ++round) {
+        const Clock::time_point start = Clock::now();
+        link_->idle(kShortMs);
+        EXPECT_GE(since(start), milliseconds(kShortMs));
+        ASSERT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+    }
+}
+
+TEST_F(LinkWaits, WakeFromAnotherThreadEndsALongIdle)
+{
+    TestServer server(
+        [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); });
+    linkTo(server.port(), kPatientMs, 1, 1);
+    for (int round = 0; round < 50; ++round) {
+        std::thread waker([&] { link_->wake(); });
+        link_->idle(1000 * kPatientMs);
+        waker.join();
+        if (round == 25) {
+            ASSERT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+        }
+    }
+}
+
+TEST_F(LinkWaits, StopEndsThePauseBetweenAttempts)
+{
+    linkTo(closedPort(), 1000 * kPatientMs, 900 * kPatientMs, 900 * kPatientMs);
+    EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+    std::thread stopper([&] { link_->stop(); });
+    EXPECT_EQ(ExchangeResult::stopped, exchange(wordRequest(1)));
+    stopper.join();
+    EXPECT_EQ(1u, statistics_.connectFailures.value());
+}
+
+TEST_F(LinkWaits, RepliesThatAlwaysComeOneRequestLateAreNeverTaken)
+{
+    QByteArray late;
+    TestServer server([&](auto& client, const QByteArray& request, int) {
+        if (!late.isEmpty()) {
+            client.send(late);
+        }
+        late = goodReply(request, 9);
+    });
+    linkTo(server.port(), 5 * kShortMs, 1, 1);
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(ExchangeResult::timeout, exchange(wordRequest(i)));
+    }
+    EXPECT_EQ(5u, statistics_.discarded.value());
+    EXPECT_EQ(6u, statistics_.timeouts.value());
+    EXPECT_EQ(1, server.connections());
+}
+
+TEST_F(LinkWaits, BytesAreCountedOneByOne)
+{
+    TestServer server(
+        [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); });
+    linkTo(server.port(), kPatientMs, 1, 1);
+    uint64_t sent = 0;
+    uint64_t received = 0;
+    for (const int count : {1, 2, 37, 38}) {
+        const QByteArray request = wordRequest(count, count);
+        EXPECT_EQ(ExchangeResult::reply, exchange(request));
+        sent += static_cast<uint64_t>(request.size());
+        received += static_cast<uint64_t>(reply_.size());
+    }
+    EXPECT_EQ(sent, statistics_.bytesSent.value());
+    EXPECT_EQ(received, statistics_.bytesReceived.value());
+    EXPECT_EQ(4u, statistics_.roundTrip.count());
+}
+
+} // namespace tavmir::host
