@@ -1,6 +1,6 @@
 // How long the link waits, counted in attempts and requests: a wait that is left out or ends too
 // early shows as too many of them, one that is too long runs into the test's patience.
-#include "link/tcp_link.h"
+#include "watched_link.h"
 
 #include "support/wait_until.h"
 #include "test_server.h"
@@ -21,7 +21,7 @@ using std::chrono::milliseconds;
 class LinkWaits : public testing::Test
 {
 protected:
-    TcpLink& linkTo(int port, int replyTimeoutMs, int pauseMinMs, int pauseMaxMs)
+    void linkTo(int port, int replyTimeoutMs, int pauseMinMs, int pauseMaxMs)
     {
         LinkOptions options;
         options.host = "127.0.0.1";
@@ -30,20 +30,23 @@ protected:
         options.replyTimeoutMs = replyTimeoutMs;
         options.reconnectMinMs = pauseMinMs;
         options.reconnectMaxMs = pauseMaxMs;
-        link_ = std::make_unique<TcpLink>(options, statistics_, [](bool, const QString&) {});
-        return *link_;
+        link_ = std::make_unique<WatchedLink>(options);
     }
 
-    ExchangeResult exchange(const QByteArray& request)
+    ExchangeEnd exchange(const QByteArray& request)
     {
         reply_.clear();
-        return link_->exchange(request.constData(), static_cast<size_t>(request.size()), reply_);
+        return link_->exchange(request, reply_);
     }
+
+    // An attempt to connect without a request.
+    bool reconnects() { return link_->link.reconnect(); }
+
+    const LineFigures& figures() const { return link_->figures; }
 
     static Clock::duration since(Clock::time_point start) { return Clock::now() - start; }
 
-    LinkStatistics statistics_;
-    std::unique_ptr<TcpLink> link_;
+    std::unique_ptr<WatchedLink> link_;
     QByteArray reply_;
 };
 
@@ -55,9 +58,9 @@ TEST_F(LinkWaits, AttemptsToConnectKeepTheirPauses)
     linkTo(closedPort(), kPatientMs, kPauseMs, kPauseMs);
     const Clock::time_point start = Clock::now();
     for (int i = 0; i < 6; ++i) {
-        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+        EXPECT_EQ(ExchangeEnd::notSent, exchange(wordRequest(1)));
     }
-    EXPECT_EQ(6u, statistics_.connectFailures.value());
+    EXPECT_EQ(6u, figures().connectFailures);
     EXPECT_GE(since(start), milliseconds(5 * kPauseMs * 3 / 4)); // three quarters is the shortest
 }
 
@@ -67,7 +70,7 @@ TEST_F(LinkWaits, PausesGrowFromLossToLoss)
     linkTo(closedPort(), kPatientMs, 20, 160);
     const Clock::time_point start = Clock::now();
     for (int i = 0; i < 6; ++i) {
-        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+        EXPECT_EQ(ExchangeEnd::notSent, exchange(wordRequest(1)));
     }
     EXPECT_GE(since(start), milliseconds((20 + 40 + 80 + 160 + 160) * 3 / 4));
 }
@@ -79,7 +82,7 @@ TEST_F(LinkWaits, PausesAreShortAgainOnlyAfterAReply)
     linkTo(server.port(), kPatientMs, 20, 160);
     const Clock::time_point start = Clock::now();
     for (int i = 0; i < 6; ++i) {
-        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
+        EXPECT_EQ(ExchangeEnd::lost, exchange(wordRequest(1)));
     }
     EXPECT_EQ(6, server.connections());
     EXPECT_GE(since(start), milliseconds((20 + 40 + 80 + 160 + 160) * 3 / 4));
@@ -98,11 +101,40 @@ TEST_F(LinkWaits, AReplyMakesThePausesShort)
     });
     linkTo(server.port(), 1000 * kPatientMs, 1, 1000 * kPatientMs);
     for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(ExchangeResult::reply, exchange(wordRequest(2 * i)));
-        EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(2 * i + 1)));
+        EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(2 * i)));
+        EXPECT_EQ(ExchangeEnd::lost, exchange(wordRequest(2 * i + 1)));
     }
     EXPECT_EQ(20, server.connections());
-    EXPECT_EQ(20u, statistics_.lostConnections.value());
+    EXPECT_EQ(20u, figures().lostConnections);
+}
+
+TEST_F(LinkWaits, ReconnectWaitsOutThePauseAndMakesOneAttempt)
+{
+    constexpr int kPauseMs = 40;
+    const int port = closedPort();
+    linkTo(port, kPatientMs, kPauseMs, kPauseMs);
+    const Clock::time_point start = Clock::now();
+    for (int i = 1; i <= 4; ++i) {
+        EXPECT_FALSE(reconnects());
+        EXPECT_EQ(static_cast<quint64>(i), figures().connectFailures);
+    }
+    EXPECT_GE(since(start), milliseconds(3 * kPauseMs * 3 / 4));
+    TestServer server(
+        [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); },
+        port);
+    EXPECT_TRUE(reconnects());
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
+    EXPECT_EQ(1, server.connections());
+}
+
+TEST_F(LinkWaits, StopEndsALongReconnect)
+{
+    linkTo(closedPort(), kPatientMs, 900 * kPatientMs, 900 * kPatientMs);
+    EXPECT_FALSE(reconnects());
+    std::thread stopper([&] { link_->link.stop(); });
+    EXPECT_FALSE(reconnects());
+    stopper.join();
+    EXPECT_EQ(1u, figures().connectFailures);
 }
 
 TEST_F(LinkWaits, WakeDoesNotEndTheWaitForAReply)
@@ -112,9 +144,9 @@ TEST_F(LinkWaits, WakeDoesNotEndTheWaitForAReply)
     const Clock::time_point start = Clock::now();
     std::thread waker([&] {
         test::waitUntil([&] { return server.requests() > 0; });
-        link_->wake();
+        link_->link.wake();
     });
-    EXPECT_EQ(ExchangeResult::timeout, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::timeout, exchange(wordRequest(1)));
     EXPECT_GE(since(start), milliseconds(4 * kShortMs));
     waker.join();
 }
@@ -126,9 +158,9 @@ TEST_F(LinkWaits, IdlingLastsItsTimeWithAndWithoutAConnection)
     linkTo(server.port(), kPatientMs, 1, 1);
     for (int round = 0; round < 2; ++round) {
         const Clock::time_point start = Clock::now();
-        link_->idle(kShortMs);
+        link_->link.idle(kShortMs);
         EXPECT_GE(since(start), milliseconds(kShortMs));
-        ASSERT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+        ASSERT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
     }
 }
 
@@ -138,11 +170,11 @@ TEST_F(LinkWaits, WakeFromAnotherThreadEndsALongIdle)
         [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); });
     linkTo(server.port(), kPatientMs, 1, 1);
     for (int round = 0; round < 50; ++round) {
-        std::thread waker([&] { link_->wake(); });
-        link_->idle(1000 * kPatientMs);
+        std::thread waker([&] { link_->link.wake(); });
+        link_->link.idle(1000 * kPatientMs);
         waker.join();
         if (round == 25) {
-            ASSERT_EQ(ExchangeResult::reply, exchange(wordRequest(1)));
+            ASSERT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
         }
     }
 }
@@ -150,11 +182,11 @@ TEST_F(LinkWaits, WakeFromAnotherThreadEndsALongIdle)
 TEST_F(LinkWaits, StopEndsThePauseBetweenAttempts)
 {
     linkTo(closedPort(), 1000 * kPatientMs, 900 * kPatientMs, 900 * kPatientMs);
-    EXPECT_EQ(ExchangeResult::notConnected, exchange(wordRequest(1)));
-    std::thread stopper([&] { link_->stop(); });
-    EXPECT_EQ(ExchangeResult::stopped, exchange(wordRequest(1)));
+    EXPECT_EQ(ExchangeEnd::notSent, exchange(wordRequest(1)));
+    std::thread stopper([&] { link_->link.stop(); });
+    EXPECT_EQ(ExchangeEnd::stopped, exchange(wordRequest(1)));
     stopper.join();
-    EXPECT_EQ(1u, statistics_.connectFailures.value());
+    EXPECT_EQ(1u, figures().connectFailures);
 }
 
 TEST_F(LinkWaits, RepliesThatAlwaysComeOneRequestLateAreNeverTaken)
@@ -168,10 +200,10 @@ TEST_F(LinkWaits, RepliesThatAlwaysComeOneRequestLateAreNeverTaken)
     });
     linkTo(server.port(), 5 * kShortMs, 1, 1);
     for (int i = 0; i < 6; ++i) {
-        EXPECT_EQ(ExchangeResult::timeout, exchange(wordRequest(i)));
+        EXPECT_EQ(ExchangeEnd::timeout, exchange(wordRequest(i)));
     }
-    EXPECT_EQ(5u, statistics_.discarded.value());
-    EXPECT_EQ(6u, statistics_.timeouts.value());
+    EXPECT_EQ(5u, figures().discarded);
+    EXPECT_EQ(6u, figures().timeouts);
     EXPECT_EQ(1, server.connections());
 }
 
@@ -184,13 +216,13 @@ TEST_F(LinkWaits, BytesAreCountedOneByOne)
     uint64_t received = 0;
     for (const int count : {1, 2, 37, 38}) {
         const QByteArray request = wordRequest(count, count);
-        EXPECT_EQ(ExchangeResult::reply, exchange(request));
+        EXPECT_EQ(ExchangeEnd::reply, exchange(request));
         sent += static_cast<uint64_t>(request.size());
         received += static_cast<uint64_t>(reply_.size());
     }
-    EXPECT_EQ(sent, statistics_.bytesSent.value());
-    EXPECT_EQ(received, statistics_.bytesReceived.value());
-    EXPECT_EQ(4u, statistics_.roundTrip.count());
+    EXPECT_EQ(sent, figures().bytesSent);
+    EXPECT_EQ(received, figures().bytesReceived);
+    EXPECT_EQ(4u, figures().roundTrip.count());
 }
 
 } // namespace tavmir::host

@@ -25,27 +25,15 @@ constexpr char kLabels[] = R"(
       { "name": "pair", "type": "dword", "address": 15008, "array": { "bounds": [[0, 9]] } },
       { "name": "many", "type": "word", "address": 100000, "array": { "bounds": [[0, 29999]] } } ] } ])";
 
-std::string stateOf(const OperationOutcome& outcome)
+Ended endedAs(const Outcome& outcome)
 {
-    switch (outcome.state) {
-    case OperationState::done:
-        return "done";
-    case OperationState::failed:
-        return "failed";
-    case OperationState::unknown:
-        break;
-    }
-    return "unknown";
+    Ended ended{outcomeWord(outcome.state), outcome.reason.toStdString()};
+    ended.acknowledged = outcome.acknowledged;
+    ended.elements = outcome.elements;
+    return ended;
 }
 
 } // namespace
-
-void RunningSession::loadDriver()
-{
-    QStringList problems;
-    driver_ = Driver::load(TAVMIR_DRIVER, problems);
-    ASSERT_TRUE(driver_) << problems.join('\n').toStdString();
-}
 
 void RunningSession::prepare(const Setting& setting)
 {
@@ -58,8 +46,11 @@ void RunningSession::prepare(const Setting& setting)
     project::ReadOutcome outcome = project::readProject(json, "session.json");
     ASSERT_TRUE(outcome.project) << outcome.error.toStdString();
     project_ = *outcome.project;
-    session_ = std::make_unique<HostSession>(driver_->api(), project_, options_,
-                                             [](bool, const QString&) {});
+    QStringList problems;
+    std::unique_ptr<Driver> driver = Driver::load(TAVMIR_DRIVER, problems);
+    ASSERT_TRUE(driver) << problems.join('\n').toStdString();
+    session_ = std::make_unique<HostSession>(std::move(driver), project_, options_);
+    reader_ = session_->feed().subscribe();
     ASSERT_EQ("", session_->setUp().toStdString());
 }
 
@@ -71,9 +62,17 @@ void RunningSession::open(const Setting& setting)
 
 void RunningSession::reset()
 {
+    reader_.reset();
     session_.reset();
-    driver_.reset();
-    loadDriver();
+    figures_ = LineFigures();
+}
+
+QByteArray RunningSession::encoded(const project::Element& target, const QString& value) const
+{
+    const project::EncodedValue bytes =
+        project::encodeValue(target, project::Format::automatic, value);
+    EXPECT_TRUE(bytes.ok) << bytes.problem.toStdString();
+    return bytes.bytes;
 }
 
 project::Element RunningSession::element(const QString& address) const
@@ -85,36 +84,23 @@ project::Element RunningSession::element(const QString& address) const
 
 Asked RunningSession::queueWrite(const QString& address, const QString& value, int deadlineMs)
 {
-    Asked asked;
-    asked.element = element(address);
-    asked.deadline = Deadline(deadlineMs);
-    const project::EncodedValue encoded =
-        project::encodeValue(asked.element, project::Format::automatic, value);
-    EXPECT_TRUE(encoded.ok) << encoded.problem.toStdString();
-    asked.id = session_->queueWrite(asked.element, encoded.bytes, asked.deadline);
-    return asked;
+    const project::Element target = element(address);
+    return {session_->queueWrite(target, encoded(target, value), Deadline(deadlineMs)), target};
 }
 
 Asked RunningSession::queueRead(const QString& address, int deadlineMs)
 {
-    Asked asked;
-    asked.element = element(address);
-    asked.deadline = Deadline(deadlineMs);
-    asked.isRead = true;
-    asked.id = session_->readOnce(asked.element, asked.deadline);
-    return asked;
+    const project::Element target = element(address);
+    return {session_->queueRead(target, Deadline(deadlineMs)), target};
 }
 
 Ended RunningSession::await(const Asked& asked)
 {
-    if (!asked.id) {
-        return {"failed", "it was not queued"};
-    }
-    const OperationOutcome outcome = session_->await(*asked.id, asked.deadline);
-    Ended ended{stateOf(outcome), outcome.reason.toStdString()};
-    if (asked.isRead && outcome.ok()) {
+    const Outcome outcome = session_->await(asked.id);
+    Ended ended = endedAs(outcome);
+    if (asked.id.kind == OperationKind::read && outcome.ok()) {
         ended.value = project::decodeValue(asked.element, project::Format::automatic,
-                                           session_->cachedValue(asked.element))
+                                           valueBytes(asked.element, outcome.bytes))
                           .toStdString();
     }
     return ended;
@@ -123,11 +109,7 @@ Ended RunningSession::await(const Asked& asked)
 Ended RunningSession::write(const QString& address, const QString& value, int deadlineMs)
 {
     const project::Element target = element(address);
-    const project::EncodedValue encoded =
-        project::encodeValue(target, project::Format::automatic, value);
-    EXPECT_TRUE(encoded.ok) << encoded.problem.toStdString();
-    const OperationOutcome outcome = session_->write(target, encoded.bytes, Deadline(deadlineMs));
-    return {stateOf(outcome), outcome.reason.toStdString()};
+    return endedAs(session_->write(target, encoded(target, value), Deadline(deadlineMs)));
 }
 
 Ended RunningSession::read(const QString& address, int deadlineMs)
@@ -148,9 +130,11 @@ std::string RunningSession::poll(const std::vector<QString>& addresses, int stat
     return session_->poll(polled).toStdString();
 }
 
-uint64_t RunningSession::connectFailures() const
+const LineFigures& RunningSession::figures()
 {
-    return session_->statistics().connectFailures.value();
+    reader_->read([this](const FeedEntry& entry) { figures_.take(entry); },
+                  [this](quint64 count) { figures_.gap(count); });
+    return figures_;
 }
 
 bool RunningSession::reaches(const QByteArray& functions, size_t count)

@@ -5,6 +5,7 @@
 
 #include "driver/message_log.h"
 #include "fake_controller.h"
+#include "feed/line_figures.h"
 #include "session/host_session.h"
 
 #include <gtest/gtest.h>
@@ -28,10 +29,8 @@ struct Ended {
 
 // A write or read under way.
 struct Asked {
-    std::optional<OperationId> id;
+    OperationId id;
     project::Element element;
-    Deadline deadline{0};
-    bool isRead = false;
 };
 
 class RunningSession : public testing::Test
@@ -45,20 +44,19 @@ protected:
         int reconnectMs = 1;
     };
 
-    void SetUp() override { loadDriver(); }
-    void TearDown() override { session_.reset(); }
+    void TearDown() override { reset(); }
 
-    void loadDriver();
     // Set up, but nothing runs yet.
     void prepare(const Setting& setting);
     // Set up and started.
     void open(const Setting& setting);
     void open() { open(Setting()); }
     void start() { session_->start(); }
-    // No session and no driver, so that another can be opened.
+    // Ends the session, so that another can be opened.
     void reset();
 
     project::Element element(const QString& address) const;
+    QByteArray encoded(const project::Element& target, const QString& value) const;
 
     Asked queueWrite(const QString& address, const QString& value, int deadlineMs = kPatientMs);
     Asked queueRead(const QString& address, int deadlineMs = kPatientMs);
@@ -71,18 +69,21 @@ protected:
     // Replaces the polled elements; empty, or what is wrong.
     std::string poll(const std::vector<QString>& addresses, int station = 1);
 
+    // What the feed says so far.
+    const LineFigures& figures();
     // Failed attempts to connect so far.
-    uint64_t connectFailures() const;
+    quint64 connectFailures() { return figures().connectFailures; }
 
     // Waits until the controller has had `count` requests with one of the functions.
     bool reaches(const QByteArray& functions, size_t count);
 
     MessageLog log_; // the driver's diagnostic lines are not looked at here
     FakeController controller_;
-    std::unique_ptr<Driver> driver_;
     SessionOptions options_;
     project::Project project_;
     std::unique_ptr<HostSession> session_;
+    std::unique_ptr<FeedReader> reader_;
+    LineFigures figures_;
 };
 
 // Where the variables of the tests' project lie.

@@ -28,7 +28,7 @@ TEST_F(UsedOnce, WhatASessionLeftIsNotDoneByTheNext)
     queueWrite("M.a[0]", "6");
     queueWrite("M.d", "7");
     queueRead("M.r");
-    session_.reset();
+    reset();
     controller_.treat("gm", Mood::answers);
 
     open();
@@ -50,7 +50,7 @@ TEST_F(UsedOnce, EveryWriteOfASessionAfterOthersEndsOnce)
         queueWrite("M.w", "5");
         ASSERT_TRUE(reaches("g", 1));
         queueWrite("M.a[0]", "6");
-        session_.reset();
+        reset();
 
         controller_.treat("g", Mood::answers);
         open();
@@ -60,35 +60,50 @@ TEST_F(UsedOnce, EveryWriteOfASessionAfterOthersEndsOnce)
             EXPECT_EQ(static_cast<quint32>(10 + i),
                       controller_.get('f', kArrayAt + static_cast<quint32>(16 * i)));
         }
-        session_.reset();
+        reset();
     }
 }
 
-TEST_F(UsedOnce, ASessionMadeBeforeTheOneBeforeIsGoneLosesNoWrite)
+TEST_F(UsedOnce, ADriverIsNotLoadedTwiceAtATime)
 {
-    open();
-    EXPECT_EQ("done", write("M.w", "5").state);
-    open(); // the one before goes when this one is there
-    const Ended ended = write("M.w", "6", 2000);
-    EXPECT_EQ("done", ended.state) << ended.reason;
-    EXPECT_EQ(6u, controller_.get('f', kWordAt));
+    QStringList problems;
+    std::unique_ptr<Driver> first = Driver::load(TAVMIR_DRIVER, problems);
+    ASSERT_TRUE(first) << problems.join('\n').toStdString();
+    EXPECT_FALSE(Driver::load(TAVMIR_DRIVER, problems));
+    EXPECT_EQ(1, problems.size());
+    problems.clear();
+    first.reset();
+    EXPECT_TRUE(Driver::load(TAVMIR_DRIVER, problems)) << problems.join('\n').toStdString();
 }
 
-TEST_F(UsedOnce, KeysOfTwoSessionsDiffer)
+TEST_F(UsedOnce, ADriverThatASessionHasIsNotLoadedAgain)
 {
-    std::set<int> ofWrites;
-    std::set<int> ofReads;
+    open();
+    QStringList problems;
+    EXPECT_FALSE(Driver::load(TAVMIR_DRIVER, problems));
+    EXPECT_EQ(1, problems.size());
+    session_->stop();
+    EXPECT_FALSE(Driver::load(TAVMIR_DRIVER, problems));
+    EXPECT_EQ("not sent", write("M.w", "6").state); // the session is not disturbed by it
+    reset();
+    problems.clear();
+    EXPECT_TRUE(Driver::load(TAVMIR_DRIVER, problems)) << problems.join('\n').toStdString();
+}
+
+TEST_F(UsedOnce, NoKeyComesTwice)
+{
+    std::set<quint64> keys;
     for (int round = 0; round < 3; ++round) {
         open();
         for (int i = 0; i < 5; ++i) {
             const Asked writing = queueWrite("M.w", "5");
             const Asked reading = queueRead("M.d");
-            EXPECT_TRUE(ofWrites.insert(writing.id->key).second) << writing.id->key;
-            EXPECT_TRUE(ofReads.insert(reading.id->key).second) << reading.id->key;
+            EXPECT_TRUE(keys.insert(writing.id.key).second) << writing.id.key;
+            EXPECT_TRUE(keys.insert(reading.id.key).second) << reading.id.key;
             EXPECT_EQ("done", await(writing).state);
             EXPECT_EQ("done", await(reading).state);
         }
-        session_.reset();
+        reset();
     }
 }
 
@@ -99,7 +114,7 @@ TEST_F(UsedOnce, ANewSessionKnowsNoValuesOfTheOneBefore)
     setting.polled = R"({ "address": "M.w" })";
     open(setting);
     ASSERT_TRUE(reaches("f", 3));
-    session_.reset();
+    reset();
 
     controller_.treat("f", Mood::silent);
     const size_t before = controller_.count("f");
