@@ -33,6 +33,16 @@ QString findDriver()
     return kLibrary;
 }
 
+bool isLoaded(const QString& name)
+{
+    void* library = dlopen(QFile::encodeName(name).constData(), RTLD_NOW | RTLD_NOLOAD);
+    if (library == nullptr) {
+        return false;
+    }
+    dlclose(library);
+    return true;
+}
+
 template <typename Function>
 void lookUpOne(void* library, const char* symbol, const char* shownName, const QString& file,
                Function& function, QStringList& problems)
@@ -51,6 +61,10 @@ std::unique_ptr<Driver> Driver::load(const QString& file, QStringList& problems)
     // A name without a slash would be searched for, not opened.
     if (!file.isEmpty()) {
         name = QFileInfo(file).absoluteFilePath();
+    }
+    if (isLoaded(name)) {
+        problems << QString("driver %1 is in use in this process already").arg(name);
+        return nullptr;
     }
     void* library = dlopen(QFile::encodeName(name).constData(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
@@ -96,8 +110,6 @@ void Driver::lookUp(QStringList& problems)
     api_.context = static_cast<Communication_Protocol*>(dlsym(library_, "PLC_driver"));
     if (api_.context == nullptr) {
         problems << QString("driver %1 has no global PLC_driver").arg(fileName_);
-    } else if (api_.context->comInfo != nullptr) {
-        problems << QString("driver %1 is in use in this process already").arg(fileName_);
     }
     lookUpOne(library_, kLogMessageName, "customMessageHandler(QtMsgType, const char*)", fileName_,
               api_.logMessage, problems);
