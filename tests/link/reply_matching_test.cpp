@@ -24,7 +24,7 @@ constexpr ClassOnWire kClasses[] = {{'d', 'e', 1}, {'f', 'g', 2}, {'l', 'm', 4}}
 FrameView view(const QByteArray& frame)
 {
     return wire::viewFrame(reinterpret_cast<const unsigned char*>(frame.constData()),
-                     static_cast<size_t>(frame.size()));
+                           static_cast<size_t>(frame.size()));
 }
 
 std::string kindOf(const QByteArray& request, const QByteArray& reply)

@@ -4,9 +4,9 @@
 #ifndef TAVMIR_TESTS_SOAK_HOST_UNDER_TEST_H
 #define TAVMIR_TESTS_SOAK_HOST_UNDER_TEST_H
 
+#include "feed/line_figures.h"
 #include "layout.h"
 #include "ledger.h"
-#include "feed/line_figures.h"
 #include "link/tcp_link.h"
 
 #include <array>

@@ -3,6 +3,7 @@
 
 #include "complain.h"
 #include "project/project_reader.h"
+#include "wire/endpoint.h"
 
 #include <limits>
 #include <random>
@@ -89,7 +90,9 @@ void PreparedHost::awaitConnection()
 
 QString PreparedHost::controller() const
 {
-    return QString("%1:%2").arg(project_.connection.host).arg(project_.connection.port);
+    const project::Connection& connection = project_.connection;
+    return QString::fromStdString(
+        wire::endpointText(connection.host.toStdString(), connection.port));
 }
 
 } // namespace tavmir::host
