@@ -408,6 +408,13 @@ TEST_F(Fold, OfDuplicatesInOneReplyTheLastCounts)
     EXPECT_EQ(bytes({2, 0, 3, 0}), bytesOf(1));
 }
 
+TEST_F(Fold, AVariableThatComesTwiceInOneReplyIsToldOnce)
+{
+    watch({word(160), word(160), text(320, 2)});
+    EXPECT_EQ((Places{0, 1}), words({{160, 1}, {160, 2}}, 1));
+    EXPECT_EQ((Places{2}), words({{320, 1}, {336, 1}, {320, 2}, {336, 2}}, 2));
+}
+
 TEST_F(Fold, OneShotReadsRefreshValuesAndAges)
 {
     watch({word(160)});

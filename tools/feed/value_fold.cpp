@@ -159,9 +159,13 @@ void ValueFold::take(const FeedEntry& entry, const Changed& changed)
     }
     changed_.clear();
     takeReply(entry.exchange, static_cast<bool>(changed));
-    if (changed) {
-        for (const quint32 variable : changed_) {
-            changed(variable);
+    if (!changed) {
+        return;
+    }
+    for (auto variable = changed_.begin(); variable != changed_.end(); ++variable) {
+        // A reply may name an element twice.
+        if (std::find(changed_.begin(), variable, *variable) == variable) {
+            changed(*variable);
         }
     }
 }
