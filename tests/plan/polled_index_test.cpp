@@ -1,0 +1,138 @@
+// Stations and formats belong to the element on the wire, however its address is spelt.
+#include "plan/polled_index.h"
+
+#include "plan_project.h"
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+using project::Format;
+
+class Index : public testing::Test
+{
+protected:
+    void open(const QByteArray& polled, const QByteArray& connection = kOwnStations)
+    {
+        project_ = planProject(polled, connection);
+        index_ = std::make_unique<PolledIndex>(project_);
+    }
+    int stationOf(const QString& address) const
+    {
+        return index_->stationOf(elementOf(project_, address));
+    }
+    Format formatOf(const QString& address) const
+    {
+        return index_->formatOf(elementOf(project_, address));
+    }
+    PolledElement entry(const QString& address, int station, Format format)
+    {
+        PolledElement polled;
+        polled.element = elementOf(project_, address);
+        polled.station = station;
+        polled.format = format;
+        return polled;
+    }
+
+    project::Project project_;
+    std::unique_ptr<PolledIndex> index_;
+};
+
+} // namespace
+
+TEST_F(Index, AnElementIsReachedAtTheStationThatPollsIt)
+{
+    open(
+        R"({ "address": "M.w", "station": 2 }, { "address": "M.a[3]", "count": 2, "station": 3 })");
+    EXPECT_EQ(2, stationOf("M.w"));
+    EXPECT_EQ(2, stationOf("M.w.b[4]")) << "a bit of it";
+    EXPECT_EQ(3, stationOf("M.a[3]"));
+    EXPECT_EQ(3, stationOf("M.a[03]")) << "spelt otherwise";
+    EXPECT_EQ(3, stationOf("M.a[4]"));
+    EXPECT_EQ(4, stationOf("M.a[5]")) << "not polled: the project's";
+    EXPECT_EQ(4, stationOf("M.a[2]"));
+    EXPECT_EQ(4, stationOf("M.d")) << "the same address in another class";
+}
+
+TEST_F(Index, ABitThatIsPolledSaysWhereItsWordIs)
+{
+    open(R"({ "address": "M.w.b[3]", "station": 2 })");
+    EXPECT_EQ(2, stationOf("M.w"));
+    EXPECT_EQ(2, stationOf("M.w.b[9]"));
+}
+
+TEST_F(Index, EveryWordOfATextIsAtItsStation)
+{
+    open(R"({ "address": "M.text", "station": 2 })");
+    EXPECT_EQ(2, stationOf("M.text"));
+    EXPECT_EQ(2, stationOf("M.inText"));
+}
+
+TEST_F(Index, ATextIsWhereItsFirstWordIs)
+{
+    open(R"({ "address": "M.inText", "station": 2 })");
+    EXPECT_EQ(2, stationOf("M.inText"));
+    EXPECT_EQ(4, stationOf("M.text"));
+}
+
+TEST_F(Index, OfTwoSpellingsInTheProjectTheFirstDecides)
+{
+    open(R"({ "address": "M.a[3]", "station": 2, "format": "hex" },
+            { "address": "M.a[03]", "station": 3, "format": "signed" })");
+    EXPECT_EQ(2, stationOf("M.a[3]"));
+    EXPECT_EQ(2, stationOf("M.a[03]"));
+    EXPECT_EQ(Format::hex, formatOf("M.a[03]"));
+}
+
+TEST_F(Index, FurtherEntriesDecide)
+{
+    open(R"({ "address": "M.w", "station": 2, "format": "hex" })");
+    index_->add({entry("M.w", 5, Format::signedNumber), entry("M.a[1]", 6, Format::hex),
+                 entry("M.a[1]", 7, Format::signedNumber)});
+    EXPECT_EQ(5, stationOf("M.w"));
+    EXPECT_EQ(Format::signedNumber, formatOf("M.w"));
+    EXPECT_EQ(7, stationOf("M.a[1]"));
+    EXPECT_EQ(Format::signedNumber, formatOf("M.a[1]"));
+}
+
+TEST_F(Index, WithOneStationForAllEverythingIsThere)
+{
+    open(R"({ "address": "M.w", "station": 2 })", R"("station": 4)");
+    EXPECT_EQ(4, stationOf("M.w"));
+    index_->add({entry("M.w", 9, Format::hex)});
+    EXPECT_EQ(4, stationOf("M.w"));
+}
+
+TEST_F(Index, FormatsAreThoseOfThePolledEntry)
+{
+    open(R"({ "address": "M.w", "format": "hex" }, { "address": "M.a[3]", "format": "signed" })");
+    EXPECT_EQ(Format::hex, formatOf("M.w"));
+    EXPECT_EQ(Format::signedNumber, formatOf("M.a[003]"));
+    EXPECT_EQ(Format::bit, formatOf("M.w.b[1]")) << "its bits are bits all the same";
+    EXPECT_EQ(project::effectiveFormat(elementOf(project_, "M.a[4]"), Format::automatic),
+              formatOf("M.a[4]"));
+    EXPECT_EQ(project::effectiveFormat(elementOf(project_, "M.d"), Format::automatic),
+              formatOf("M.d"))
+        << "the same address in another class";
+    EXPECT_EQ(Format::text, formatOf("M.text"));
+    EXPECT_EQ(Format::floating, formatOf("M.r"));
+}
+
+TEST_F(Index, AFormatOfABitIsNotThatOfItsWord)
+{
+    open(R"({ "address": "M.w.b[3]", "format": "bit" })");
+    EXPECT_EQ(project::effectiveFormat(elementOf(project_, "M.w"), Format::automatic),
+              formatOf("M.w"));
+    EXPECT_EQ(Format::bit, formatOf("M.w.b[3]"));
+}
+
+TEST_F(Index, AFormatThatDoesNotFitIsPassedOver)
+{
+    open("");
+    index_->add({entry("M.text", 1, Format::hex)});
+    EXPECT_EQ(Format::text, formatOf("M.text"));
+}
+
+} // namespace tavmir::host
