@@ -48,4 +48,72 @@ TEST(Rows, CsvQuotesWhatNeedsIt)
               csvLine({"n", "a", "1", project::Format::bit, std::nullopt}, "T").toStdString());
 }
 
+TEST(Rows, WhatWasNeverReadIsNoValueInAnyFormat)
+{
+    const ValueRow never = {"a", "M.A", QString(), project::Format::unsignedNumber, std::nullopt};
+    const QStringList lines = tableLines({never});
+    ASSERT_EQ(2, lines.size());
+    EXPECT_EQ("NAME  ADDRESS  VALUE    AGE", lines[0].toStdString());
+    EXPECT_EQ("a     M.A      –      never", lines[1].toStdString());
+    EXPECT_EQ(R"({"address":"M.A","ageMs":null,"name":"a","value":null})",
+              jsonLine(jsonOf(never)).toStdString());
+    EXPECT_EQ("T,a,M.A,,", csvLine(never, "T").toStdString());
+}
+
+TEST(Rows, AnEmptyTextIsAValue)
+{
+    const ValueRow empty = {"a", "M.A", "", project::Format::text, 3};
+    EXPECT_EQ("a     M.A             3 ms", tableLines({empty})[1].toStdString());
+    EXPECT_EQ(R"({"address":"M.A","ageMs":3,"name":"a","value":""})",
+              jsonLine(jsonOf(empty)).toStdString());
+    EXPECT_EQ("T,a,M.A,,3", csvLine(empty, "T").toStdString());
+}
+
+TEST(Rows, AgesGrowFromMillisecondsToMinutes)
+{
+    for (const auto& [age, text] :
+         std::vector<std::pair<qint64, std::string>>{{0, "0 ms"},
+                                                     {999, "999 ms"},
+                                                     {1000, "1.0 s"},
+                                                     {59900, "59.9 s"},
+                                                     {60000, "1 min"},
+                                                     {119999, "1 min"},
+                                                     {7200000, "120 min"}}) {
+        const ValueRow row = {"a", "M.A", "1", project::Format::bit, age};
+        const std::string line = tableLines({row})[1].toStdString();
+        EXPECT_EQ(text, line.substr(line.size() - text.size())) << age;
+        EXPECT_EQ(' ', line[line.size() - text.size() - 1]);
+    }
+}
+
+TEST(Rows, NamesThatCannotBePrintedAreEscapedInTables)
+{
+    const ValueRow row = {"\x1b[2J", "M.A", "\x07", project::Format::text, 1};
+    EXPECT_EQ("\\x1b[2J  M.A      \\x07   1 ms", tableLines({row})[1].toStdString());
+}
+
+TEST(Rows, CsvHasAHeadingAndQuotesEveryLineBreak)
+{
+    EXPECT_EQ("time,name,address,value,age_ms", csvHeading().toStdString());
+    const auto value = [](const char* text) {
+        return csvLine({"n", "a", text, project::Format::text, 1}, "T").toStdString();
+    };
+    EXPECT_EQ("T,n,a,\"x\ny\",1", value("x\ny"));
+    EXPECT_EQ("T,n,a,\"x\ry\",1", value("x\ry"));
+    EXPECT_EQ("T,n,a,\"x,y\",1", value("x,y"));
+    EXPECT_EQ("T,n,a,\"\"\"\",1", value("\""));
+    EXPECT_EQ("T,n,a,x y,1", value("x y"));
+    EXPECT_EQ("T,\"a,b\",a,1,1",
+              csvLine({"a,b", "a", "1", project::Format::bit, 1}, "T").toStdString());
+}
+
+TEST(Rows, NamesOfOutputFormats)
+{
+    EXPECT_EQ(OutputFormat::table, outputFormatFromName("table"));
+    EXPECT_EQ(OutputFormat::json, outputFormatFromName("json"));
+    EXPECT_EQ(OutputFormat::csv, outputFormatFromName("csv"));
+    EXPECT_FALSE(outputFormatFromName("CSV"));
+    EXPECT_FALSE(outputFormatFromName(""));
+}
+
 } // namespace tavmir::host
