@@ -179,6 +179,22 @@ TEST(Simulation, ALostWriteChangesNothingAndIsCounted)
     EXPECT_TRUE(statistics.text().contains("\nfaults: 1\nfaults lose: 1\n"));
 }
 
+TEST(Simulation, AWatcherSeesEachRequestAndWhetherItWasCarriedOut)
+{
+    QString problem;
+    Simulation simulation(FaultPlan({*parseFaultRule("lose@2", &problem)}));
+    std::vector<std::pair<int, bool>> seen;
+    simulation.watch([&](const Simulation::Outcome& outcome) {
+        seen.emplace_back(outcome.request.transactionId, outcome.carriedOut);
+    });
+    simulation.take(writeFrame(1, 1, 103, {{16, hex("3412")}}));
+    simulation.take(writeFrame(2, 1, 103, {{16, hex("7856")}}));
+    simulation.take(frame(3, 1, 33, 1)); // refused
+    simulation.take(readFrame(4, 1, 102, {16}));
+    const std::vector<std::pair<int, bool>> all = {{1, true}, {2, false}, {3, false}, {4, true}};
+    EXPECT_EQ(seen, all);
+}
+
 TEST(Simulation, ALostRequestThatMakesNoSenseIsNoException)
 {
     QString problem;

@@ -78,6 +78,15 @@ bool Simulation::addSignals(const project::Project& project, QString* problem)
 
 Simulation::Outcome Simulation::take(const QByteArray& frame)
 {
+    Outcome outcome = respond(frame);
+    if (watcher_) {
+        watcher_(outcome);
+    }
+    return outcome;
+}
+
+Simulation::Outcome Simulation::respond(const QByteArray& frame)
+{
     Outcome outcome;
     outcome.request = parseRequest(frame);
     outcome.fault = faults_.next();
@@ -88,6 +97,7 @@ Simulation::Outcome Simulation::take(const QByteArray& frame)
     }
     const Answer answer = carryOut(outcome.request, memory_);
     outcome.reply = answer.reply;
+    outcome.carriedOut = answer.exceptionCode == 0;
     statistics_.countRequest(outcome.request, answer.exceptionCode);
     return outcome;
 }

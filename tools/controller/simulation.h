@@ -16,6 +16,8 @@
 #include <QtCore/QString>
 
 #include <cstdint>
+#include <functional>
+#include <utility>
 
 namespace tavmir::controller
 {
@@ -36,8 +38,13 @@ public:
         Request request;
         QByteArray reply; // whole and right, the fault still to be worked in; empty: lost
         FaultKind fault = FaultKind::None;
+        bool carriedOut = false; // neither lost nor refused
     };
     Outcome take(const QByteArray& frame);
+
+    // Told of each request, before its answer goes out: for who keeps books of the memory.
+    using Watcher = std::function<void(const Outcome& outcome)>;
+    void watch(Watcher watcher) { watcher_ = std::move(watcher); }
 
     // The signals' values at `ms` milliseconds since the start. False: the memory is full.
     bool advanceTo(std::int64_t ms);
@@ -49,6 +56,7 @@ public:
     const ElementNames& names() const { return names_; }
 
 private:
+    Outcome respond(const QByteArray& frame);
     bool storeInitialValues(const project::Project& project, QString* problem);
     bool addSignals(const project::Project& project, QString* problem);
 
@@ -57,6 +65,7 @@ private:
     Statistics statistics_;
     ElementNames names_;
     SignalBoard signals_;
+    Watcher watcher_;
     std::uint8_t station_ = 1; // whose memory the project describes
 };
 
