@@ -1,7 +1,5 @@
 #include "controller_thread.h"
 
-#include "layout.h"
-
 #include <QtCore/QEventLoop>
 #include <QtCore/QTimer>
 
@@ -15,6 +13,7 @@ namespace
 {
 
 using controller::FaultKind;
+using std::chrono::milliseconds;
 
 using Chance = std::pair<FaultKind, double>;
 
@@ -22,36 +21,44 @@ using Chance = std::pair<FaultKind, double>;
 const std::vector<Chance> kWholeFrames = {
     {FaultKind::Drop, 0.03},      {FaultKind::Delay, 0.06},      {FaultKind::Late, 0.03},
     {FaultKind::Truncate, 0.04},  {FaultKind::Oversize, 0.04},   {FaultKind::Corrupt, 0.04},
-    {FaultKind::Duplicate, 0.04}, {FaultKind::Disconnect, 0.02}, {FaultKind::Refuse, 0.002}};
+    {FaultKind::Duplicate, 0.04}, {FaultKind::Disconnect, 0.02}, {FaultKind::Refuse, 0.002},
+    {FaultKind::Lose, 0.04}};
 
 // Half frames. Without frames that come late: one of them could fill the gap, and nothing in the
 // protocol tells such a frame from a right one.
-const std::vector<Chance> kHalfFrames = {
-    {FaultKind::Cut, 0.1}, {FaultKind::Drop, 0.05}, {FaultKind::Disconnect, 0.02}};
+const std::vector<Chance> kHalfFrames = {{FaultKind::Cut, 0.1},
+                                         {FaultKind::Drop, 0.05},
+                                         {FaultKind::Disconnect, 0.02},
+                                         {FaultKind::Lose, 0.04}};
 
-controller::FaultPlan faultPlan(const Line& line)
+constexpr milliseconds kWholeTime{4000};
+constexpr milliseconds kHalfTime{1500};
+
+controller::FaultPlan faultPlan(const std::vector<Chance>& chances, double rate,
+                                std::uint64_t seed)
 {
     std::vector<controller::FaultRule> rules;
-    for (const Chance& chance : line.halfFrames ? kHalfFrames : kWholeFrames) {
+    for (const Chance& chance : chances) {
         controller::FaultRule rule;
         rule.kind = chance.first;
-        rule.probability = chance.second * line.rate;
+        rule.probability = chance.second * rate;
         rules.push_back(rule);
     }
-    return controller::FaultPlan(rules, line.seed);
+    return controller::FaultPlan(rules, seed);
 }
 
 } // namespace
 
-ControllerThread::ControllerThread(const Line& line, const controller::ServerSettings& settings)
-    : simulation_(faultPlan(line))
+ControllerThread::ControllerThread(const Line& line, const controller::ServerSettings& settings,
+                                   const std::function<void(controller::Simulation&)>& prepare,
+                                   std::size_t mostMemoryPages)
+    : line_(line), simulation_(controller::FaultPlan(), mostMemoryPages)
 {
-    for (int i = 0; i < kElements; ++i)
-        simulation_.memory().write(kStation, static_cast<std::uint32_t>(addressOf(Constants, i)),
-                                   32, constantOf(i));
+    prepare(simulation_);
     thread_ = std::thread([this, settings] { run(settings); });
-    while (port_ == 0)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    while (port_ == 0) {
+        std::this_thread::sleep_for(milliseconds(1));
+    }
 }
 
 ControllerThread::~ControllerThread()
@@ -62,26 +69,66 @@ ControllerThread::~ControllerThread()
 void ControllerThread::stop()
 {
     stopping_ = true;
-    if (thread_.joinable())
+    if (thread_.joinable()) {
         thread_.join();
+    }
+}
+
+ControllerThread::Phase ControllerThread::phaseAt(milliseconds time, int lateMs) const
+{
+    if (calm_) {
+        return Phase::calm;
+    }
+    if (line_.frames != Frames::both) {
+        return line_.frames == Frames::whole ? Phase::whole : Phase::half;
+    }
+    // Late frames are all there before the first half one.
+    const milliseconds pause(2 * lateMs);
+    const milliseconds place = time % (kWholeTime + pause + kHalfTime);
+    if (place < kWholeTime) {
+        return Phase::whole;
+    }
+    return place < kWholeTime + pause ? Phase::pause : Phase::half;
+}
+
+void ControllerThread::begin(Phase phase)
+{
+    const std::uint64_t seed = line_.seed + plans_++;
+    switch (phase) {
+    case Phase::whole:
+        simulation_.faults() = faultPlan(kWholeFrames, line_.rate, seed);
+        break;
+    case Phase::half:
+        simulation_.faults() = faultPlan(kHalfFrames, line_.rate, seed);
+        break;
+    case Phase::pause:
+    case Phase::calm:
+        simulation_.faults() = controller::FaultPlan();
+        break;
+    }
 }
 
 void ControllerThread::run(const controller::ServerSettings& settings)
 {
     QEventLoop loop; // first: it is what makes this a thread that sockets can live on
     controller::Server server(settings, simulation_);
+    const auto started = std::chrono::steady_clock::now();
+    Phase phase = phaseAt(milliseconds(0), settings.lateMs);
+    begin(phase);
     const bool listens = server.listen(QHostAddress(QHostAddress::LocalHost), 0);
     port_ = listens ? server.port() : -1;
     QTimer ticks; // so that the loop looks up now and then
     ticks.start(5);
-    bool calm = false;
     while (!stopping_) {
         loop.processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
         const auto& faults = simulation_.statistics().faults;
         faults_ = std::accumulate(faults.begin(), faults.end(), std::uint64_t{0});
-        if (calm_ && !calm) {
-            simulation_.faults() = controller::FaultPlan();
-            calm = true;
+        const auto time = std::chrono::duration_cast<milliseconds>(
+            std::chrono::steady_clock::now() - started);
+        const Phase now = phaseAt(time, settings.lateMs);
+        if (now != phase) {
+            phase = now;
+            begin(phase);
         }
     }
 }

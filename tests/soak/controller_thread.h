@@ -7,24 +7,34 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <thread>
 
 namespace tavmir::soak
 {
 
+enum class Frames {
+    whole, // everything that a connection can do to frames, but for their halves
+    half,  // frames that end in their middle, instead of late and changed ones
+    both   // one after the other, again and again, with a pause for late frames in between
+};
+
 // How bad the line is.
 struct Line {
     std::uint64_t seed = 1;
-    double rate = 1;         // scales all faults; 1 is about one reply in four
-    bool halfFrames = false; // frames that end in their middle, instead of late and changed ones
+    double rate = 1; // scales all faults; 1 is about one reply in four
+    Frames frames = Frames::whole;
 };
 
 class ControllerThread
 {
 public:
     // Starts to listen on a free loopback port.
-    ControllerThread(const Line& line, const controller::ServerSettings& settings);
+    //   prepare  what the controller holds at first; called once, here
+    ControllerThread(const Line& line, const controller::ServerSettings& settings,
+                     const std::function<void(controller::Simulation&)>& prepare,
+                     std::size_t mostMemoryPages = controller::BitMemory::kDefaultMostPages);
     ~ControllerThread();
 
     ControllerThread(const ControllerThread&) = delete;
@@ -43,9 +53,15 @@ public:
     controller::Simulation& simulation() { return simulation_; }
 
 private:
-    void run(const controller::ServerSettings& settings);
+    enum class Phase { whole, pause, half, calm };
 
+    void run(const controller::ServerSettings& settings);
+    Phase phaseAt(std::chrono::milliseconds time, int lateMs) const;
+    void begin(Phase phase);
+
+    Line line_;
     controller::Simulation simulation_;
+    std::uint64_t plans_ = 0; // of faults, made so far
     std::atomic<int> port_{0};
     std::atomic<std::uint64_t> faults_{0};
     std::atomic<bool> calm_{false};

@@ -47,7 +47,7 @@ Options optionsFrom(int argc, char** argv)
         else if (name == "--rate")
             options.line.rate = std::atof(argv[i + 1]);
         else if (name == "--line")
-            options.line.halfFrames = std::strcmp(argv[i + 1], "half-frames") == 0;
+            options.line.frames = std::strcmp(argv[i + 1], "half-frames") == 0 ? Frames::half : Frames::whole;
         else if (name == "--memory-slack")
             options.memorySlackKiB = std::atol(argv[i + 1]);
         else if (name == "--timeout")
@@ -58,6 +58,14 @@ Options optionsFrom(int argc, char** argv)
 
 // Diagnostic lines of a bad line fill a terminal; nothing is checked in them here.
 void dropMessage(QtMsgType, const QMessageLogContext&, const QString&) {}
+
+void storeConstants(tavmir::controller::Simulation& simulation)
+{
+    for (int i = 0; i < kElements; ++i) {
+        simulation.memory().write(kStation, static_cast<std::uint32_t>(addressOf(Constants, i)), 32,
+                                  constantOf(i));
+    }
+}
 
 void sleepSeconds(int seconds)
 {
@@ -178,7 +186,7 @@ int main(int argc, char** argv)
     settings.delayMs = options.replyTimeoutMs * 2;
     settings.lateMs = options.replyTimeoutMs * 3;
     settings.refuseMs = 60;
-    ControllerThread controller(options.line, settings);
+    ControllerThread controller(options.line, settings, storeConstants);
     if (controller.port() < 1) {
         std::fprintf(stderr, "tavmir-soak: cannot listen\n");
         return 1;

@@ -1,4 +1,5 @@
 // The threads beside the cycle: readers, writers, the operator.
+#include "dice.h"
 #include "host_under_test.h"
 
 #include <chrono>
@@ -18,22 +19,6 @@ void rest(int microseconds)
 {
     std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
 }
-
-// Small seeded numbers, one sequence for each thread.
-class Dice
-{
-public:
-    explicit Dice(std::uint64_t seed) : state_(seed * 2862933555777941757ULL + 3037000493ULL) {}
-
-    int below(int limit)
-    {
-        state_ = state_ * 6364136223846793005ULL + 1442695040888963407ULL;
-        return static_cast<int>((state_ >> 33) % static_cast<std::uint64_t>(limit));
-    }
-
-private:
-    std::uint64_t state_;
-};
 
 std::uint32_t littleEndian(const QByteArray& bytes, int at, int count)
 {
