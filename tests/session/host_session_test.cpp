@@ -499,6 +499,20 @@ TEST_F(Session, StopEndsWhatIsPending)
     EXPECT_EQ("unknown: the host stopped before an answer came", inWords(outcome));
 }
 
+TEST_F(Session, ATextKeptBackByABitNamesAllItsElements)
+{
+    controller_.treat("f", Mood::silent);
+    open();
+    std::thread bit([&] { write("M.w.b[4]", "1"); });
+    EXPECT_TRUE(test::waitUntil([&] { return !controller_.requests("f").empty(); }));
+    const Outcome outcome =
+        session_->write(element("M.text"), QByteArray(120, 'x'), Deadline(20));
+    EXPECT_EQ("not sent: earlier writes did not end in time", inWords(outcome));
+    EXPECT_EQ(60, outcome.elements);
+    session_->stop();
+    bit.join();
+}
+
 TEST_F(Session, PolledListMayChangeWhileTheCycleRuns)
 {
     controller_.set('f', 3200, 1);

@@ -148,6 +148,7 @@ OperationId HostSession::queueWrite(const Element& element, const QByteArray& by
                                     const Deadline& deadline)
 {
     OperationShape shape;
+    shape.elements = project::wireElementCount(element);
     shape.station = stationOf(element);
     if (element.bitNumber) {
         return state_.operations.refuse(OperationKind::write, shape,
