@@ -24,6 +24,9 @@ const std::vector<Chance> kWholeFrames = {
     {FaultKind::Duplicate, 0.04}, {FaultKind::Disconnect, 0.02}, {FaultKind::Refuse, 0.002},
     {FaultKind::Lose, 0.04}};
 
+// Replies that come when another request waits for its own, which may never have been carried out.
+const std::vector<Chance> kStaleFrames = {{FaultKind::Late, 0.2}, {FaultKind::Lose, 0.15}};
+
 // Half frames. Without frames that come late: one of them could fill the gap, and nothing in the
 // protocol tells such a frame from a right one.
 const std::vector<Chance> kHalfFrames = {{FaultKind::Cut, 0.1},
@@ -31,7 +34,8 @@ const std::vector<Chance> kHalfFrames = {{FaultKind::Cut, 0.1},
                                          {FaultKind::Disconnect, 0.02},
                                          {FaultKind::Lose, 0.04}};
 
-constexpr milliseconds kWholeTime{4000};
+constexpr milliseconds kWholeTime{3500};
+constexpr milliseconds kStaleTime{1000};
 constexpr milliseconds kHalfTime{1500};
 
 controller::FaultPlan faultPlan(const std::vector<Chance>& chances, double rate,
@@ -84,11 +88,14 @@ ControllerThread::Phase ControllerThread::phaseAt(milliseconds time, int lateMs)
     }
     // Late frames are all there before the first half one.
     const milliseconds pause(2 * lateMs);
-    const milliseconds place = time % (kWholeTime + pause + kHalfTime);
+    const milliseconds place = time % (kWholeTime + kStaleTime + pause + kHalfTime);
     if (place < kWholeTime) {
         return Phase::whole;
     }
-    return place < kWholeTime + pause ? Phase::pause : Phase::half;
+    if (place < kWholeTime + kStaleTime) {
+        return Phase::stale;
+    }
+    return place < kWholeTime + kStaleTime + pause ? Phase::pause : Phase::half;
 }
 
 void ControllerThread::begin(Phase phase)
@@ -97,6 +104,9 @@ void ControllerThread::begin(Phase phase)
     switch (phase) {
     case Phase::whole:
         simulation_.faults() = faultPlan(kWholeFrames, line_.rate, seed);
+        break;
+    case Phase::stale:
+        simulation_.faults() = faultPlan(kStaleFrames, line_.rate, seed);
         break;
     case Phase::half:
         simulation_.faults() = faultPlan(kHalfFrames, line_.rate, seed);

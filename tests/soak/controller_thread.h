@@ -17,7 +17,8 @@ namespace tavmir::soak
 enum class Frames {
     whole, // everything that a connection can do to frames, but for their halves
     half,  // frames that end in their middle, instead of late and changed ones
-    both   // one after the other, again and again, with a pause for late frames in between
+    both   // one after the other, again and again: whole ones, for a while late and lost ones only,
+           // a pause for what is late still, half ones
 };
 
 // How bad the line is.
@@ -53,7 +54,7 @@ public:
     controller::Simulation& simulation() { return simulation_; }
 
 private:
-    enum class Phase { whole, pause, half, calm };
+    enum class Phase { whole, stale, pause, half, calm };
 
     void run(const controller::ServerSettings& settings);
     Phase phaseAt(std::chrono::milliseconds time, int lateMs) const;

@@ -15,19 +15,18 @@ using Time = std::chrono::steady_clock::time_point;
 template <typename Value> class Standing
 {
 public:
-    explicit Standing(std::size_t most, Value first = Value()) : most_(most)
+    // Takes all its room at once, so that it does not grow later.
+    explicit Standing(std::size_t most, const Value& first = Value())
+        : kept_(most, Kept{first, Time()})
     {
-        kept_.push_back({std::move(first), Time()});
     }
 
     const Value& now() const { return kept_.back().value; }
 
     void changed(Value value, Time at)
     {
+        kept_.pop_front();
         kept_.push_back({std::move(value), at});
-        if (kept_.size() > most_) {
-            kept_.pop_front();
-        }
     }
 
     // False: what stood at `from` is forgotten.
@@ -52,8 +51,7 @@ private:
         Time since;
     };
 
-    std::size_t most_;
-    std::deque<Kept> kept_;
+    std::deque<Kept> kept_; // never empty; at first all of them are the first
 };
 
 } // namespace tavmir::soak
