@@ -128,6 +128,13 @@ TEST_F(Index, AFormatOfABitIsNotThatOfItsWord)
     EXPECT_EQ(Format::bit, formatOf("M.w.b[3]"));
 }
 
+TEST_F(Index, ABitThatIsPolledFirstDoesNotDecideItsWordsFormat)
+{
+    open(R"({ "address": "M.w.b[3]" }, { "address": "M.w", "format": "hex" })");
+    EXPECT_EQ(Format::hex, formatOf("M.w"));
+    EXPECT_EQ(Format::bit, formatOf("M.w.b[3]"));
+}
+
 TEST_F(Index, AFormatThatDoesNotFitIsPassedOver)
 {
     open("");

@@ -142,6 +142,18 @@ TEST(PolledPlan, OfTwoEntriesForOnePlaceTheLaterDecides)
               wireOrder({at(project, "M.inText", 5), at(project, "M.text", 1)}));
 }
 
+TEST(PolledPlan, OfManyEntriesForOnePlaceTheLastDecides)
+{
+    const project::Project project = planProject("");
+    std::vector<PolledElement> polled;
+    for (int station = 0; station < 200; ++station) {
+        polled.push_back(at(project, station % 2 == 0 ? "M.w" : "M.bit", station));
+    }
+    EXPECT_EQ((std::vector<WireElement>{{ElementClass::bits, 100, 199},
+                                        {ElementClass::words, 3200, 198}}),
+              wireOrder(polled));
+}
+
 TEST(PolledPlan, NegativeAddressesComeFirst)
 {
     PolledElement low;
