@@ -308,6 +308,25 @@ TEST(Feed, AReaderThatKeepsUpMissesNothing)
     EXPECT_EQ(0u, reader->missed());
 }
 
+TEST(Feed, AReaderThatIsAlwaysOneBehindMissesNothing)
+{
+    Feed feed(2 * kBlock);
+    const auto reader = feed.subscribe();
+    std::vector<quint32> numbers;
+    quint32 next = 1;
+    publishNumbers(feed, 0, 1);
+    for (quint32 round = 1; round < 5 * kBlock; ++round) {
+        reader->read([&](const FeedEntry& entry) {
+            numbers.push_back(entry.exchange.receivedBytes);
+            publishNumbers(feed, next, next + 1);
+            ++next;
+        });
+        ASSERT_EQ(round, numbers.size());
+    }
+    EXPECT_EQ(numbersFrom(0, next - 1), numbers);
+    EXPECT_EQ(0u, reader->missed());
+}
+
 TEST(Feed, AReaderThatMissesHoldsNobodyUp)
 {
     Feed feed(kBlock);
