@@ -143,7 +143,7 @@ TEST(Exchange, CopiesEveryFigure)
     from.end = ExchangeEnd::cut;
     from.exceptionCode = 11;
     Exchange to = emptyWith(0);
-    copyExchange(from, to);
+    copyExchange(from, nullptr, nullptr, to);
     EXPECT_EQ(momentAt(1), to.sentAt);
     EXPECT_EQ(momentAt(2), to.endedAt);
     EXPECT_EQ(from.endedWall, to.endedWall);
@@ -166,17 +166,27 @@ TEST(Exchange, CopiesTheBytesThatAreSet)
     for (const auto& [request, reply] : std::vector<std::pair<quint32, quint32>>{
              {0, 0}, {1, 0}, {0, 1}, {13, 21}, {239, 240}, {240, 239}}) {
         Exchange to = emptyWith(0);
-        copyExchange(filled(request, reply), to);
+        copyExchange(filled(request, reply), nullptr, nullptr, to);
         EXPECT_EQ(static_cast<int>(request), prefixOf(to.request, 0xAA));
         EXPECT_EQ(static_cast<int>(reply), prefixOf(to.reply, 0xBB));
     }
+}
+
+TEST(Exchange, TakesBytesFromElsewhereAsManyAsItsSizesSay)
+{
+    Exchange to = emptyWith(0);
+    const std::string request(300, '\x11');
+    const std::string reply(300, '\x22');
+    copyExchange(filled(13, 241), request.data(), reply.data(), to);
+    EXPECT_EQ(13, prefixOf(to.request, 0x11));
+    EXPECT_EQ(240, prefixOf(to.reply, 0x22));
 }
 
 TEST(Exchange, LongFramesAreCutAndTheirSizesTold)
 {
     static_assert(Exchange::kMostBytes == 240, "38 words with their addresses, and some room");
     Exchange to = emptyWith(0);
-    copyExchange(filled(241, 1000), to);
+    copyExchange(filled(241, 1000), nullptr, nullptr, to);
     EXPECT_EQ(240, prefixOf(to.request, 0xAA));
     EXPECT_EQ(240, prefixOf(to.reply, 0xBB));
     EXPECT_EQ(241u, to.requestSize);

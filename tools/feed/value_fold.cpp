@@ -1,4 +1,4 @@
-// Replies into slots, slots into variables.
+// Replies into places, places into variables.
 #include "value_fold.h"
 
 #include "wire/frame_layout.h"
@@ -31,11 +31,11 @@ bool concerns(const project::Element& element, quint32 before, quint32 now)
 size_t ValueFold::find(const Group& group, qint32 address)
 {
     const auto found =
-        std::lower_bound(group.slots.begin(), group.slots.end(), address,
+        std::lower_bound(group.places.begin(), group.places.end(), address,
                          [](const Slot& slot, qint32 wanted) { return slot.address < wanted; });
-    return found != group.slots.end() && found->address == address
-               ? static_cast<size_t>(found - group.slots.begin())
-               : group.slots.size();
+    return found != group.places.end() && found->address == address
+               ? static_cast<size_t>(found - group.places.begin())
+               : group.places.size();
 }
 
 quint32 ValueFold::groupOf(std::vector<Group>& groups, const WireElement& element)
@@ -58,10 +58,10 @@ void ValueFold::keepKnown(const std::vector<Group>& from, std::vector<Group>& to
             if (old.elements != group.elements || old.station != group.station) {
                 continue;
             }
-            for (Slot& slot : group.slots) {
+            for (Slot& slot : group.places) {
                 const size_t known = find(old, slot.address);
-                if (known < old.slots.size()) {
-                    slot = old.slots[known];
+                if (known < old.places.size()) {
+                    slot = old.places[known];
                 }
             }
         }
@@ -72,24 +72,24 @@ void ValueFold::findUsers(std::vector<Group>& groups, std::vector<Variable>& fol
 {
     std::vector<std::vector<std::pair<quint32, quint32>>> pairs(groups.size());
     for (size_t variable = 0; variable < folds.size(); ++variable) {
-        for (const quint32 slot : folds[variable].slots) {
+        for (const quint32 slot : folds[variable].places) {
             pairs[folds[variable].group].emplace_back(slot, static_cast<quint32>(variable));
         }
     }
     for (size_t g = 0; g < groups.size(); ++g) {
         Group& group = groups[g];
         std::sort(pairs[g].begin(), pairs[g].end());
-        group.firstUser.assign(group.slots.size() + 1, 0);
-        group.ofMany.assign(group.slots.size(), false);
+        group.firstUser.assign(group.places.size() + 1, 0);
+        group.ofMany.assign(group.places.size(), false);
         for (const auto& [slot, variable] : pairs[g]) {
             ++group.firstUser[slot + 1];
             group.users.push_back(variable);
-            if (folds[variable].slots.size() > 1) {
+            if (folds[variable].places.size() > 1) {
                 group.ofMany[slot] = true;
                 group.hasMany = true;
             }
         }
-        for (size_t slot = 0; slot < group.slots.size(); ++slot) {
+        for (size_t slot = 0; slot < group.places.size(); ++slot) {
             group.firstUser[slot + 1] += group.firstUser[slot];
         }
     }
@@ -119,26 +119,26 @@ void ValueFold::watch(const std::vector<PolledElement>& variables)
     for (size_t i = 0; i < variables.size(); ++i) {
         for (const WireElement& part : wireElements(variables[i].element, variables[i].station)) {
             folds[i].group = groupOf(groups, part);
-            groups[folds[i].group].slots.push_back({part.address, 0, 0});
+            groups[folds[i].group].places.push_back({part.address, 0, 0});
         }
     }
     for (Group& group : groups) {
-        std::vector<Slot>& slots = group.slots;
-        std::sort(slots.begin(), slots.end(),
+        std::vector<Slot>& places = group.places;
+        std::sort(places.begin(), places.end(),
                   [](const Slot& left, const Slot& right) { return left.address < right.address; });
-        slots.erase(std::unique(slots.begin(), slots.end(),
+        places.erase(std::unique(places.begin(), places.end(),
                                 [](const Slot& left, const Slot& right) {
                                     return left.address == right.address;
                                 }),
-                    slots.end());
+                    places.end());
     }
     for (size_t i = 0; i < variables.size(); ++i) {
         Variable& fold = folds[i];
         for (const WireElement& part : wireElements(variables[i].element, variables[i].station)) {
-            fold.slots.push_back(static_cast<quint32>(find(groups[fold.group], part.address)));
+            fold.places.push_back(static_cast<quint32>(find(groups[fold.group], part.address)));
         }
-        fold.came.assign(fold.slots.size(), false);
-        fold.missing = fold.slots.size();
+        fold.came.assign(fold.places.size(), false);
+        fold.missing = fold.places.size();
     }
     findUsers(groups, folds);
     keepKnown(groups_, groups);
@@ -197,7 +197,7 @@ void ValueFold::takeReply(const Exchange& exchange, bool changesWanted)
     }
 }
 
-// Millions a second go through here: neighbours in the request are neighbours in the slots, so only
+// Millions a second go through here: neighbours in the request are neighbours in the places, so only
 // the first is searched, and what nobody wants to know is not looked at.
 template <size_t ValueBytes>
 void ValueFold::takeEntries(Group& group, const Exchange& exchange, bool changesWanted)
@@ -206,24 +206,24 @@ void ValueFold::takeEntries(Group& group, const Exchange& exchange, bool changes
     const Clock::rep at = exchange.endedAt.time_since_epoch().count();
     const bool looksAtUsers = changesWanted || group.hasMany;
     const unsigned char* entry = exchange.reply + wire::kHeaderBytes;
-    Slot* const slots = group.slots.data();
-    const size_t end = group.slots.size();
+    Slot* const places = group.places.data();
+    const size_t end = group.places.size();
     size_t slot = end;
     for (size_t left = (exchange.replyKept() - wire::kHeaderBytes) / kEntryBytes; left > 0;
          --left, entry += kEntryBytes) {
         const auto address = static_cast<qint32>(wire::bigEndian32(entry));
         ++slot;
-        if (slot >= end || slots[slot].address != address) {
+        if (slot >= end || places[slot].address != address) {
             slot = find(group, address);
             if (slot == end) {
                 continue;
             }
         }
-        const bool wasKnown = slots[slot].readAt != 0;
-        const quint32 before = slots[slot].number;
-        slots[slot].number = wire::bigEndianNumber(entry + wire::kAddressBytes, ValueBytes);
-        slots[slot].readAt = at;
-        if (looksAtUsers && (!wasKnown || before != slots[slot].number || group.ofMany[slot])) {
+        const bool wasKnown = places[slot].readAt != 0;
+        const quint32 before = places[slot].number;
+        places[slot].number = wire::bigEndianNumber(entry + wire::kAddressBytes, ValueBytes);
+        places[slot].readAt = at;
+        if (looksAtUsers && (!wasKnown || before != places[slot].number || group.ofMany[slot])) {
             slotCame(group, slot, wasKnown, before);
         }
     }
@@ -233,10 +233,10 @@ void ValueFold::slotCame(const Group& group, size_t slot, bool wasKnown, quint32
 {
     for (quint32 i = group.firstUser[slot]; i < group.firstUser[slot + 1]; ++i) {
         const quint32 variable = group.users[i];
-        if (folds_[variable].slots.size() > 1) {
+        if (folds_[variable].places.size() > 1) {
             partCame(variable, slot);
         } else if (!wasKnown ||
-                   concerns(variables_[variable].element, before, group.slots[slot].number)) {
+                   concerns(variables_[variable].element, before, group.places[slot].number)) {
             changed_.push_back(variable);
         }
     }
@@ -245,8 +245,8 @@ void ValueFold::slotCame(const Group& group, size_t slot, bool wasKnown, quint32
 void ValueFold::partCame(quint32 variable, size_t slot)
 {
     Variable& fold = folds_[variable];
-    const auto found = std::find(fold.slots.begin(), fold.slots.end(), slot);
-    const auto part = static_cast<size_t>(found - fold.slots.begin());
+    const auto found = std::find(fold.places.begin(), fold.places.end(), slot);
+    const auto part = static_cast<size_t>(found - fold.places.begin());
     if (!fold.came[part]) {
         fold.came[part] = true;
         --fold.missing;
@@ -259,16 +259,16 @@ void ValueFold::partCame(quint32 variable, size_t slot)
         changed_.push_back(variable);
     }
     fold.shown = {bytes, oldestOf(fold)};
-    fold.came.assign(fold.slots.size(), false);
-    fold.missing = fold.slots.size();
+    fold.came.assign(fold.places.size(), false);
+    fold.missing = fold.places.size();
 }
 
 QByteArray ValueFold::bytesOf(const Variable& fold) const
 {
     const Group& group = groups_[fold.group];
     QByteArray bytes;
-    for (const quint32 slot : fold.slots) {
-        appendNumber(bytes, group.elements, group.slots[slot].number);
+    for (const quint32 slot : fold.places) {
+        appendNumber(bytes, group.elements, group.places[slot].number);
     }
     return bytes;
 }
@@ -276,9 +276,9 @@ QByteArray ValueFold::bytesOf(const Variable& fold) const
 Clock::time_point ValueFold::oldestOf(const Variable& fold) const
 {
     const Group& group = groups_[fold.group];
-    Clock::rep oldest = group.slots[fold.slots.front()].readAt;
-    for (const quint32 slot : fold.slots) {
-        oldest = std::min(oldest, group.slots[slot].readAt);
+    Clock::rep oldest = group.places[fold.places.front()].readAt;
+    for (const quint32 slot : fold.places) {
+        oldest = std::min(oldest, group.places[slot].readAt);
     }
     return Clock::time_point(Clock::duration(oldest));
 }
@@ -286,10 +286,10 @@ Clock::time_point ValueFold::oldestOf(const Variable& fold) const
 FoldedValue ValueFold::value(size_t variable) const
 {
     const Variable& fold = folds_[variable];
-    if (fold.slots.size() > 1) {
+    if (fold.places.size() > 1) {
         return fold.shown;
     }
-    const Slot& slot = groups_[fold.group].slots[fold.slots.front()];
+    const Slot& slot = groups_[fold.group].places[fold.places.front()];
     if (slot.readAt == 0) {
         return {};
     }

@@ -47,11 +47,11 @@ private:
         quint32 number = 0;
         Clock::rep readAt = 0; // 0: never
     };
-    // The slots of one class at one station, ascending by address.
+    // The places of one class at one station, ascending by address.
     struct Group {
         ElementClass elements = ElementClass::bits;
         quint8 station = 0;
-        std::vector<Slot> slots;
+        std::vector<Slot> places;
         std::vector<quint32> firstUser; // of each slot, and the end of the last one's
         std::vector<quint32> users;     // variables
         std::vector<bool> ofMany;       // the slot is part of a variable of several elements
@@ -59,14 +59,14 @@ private:
     };
     struct Variable {
         quint32 group = 0;
-        std::vector<quint32> slots;
+        std::vector<quint32> places;
         // Of a variable of several elements:
         std::vector<bool> came; // since it was shown last
         size_t missing = 0;
         FoldedValue shown;
     };
 
-    static size_t find(const Group& group, qint32 address); // the number of slots: not there
+    static size_t find(const Group& group, qint32 address); // the number of places: not there
     static quint32 groupOf(std::vector<Group>& groups, const WireElement& element);
     static void keepKnown(const std::vector<Group>& from, std::vector<Group>& to);
     static void findUsers(std::vector<Group>& groups, std::vector<Variable>& folds);

@@ -24,7 +24,7 @@ int partOf(const Element& element)
 PolledIndex::PolledIndex(const project::Project& project)
     : defaultStation_(project.connection.station), ownStations_(project.connection.ownStations)
 {
-    add(polledElements(project), false);
+    add(polledElements(project));
 }
 
 PolledIndex::Place PolledIndex::placeOf(const Element& element)
@@ -34,26 +34,11 @@ PolledIndex::Place PolledIndex::placeOf(const Element& element)
 
 void PolledIndex::add(const std::vector<PolledElement>& polled)
 {
-    add(polled, true);
-}
-
-void PolledIndex::add(const std::vector<PolledElement>& polled, bool decides)
-{
     for (const PolledElement& entry : polled) {
         for (const WireElement& part : wireElements(entry.element, entry.station)) {
-            const Place place(part.elements, part.address);
-            if (decides) {
-                stations_[place] = entry.station;
-            } else {
-                stations_.emplace(place, entry.station);
-            }
+            stations_[{part.elements, part.address}] = entry.station;
         }
-        const auto key = std::make_pair(placeOf(entry.element), partOf(entry.element));
-        if (decides) {
-            formats_[key] = entry.format;
-        } else {
-            formats_.emplace(key, entry.format);
-        }
+        formats_[{placeOf(entry.element), partOf(entry.element)}] = entry.format;
     }
 }
 

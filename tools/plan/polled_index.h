@@ -17,7 +17,7 @@ public:
     // project  checked. Its polled entries decide, whether they are polled now or not.
     explicit PolledIndex(const project::Project& project);
 
-    // Further polled elements; where they name an element that is known, they decide.
+    // Further polled elements. Of several that name one element the last decides, as in the driver.
     void add(const std::vector<PolledElement>& polled);
 
     // The station that polls the element's first part; else the project's.
@@ -32,7 +32,6 @@ private:
     using Place = std::pair<ElementClass, qint32>;
 
     static Place placeOf(const project::Element& element);
-    void add(const std::vector<PolledElement>& polled, bool decides);
 
     int defaultStation_;
     bool ownStations_;
