@@ -8,13 +8,14 @@ namespace
 {
 
 constexpr int kMostAtOnce = 6;
-constexpr int kPatientMs = 600000;
+constexpr int kPatientMs = 60000;
+constexpr std::chrono::seconds kTooLong{20};
 
 // From too short for any request to long enough for a bad line; and now and then so long that who
-// waits for a lost operation is found standing still.
+// waits for a lost operation is noticed.
 host::Deadline deadline(Dice& dice)
 {
-    if (dice.below(40) == 0) {
+    if (dice.below(10) == 0) {
         return host::Deadline(kPatientMs);
     }
     const int kind = dice.below(10);
@@ -94,7 +95,7 @@ void RuntimeUnderTest::write(int worker, Dice& dice)
         }
     }
     for (const Given& given : awaited) {
-        books_.answered(given.operation, session_.await(given.id));
+        await(given.operation, given.id);
     }
 }
 
@@ -118,8 +119,19 @@ void RuntimeUnderTest::read(Dice& dice)
         }
     }
     for (const Given& given : awaited) {
-        books_.answered(given.operation, session_.await(given.id));
+        await(given.operation, given.id);
     }
+}
+
+void RuntimeUnderTest::await(std::uint64_t operation, const host::OperationId& id)
+{
+    const Time asked = std::chrono::steady_clock::now();
+    const Outcome outcome = session_.await(id);
+    if (std::chrono::steady_clock::now() - asked > kTooLong) {
+        books_.found("a caller waited too long, for an operation that is " +
+                     host::outcomeInWords(outcome).toStdString());
+    }
+    books_.answered(operation, outcome);
 }
 
 // Every bit has one writer, every word eight.
