@@ -38,8 +38,7 @@ constexpr milliseconds kWholeTime{3500};
 constexpr milliseconds kStaleTime{1000};
 constexpr milliseconds kHalfTime{1500};
 
-controller::FaultPlan faultPlan(const std::vector<Chance>& chances, double rate,
-                                std::uint64_t seed)
+controller::FaultPlan faultPlan(const std::vector<Chance>& chances, double rate, std::uint64_t seed)
 {
     std::vector<controller::FaultRule> rules;
     for (const Chance& chance : chances) {
@@ -133,8 +132,8 @@ void ControllerThread::run(const controller::ServerSettings& settings)
         loop.processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
         const auto& faults = simulation_.statistics().faults;
         faults_ = std::accumulate(faults.begin(), faults.end(), std::uint64_t{0});
-        const auto time = std::chrono::duration_cast<milliseconds>(
-            std::chrono::steady_clock::now() - started);
+        const auto time =
+            std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - started);
         const Phase now = phaseAt(time, settings.lateMs);
         if (now != phase) {
             phase = now;

@@ -47,7 +47,8 @@ Options optionsFrom(int argc, char** argv)
         else if (name == "--rate")
             options.line.rate = std::atof(argv[i + 1]);
         else if (name == "--line")
-            options.line.frames = std::strcmp(argv[i + 1], "half-frames") == 0 ? Frames::half : Frames::whole;
+            options.line.frames =
+                std::strcmp(argv[i + 1], "half-frames") == 0 ? Frames::half : Frames::whole;
         else if (name == "--memory-slack")
             options.memorySlackKiB = std::atol(argv[i + 1]);
         else if (name == "--timeout")

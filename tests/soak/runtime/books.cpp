@@ -170,8 +170,8 @@ void Books::end(Open::iterator operation, const End& end)
 
 void Books::settleWrite(std::uint64_t number, const Operation& operation, const End& end)
 {
-    const bool doubted = operation.doubted && (end.state == OutcomeState::refused ||
-                                               end.state == OutcomeState::partial);
+    const bool doubted = operation.doubted &&
+                         (end.state == OutcomeState::refused || end.state == OutcomeState::partial);
     Fate rest = doubted || end.restMayBeThere || end.state == OutcomeState::unknown ? Fate::maybe
                                                                                     : Fate::never;
     const Variable& variable = plant_.variable(operation.variable);
@@ -180,9 +180,8 @@ void Books::settleWrite(std::uint64_t number, const Operation& operation, const 
     }
     // Requests carry the elements in their order, and the first that fails takes the rest along.
     for (int i = 0; i < variable.places; ++i) {
-        const std::string finding =
-            memory_.element(variable.firstPlace + i)
-                .settle(number, i < end.acknowledged ? Fate::done : rest);
+        const std::string finding = memory_.element(variable.firstPlace + i)
+                                        .settle(number, i < end.acknowledged ? Fate::done : rest);
         if (!finding.empty()) {
             find(nameOf(operation.variable) + " part " + std::to_string(i) + ", " +
                  inWords(end.state, end.acknowledged, end.elements) + ": " + finding);
@@ -194,8 +193,8 @@ void Books::settleWrite(std::uint64_t number, const Operation& operation, const 
 void Books::checkReached(const Operation& operation, const End& end)
 {
     const bool mayBeMore = end.state == OutcomeState::unknown || end.restMayBeThere;
-    const bool right = mayBeMore ? operation.reached >= end.acknowledged
-                                 : operation.reached == end.acknowledged;
+    const bool right =
+        mayBeMore ? operation.reached >= end.acknowledged : operation.reached == end.acknowledged;
     const bool counts = (end.state == OutcomeState::done) == (end.acknowledged == end.elements) &&
                         (end.state == OutcomeState::partial) ==
                             (end.acknowledged > 0 && end.acknowledged < end.elements);
@@ -235,8 +234,7 @@ void Books::compare(const Operation& operation, const Outcome& outcome, const En
         outcome.acknowledged != end.acknowledged) {
         find("the caller was told that " + nameOf(operation.variable) + " is " +
              inWords(outcome.state, outcome.acknowledged, outcome.elements) +
-             ", and the feed that it is " +
-             inWords(end.state, end.acknowledged, end.elements));
+             ", and the feed that it is " + inWords(end.state, end.acknowledged, end.elements));
     }
 }
 
@@ -347,15 +345,14 @@ void Books::bitAnswered(int variable, int bit, bool wanted, const Outcome& outco
     const bool value = memory_.now(place) >> bit & 1;
     if (outcome.ok()) {
         if (value != wanted) {
-            find(nameOf(variable) + " bit " + std::to_string(bit) +
-                 " is done and does not stand");
+            find(nameOf(variable) + " bit " + std::to_string(bit) + " is done and does not stand");
         }
         state = {Known::yes, wanted};
         return;
     }
-    const bool mayBeThere = outcome.state == OutcomeState::unknown ||
-                            (outcome.state == OutcomeState::refused &&
-                             memory_.doubtedAt(place) >= asked);
+    const bool mayBeThere =
+        outcome.state == OutcomeState::unknown ||
+        (outcome.state == OutcomeState::refused && memory_.doubtedAt(place) >= asked);
     if (mayBeThere) {
         state.known = Known::no;
     } else if (state.known == Known::yes && value != state.value) {

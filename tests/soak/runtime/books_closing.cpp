@@ -18,8 +18,8 @@ std::string line(const char* name, const Answers& answers)
         text += ", " + std::to_string(answers.told[state]) + " " +
                 host::outcomeWord(static_cast<OutcomeState>(state));
     }
-    return text + ", " + std::to_string(answers.underWay) + " under way when their time was over, " +
-           std::to_string(answers.notAwaited);
+    return text + ", " + std::to_string(answers.underWay) +
+           " under way when their time was over, " + std::to_string(answers.notAwaited);
 }
 
 } // namespace
@@ -66,8 +66,8 @@ void Books::closeFigures(const host::LineFigures& figures, OperationKind kind, s
         left += ended - told;
     }
     if (left != untold) {
-        find(name + ": nobody was told how " + std::to_string(untold) +
-             " ended, the feed has " + std::to_string(left) + " more");
+        find(name + ": nobody was told how " + std::to_string(untold) + " ended, the feed has " +
+             std::to_string(left) + " more");
     }
 }
 

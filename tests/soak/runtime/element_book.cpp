@@ -55,9 +55,9 @@ std::vector<std::uint64_t> ElementBook::stored(std::uint32_t value)
 
 std::string ElementBook::settle(std::uint64_t operation, Fate fate)
 {
-    const auto found =
-        std::find_if(writes_.rbegin(), writes_.rend(),
-                     [&](const Write& write) { return write.operation == operation; });
+    const auto found = std::find_if(writes_.rbegin(), writes_.rend(), [&](const Write& write) {
+        return write.operation == operation;
+    });
     if (found == writes_.rend() || found->fate != Fate::pending) {
         return "a write ended that was not pending";
     }

@@ -79,8 +79,7 @@ std::unique_ptr<tavmir::host::Driver> loadDriver()
 
 void print(const char* when, const ControllerThread& controller)
 {
-    std::printf("%s: %llu faults; %s\n", when,
-                static_cast<unsigned long long>(controller.faults()),
+    std::printf("%s: %llu faults; %s\n", when, static_cast<unsigned long long>(controller.faults()),
                 Resources::now().text().c_str());
     std::fflush(stdout);
 }
@@ -121,9 +120,8 @@ long slackFor(const Options& options, const Books& books)
     if (options.memorySlackKiB == 0) {
         return 0;
     }
-    const std::uint64_t notAwaited =
-        books.answers(OperationKind::write).notAwaited +
-        books.answers(OperationKind::read).notAwaited;
+    const std::uint64_t notAwaited = books.answers(OperationKind::write).notAwaited +
+                                     books.answers(OperationKind::read).notAwaited;
     const std::uint64_t kept = std::min(notAwaited, kMostNotAwaited) * kBytesNotAwaited / 1024;
     return options.memorySlackKiB + static_cast<long>(kept);
 }

@@ -85,8 +85,8 @@ std::vector<int> MemoryBook::placesOf(const Request& request, std::string& findi
     for (const controller::BitValue& element : request.elements) {
         const int place = plant_.placeAt(request.functionCode->valueBits, element.address);
         if (place < 0) {
-            finding = "a request for address " + std::to_string(element.address) +
-                      ", where nothing is";
+            finding =
+                "a request for address " + std::to_string(element.address) + ", where nothing is";
             return places;
         }
         if (plant_.place(place).station != request.station) {
@@ -119,9 +119,8 @@ void MemoryBook::store(const Request& request, const std::vector<int>& places, S
         if (variable.kind == Kind::flags) {
             // Who writes a bit has read the word before, and nobody else writes in between.
             if (!isOneBit(now(place) ^ value)) {
-                seen.finding = nameOf(plant_, place) + " goes from " +
-                               std::to_string(now(place)) + " to " + std::to_string(value) +
-                               ": more than one bit changes";
+                seen.finding = nameOf(plant_, place) + " goes from " + std::to_string(now(place)) +
+                               " to " + std::to_string(value) + ": more than one bit changes";
             }
         } else {
             const std::vector<std::uint64_t> operations = element(place).stored(value);

@@ -51,23 +51,23 @@ void appendStation(int number, QByteArray& labels, QByteArray& polled)
     variables += "," + variableText("words", "word", base + 10000, arrayOf(kWords));
     variables += "," + variableText("doubles", "dword", base + 20000, arrayOf(kDoubleWords));
     variables += "," + variableText("reals", "real", base + 30000, arrayOf(kDoubleWords));
-    variables += "," + variableText("flags", "word", base + 80000,
-                                    ", \"bits\": true" + arrayOf(kFlags));
+    variables +=
+        "," + variableText("flags", "word", base + 80000, ", \"bits\": true" + arrayOf(kFlags));
     variables += "," + variableText("refused", "word", base + 500000, arrayOf(kFlags));
     for (int i = 0; i < kWorkers; ++i) {
         const QByteArray own = QByteArray::number(i);
         variables += "," + variableText("short" + own, "text", base + 40000 + 1000 * i,
                                         ", \"words\": " + QByteArray::number(shortWords(i)));
-        variables += "," + variableText("long" + own, "text", base + 60000 + 1000 * i,
-                                        ", \"words\": 60");
+        variables +=
+            "," + variableText("long" + own, "text", base + 60000 + 1000 * i, ", \"words\": 60");
         names << "short" + own << "long" + own;
     }
     labels += QByteArray(number > 0 ? ", " : "") + "{ \"name\": \"" + label +
               "\", \"variables\": [" + variables + "] }";
     for (const QByteArray& name : names) {
-        polled += QByteArray(polled.isEmpty() ? "" : ", ") + "{ \"address\": \"" + label + "." +
-                  name + "\", \"station\": " +
-                  QByteArray::number(kStations[Plant::asIndex(number)]) + " }";
+        polled +=
+            QByteArray(polled.isEmpty() ? "" : ", ") + "{ \"address\": \"" + label + "." + name +
+            "\", \"station\": " + QByteArray::number(kStations[Plant::asIndex(number)]) + " }";
     }
 }
 
@@ -80,8 +80,8 @@ QByteArray projectText(int replyTimeoutMs)
     }
     return "{ \"connection\": { \"station\": 1, \"stationMode\": \"own\", \"retryLimit\": 2, "
            "\"reconnectMinMs\": 1, \"reconnectMaxMs\": 20, \"replyTimeoutMs\": " +
-           QByteArray::number(replyTimeoutMs) + " }, \"labels\": [" + labels +
-           "], \"polled\": [" + polled + "] }";
+           QByteArray::number(replyTimeoutMs) + " }, \"labels\": [" + labels + "], \"polled\": [" +
+           polled + "] }";
 }
 
 std::uint64_t placeKey(int bits, std::uint32_t address)

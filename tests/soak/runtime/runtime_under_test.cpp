@@ -117,8 +117,7 @@ void RuntimeUnderTest::pollSome(Dice& dice)
     const bool texts = dice.below(4) == 0;
     std::vector<host::PolledElement> polled;
     for (const host::PolledElement& entry : all_) {
-        const Variable& variable =
-            plant_.variable(plant_.variableNamed(entry.element.addressText));
+        const Variable& variable = plant_.variable(plant_.variableNamed(entry.element.addressText));
         const auto elements = static_cast<std::size_t>(host::elementClassOf(entry.element));
         if (entry.station == stations[elements] && (texts || !variable.isText())) {
             polled.push_back(entry);

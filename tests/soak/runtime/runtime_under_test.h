@@ -51,7 +51,6 @@ private:
     void write(int worker, Dice& dice);
     void writeBit(int worker, Dice& dice);
     void read(Dice& dice);
-    void await(std::uint64_t operation, const host::OperationId& id);
     void lookAtCache(Dice& dice);
     int variableToWrite(int worker, Dice& dice) const;
 

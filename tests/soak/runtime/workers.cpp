@@ -41,7 +41,11 @@ void RuntimeUnderTest::work(int worker, std::uint64_t seed)
     Dice dice(seed);
     while (!stopWork_) {
         tick(worker);
+        const Time begun = std::chrono::steady_clock::now();
         workOnce(worker, dice);
+        if (std::chrono::steady_clock::now() - begun > kTooLong) {
+            books_.found("a caller waited too long");
+        }
         std::this_thread::sleep_for(std::chrono::microseconds(dice.below(3000)));
     }
 }
@@ -86,8 +90,8 @@ void RuntimeUnderTest::write(int worker, Dice& dice)
     for (int i = 0; i < count; ++i) {
         const int variable = variableToWrite(worker, dice);
         const Books::Asked asked = books_.askWrite(variable);
-        const host::OperationId id = session_.queueWrite(plant_.variable(variable).element,
-                                                         asked.bytes, deadline(dice));
+        const host::OperationId id =
+            session_.queueWrite(plant_.variable(variable).element, asked.bytes, deadline(dice));
         const bool waits = isAwaited(dice);
         books_.given(asked.operation, id.key, waits);
         if (waits) {
@@ -95,7 +99,7 @@ void RuntimeUnderTest::write(int worker, Dice& dice)
         }
     }
     for (const Given& given : awaited) {
-        await(given.operation, given.id);
+        books_.answered(given.operation, session_.await(given.id));
     }
 }
 
@@ -119,19 +123,8 @@ void RuntimeUnderTest::read(Dice& dice)
         }
     }
     for (const Given& given : awaited) {
-        await(given.operation, given.id);
+        books_.answered(given.operation, session_.await(given.id));
     }
-}
-
-void RuntimeUnderTest::await(std::uint64_t operation, const host::OperationId& id)
-{
-    const Time asked = std::chrono::steady_clock::now();
-    const Outcome outcome = session_.await(id);
-    if (std::chrono::steady_clock::now() - asked > kTooLong) {
-        books_.found("a caller waited too long, for an operation that is " +
-                     host::outcomeInWords(outcome).toStdString());
-    }
-    books_.answered(operation, outcome);
 }
 
 // Every bit has one writer, every word eight.
@@ -142,9 +135,8 @@ void RuntimeUnderTest::writeBit(int worker, Dice& dice)
     const int bit = 2 * worker + dice.below(2);
     const bool wanted = !books_.bitNow(variable, bit);
     const Time asked = std::chrono::steady_clock::now();
-    const Outcome outcome =
-        session_.write(plant_.bitOf(variable, bit), QByteArray(1, wanted ? '\1' : '\0'),
-                       deadline(dice));
+    const Outcome outcome = session_.write(plant_.bitOf(variable, bit),
+                                           QByteArray(1, wanted ? '\1' : '\0'), deadline(dice));
     books_.bitAnswered(variable, bit, wanted, outcome, asked);
 }
 
