@@ -77,13 +77,13 @@ TEST_F(Index, ATextIsWhereItsFirstWordIs)
     EXPECT_EQ(4, stationOf("M.text"));
 }
 
-TEST_F(Index, OfTwoSpellingsInTheProjectTheFirstDecides)
+TEST_F(Index, OfTwoSpellingsInTheProjectTheLastDecidesAsInTheDriver)
 {
     open(R"({ "address": "M.a[3]", "station": 2, "format": "hex" },
             { "address": "M.a[03]", "station": 3, "format": "signed" })");
-    EXPECT_EQ(2, stationOf("M.a[3]"));
-    EXPECT_EQ(2, stationOf("M.a[03]"));
-    EXPECT_EQ(Format::hex, formatOf("M.a[03]"));
+    EXPECT_EQ(3, stationOf("M.a[3]"));
+    EXPECT_EQ(3, stationOf("M.a[03]"));
+    EXPECT_EQ(Format::signedNumber, formatOf("M.a[3]"));
 }
 
 TEST_F(Index, FurtherEntriesDecide)

@@ -4,20 +4,6 @@
 namespace tavmir::host
 {
 
-namespace
-{
-
-Outcome notSent(const QString& reason)
-{
-    Outcome outcome;
-    outcome.state = OutcomeState::notSent;
-    outcome.reason = reason;
-    outcome.elements = 1;
-    return outcome;
-}
-
-} // namespace
-
 std::unique_lock<std::timed_mutex> BitWriter::lockOrder(const Deadline& deadline)
 {
     return std::unique_lock<std::timed_mutex>(order_, deadline.end());
@@ -29,12 +15,14 @@ Outcome BitWriter::write(const project::Element& bit, int station, const QByteAr
     const std::unique_lock<std::timed_mutex> order = lockOrder(deadline);
     // A queued write of the word is not in the driver's cache yet.
     if (!order.owns_lock() || !queue_.awaitNoWrites(deadline)) {
-        return notSent("earlier writes did not end in time");
+        return queue_.await(
+            queue_.refuseWrite(bit, station, "earlier writes did not end in time"));
     }
     if (queue_.writesToController()) {
         const Outcome word = queue_.await(queue_.read(bit, station, deadline));
         if (!word.ok()) {
-            return notSent("its word could not be read: " + outcomeInWords(word));
+            return queue_.await(queue_.refuseWrite(
+                bit, station, "its word could not be read: " + outcomeInWords(word)));
         }
     }
     return queue_.await(queue_.write(bit, station, bytes, deadline));

@@ -147,19 +147,15 @@ OperationId HostSession::queueRead(const Element& element, const Deadline& deadl
 OperationId HostSession::queueWrite(const Element& element, const QByteArray& bytes,
                                     const Deadline& deadline)
 {
-    OperationShape shape;
-    shape.elements = project::wireElementCount(element);
-    shape.station = stationOf(element);
+    const int station = stationOf(element);
     if (element.bitNumber) {
-        return state_.operations.refuse(OperationKind::write, shape,
-                                        "one bit of a word is not queued");
+        return queue_.refuseWrite(element, station, "one bit of a word is not queued");
     }
     const auto order = bits_.lockOrder(deadline);
     if (!order.owns_lock()) {
-        return state_.operations.refuse(OperationKind::write, shape,
-                                        "earlier writes did not end in time");
+        return queue_.refuseWrite(element, station, "earlier writes did not end in time");
     }
-    return queue_.write(element, shape.station, bytes, deadline);
+    return queue_.write(element, station, bytes, deadline);
 }
 
 OperationId HostSession::queueRecord(const RW_VAR& record, const Deadline& deadline)

@@ -77,12 +77,12 @@ OperationId OperationQueue::read(const Element& element, int station, const Dead
 OperationId OperationQueue::write(const Element& element, int station, QByteArray bytes,
                                   const Deadline& deadline)
 {
-    OperationShape shape = shapeOf(element, station);
-    shape.valueBytes = 0;
     const QString refusal = refusalOfExchange(project_, element);
     if (!refusal.isEmpty()) {
-        return state_.operations.refuse(OperationKind::write, shape, refusal);
+        return refuseWrite(element, station, refusal);
     }
+    OperationShape shape = shapeOf(element, station);
+    shape.valueBytes = 0;
     const auto call = [&](const DriverKeys& keys) {
         const int queued =
             state_.api.writeValue(element.addressText, 0, QString(), station, &bytes,
@@ -94,6 +94,13 @@ OperationId OperationQueue::write(const Element& element, int station, QByteArra
         state_.operations.done(id); // it is in the caches
     }
     return id;
+}
+
+OperationId OperationQueue::refuseWrite(const Element& element, int station, const QString& reason)
+{
+    OperationShape shape = shapeOf(element, station);
+    shape.valueBytes = 0;
+    return state_.operations.refuse(OperationKind::write, shape, reason);
 }
 
 OperationId OperationQueue::writeRecord(RW_VAR record, const Deadline& deadline)

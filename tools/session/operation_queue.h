@@ -28,6 +28,9 @@ public:
     // A record as it stands, but for its keys.
     OperationId writeRecord(RW_VAR record, const Deadline& deadline);
 
+    // A write that never gets as far as the driver: it has ended, for this reason.
+    OperationId refuseWrite(const project::Element& element, int station, const QString& reason);
+
     // Waits until it has ended or its time is over. Once for each operation.
     Outcome await(const OperationId& id);
 
