@@ -333,13 +333,10 @@ void Books::bitAnswered(int variable, int bit, bool wanted, const Outcome& outco
     if (!waited) {
         ++bitReads_;
     }
-    if (!waited && !notRead) {
-        ++bitWrites_;
-        ++(isUnderWay(outcome) ? bitAnswers_.underWay
-                               : bitAnswers_.told[static_cast<int>(outcome.state)]);
-    } else {
-        ++bitAnswers_.notAwaited;
-    }
+    ++bitWrites_; // also one that ended before the driver was called
+    ++(isUnderWay(outcome) ? bitAnswers_.underWay
+                           : bitAnswers_.told[static_cast<int>(outcome.state)]);
+    bitAnswers_.notAwaited += waited || notRead ? 1 : 0;
     BitState& state = bits_[{variable, bit}];
     const int place = plant_.variable(variable).firstPlace;
     const bool value = memory_.now(place) >> bit & 1;
