@@ -11,6 +11,7 @@
 #include "core/wrapping.h"
 #include "frames/Func_Write.h"
 #include "frames/read_request.h"
+#include "lists/remove_front.h"
 
 #include <QtCore/QMutexLocker>
 
@@ -69,8 +70,7 @@ Turn chooseTurnAndBatch()
 void dropRefusedWrites()
 {
     QMutexLocker lock(&PLC_driver.listMutex);
-    QList<RW_VAR>& writes = PLC_driver.writeVarList;
-    writes.erase(writes.begin(), writes.begin() + PLC_driver.batchCount);
+    tavmir::removeFront(PLC_driver.writeVarList, PLC_driver.batchCount);
 }
 
 // Builds the request of the turn; false when the turn made none and another is to be chosen.

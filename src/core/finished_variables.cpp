@@ -36,7 +36,8 @@ private:
 
 FinishedVariables::FinishedVariables(const QList<RW_VAR>& list, int entries) : count_(0)
 {
-    for (int i = std::min(std::min(entries, list.size()), kBatchSlots) - 1; i >= 0; --i) {
+    const int most = std::min(list.size(), kBatchSlots);
+    for (int i = qBound(0, entries, most) - 1; i >= 0; --i) {
         const Pair pair(list.at(i).hostKey, list.at(i).varKey);
         if (!contains(pair))
             pairs_[count_++] = pair;
@@ -75,6 +76,15 @@ FinishedVariables::Flags FinishedVariables::findIn(const QList<RW_VAR>& list) co
         found[at] = true;
     }
     return found;
+}
+
+bool FinishedVariables::occursIn(const QList<RW_VAR>& list, int i) const
+{
+    for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end(); ++entry) {
+        if (Pair(entry->hostKey, entry->varKey) == pairs_[i])
+            return true;
+    }
+    return false;
 }
 
 } // namespace tavmir

@@ -28,6 +28,9 @@ public:
     // Which of the pairs occur in `list`. Looks at each entry once.
     Flags findIn(const QList<RW_VAR>& list) const;
 
+    // Whether pair `i` occurs in `list`.
+    bool occursIn(const QList<RW_VAR>& list, int i) const;
+
 private:
     typedef std::pair<int, int> Pair;
 

@@ -4,6 +4,7 @@
 #include "core/finished_variables.h"
 #include "core/result_record.h"
 #include "core/shared_words.h"
+#include "lists/remove_front.h"
 #include "lists/rotation.h"
 
 #include <QtCore/QMutexLocker>
@@ -18,25 +19,53 @@ const int kVariableDone = 1;
 const int kVariableFailed = 2;
 const int kGivenUpFlag = 1;
 
+// Whether a finished variable still waits in the list. The list is looked at once, and again only
+// after a callback has changed it.
+class WaitingVariables
+{
+public:
+    WaitingVariables(const QList<RW_VAR>& list, const FinishedVariables& finished)
+        : list_(list), finished_(finished), looked_(false)
+    {
+    }
+
+    bool contain(int i)
+    {
+        if (!looked_) {
+            looked_ = true;
+            // A change takes the list away from the one that is shared here.
+            seen_ = list_;
+            found_ = finished_.findIn(seen_);
+        }
+        return list_.isSharedWith(seen_) ? found_[static_cast<std::size_t>(i)]
+                                         : finished_.occursIn(list_, i);
+    }
+
+private:
+    const QList<RW_VAR>& list_;
+    const FinishedVariables& finished_;
+    bool looked_;
+    QList<RW_VAR> seen_;
+    FinishedVariables::Flags found_;
+};
+
 // Takes the batch's entries off the list's front and reports their variables. A variable that
-// still waits in the list reports success only once, after its last entry.
-void finishListTurn(QList<RW_VAR>& list, bool failed)
+// still waits in the list reports success only once, after its last entry. What a callback
+// changes counts from the next report on.
+void finishListTurn(QList<RW_VAR>& list)
 {
     const FinishedVariables finished(list, PLC_driver.batchCount);
-    if (PLC_driver.batchCount >= list.size())
-        list.clear();
-    else
-        list.erase(list.begin(), list.begin() + PLC_driver.batchCount);
+    removeFront(list, PLC_driver.batchCount);
 
-    if (!PLC_driver.varDoneCallback)
-        return;
-    const FinishedVariables::Flags waiting =
-        failed ? FinishedVariables::Flags() : finished.findIn(list);
-    const int station = PLC_driver.comInfo->comStation;
+    WaitingVariables waiting(list, finished);
     for (int i = 0; i < finished.count(); ++i) {
-        if (!waiting[i])
-            PLC_driver.varDoneCallback(station, finished.hostKey(i), finished.varKey(i),
-                                       failed ? kVariableFailed : kVariableDone);
+        const VarDoneCallback report = PLC_driver.varDoneCallback;
+        if (!report)
+            continue;
+        const bool failed = loadShared(PLC_driver.commFailed);
+        if (failed || !waiting.contain(i))
+            report(PLC_driver.comInfo->comStation, finished.hostKey(i), finished.varKey(i),
+                   failed ? kVariableFailed : kVariableDone);
     }
 }
 
@@ -59,20 +88,19 @@ void endTurn(int code)
     // Declared before the lock: what a give-up drops is destroyed after the lock is released.
     QList<RW_VAR> dropped;
     QMutexLocker lock(&PLC_driver.listMutex);
-    const bool failed = loadShared(PLC_driver.commFailed);
 
     if (PLC_driver.cycleState == kWriteInFlight)
-        finishListTurn(PLC_driver.writeVarList, failed);
+        finishListTurn(PLC_driver.writeVarList);
     else if (PLC_driver.cycleState == kOnceReadInFlight)
-        finishListTurn(PLC_driver.onceReadList, failed);
+        finishListTurn(PLC_driver.onceReadList);
     else if (PLC_driver.cycleState == kReadInFlight)
         finishReadTurn();
 
-    if (failed) {
-        if (PLC_driver.commFailCallback)
-            PLC_driver.commFailCallback(QList<RW_VAR>(), PLC_driver.retVar.hostKey, kGivenUpFlag);
-        // Work queued behind the failed batch goes without a callback: hosts take the
-        // failure report above as the end of all of it.
+    if (loadShared(PLC_driver.commFailed)) {
+        if (const CommFailCallback report = PLC_driver.commFailCallback)
+            report(QList<RW_VAR>(), PLC_driver.retVar.hostKey, kGivenUpFlag);
+        // Work queued behind the failed batch goes without a report of its own: the one above
+        // stands for all of it.
         if (PLC_driver.cycleState == kWriteInFlight)
             dropped.swap(PLC_driver.writeVarList);
         else if (PLC_driver.cycleState == kOnceReadInFlight)
