@@ -50,24 +50,6 @@ RW_VAR elementTemplate()
     return element;
 }
 
-// A project's variables and their texts lie all over the memory; asked for so far ahead, they are
-// there when their turn comes.
-const int kRecordsAhead = 16;
-const int kTextsAhead = 8;
-
-void fetchText(const QString& text)
-{
-    __builtin_prefetch(const_cast<QString&>(text).data_ptr());
-}
-
-void fetchAhead(const QList<HOSTVAR>& vars, int next)
-{
-    if (next + kRecordsAhead < vars.size())
-        __builtin_prefetch(&vars.at(next + kRecordsAhead));
-    if (next + kTextsAhead < vars.size())
-        fetchText(vars.at(next + kTextsAhead).addressText);
-}
-
 // How many elements a polled variable of `count` makes. Only texts are cut to their array.
 qint32 polledElements(qint32 count, const ControlInformationM& info)
 {
@@ -110,10 +92,6 @@ void appendClass(const std::vector<ExpandedVariable>& variables,
 {
     qint32 record = -1;
     for (std::size_t i = 0; i < elements.size(); ++i) {
-        if (i + kTextsAhead < elements.size()) {
-            const qint32 ahead = elements[i + kTextsAhead].record;
-            fetchText(variables[static_cast<std::size_t>(ahead)].var->addressText);
-        }
         if (elements[i].record != record) {
             record = elements[i].record;
             const ExpandedVariable& variable = variables[static_cast<std::size_t>(record)];
@@ -176,7 +154,6 @@ int ReCreatReadVarList(QList<HOSTVAR>* vars) TAVMIR_KX_TCP_NOTHROW
     Expansion expansion;
     const QList<HOSTVAR>& hostVars = *vars;
     for (int i = 0; i < hostVars.size(); ++i) {
-        fetchAhead(hostVars, i);
         // `listMutex` stays locked: a host that passes such a type is stopped at its next call
         // into the lists, and hosts are written to expect that.
         if (!expand(hostVars.at(i), expansion))
