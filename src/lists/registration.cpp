@@ -24,28 +24,16 @@ bool sameVariable(const RW_VAR& a, const RW_VAR& b)
            a.hostData13 == b.hostData13;
 }
 
-// Hosts may change the list itself, so each call looks at all of it once; but not once for each
-// of its elements.
-bool isQueued(const RW_VAR& var)
-{
-    const QList<RW_VAR>& list = PLC_driver.onceReadList;
-    for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end(); ++entry) {
-        if (entry->elementAddress == var.elementAddress && sameVariable(*entry, var))
-            return true;
-    }
-    return false;
-}
-
-// Addresses at which the variable is queued, ascending.
-std::vector<qint32> queuedAddresses(const RW_VAR& var)
+// Addresses at which the variable is queued, of those that lie at most `span` behind its own.
+std::vector<qint32> queuedAddresses(const RW_VAR& var, quint64 span)
 {
     std::vector<qint32> addresses;
     const QList<RW_VAR>& list = PLC_driver.onceReadList;
     for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end(); ++entry) {
-        if (sameVariable(*entry, var))
+        const qint32 behind = tavmir::wrapSubtract(entry->elementAddress, var.elementAddress);
+        if (static_cast<quint32>(behind) <= span && sameVariable(*entry, var))
             addresses.push_back(entry->elementAddress);
     }
-    std::sort(addresses.begin(), addresses.end());
     return addresses;
 }
 
@@ -74,15 +62,13 @@ qint32 onceReadElements(qint32 count, const ControlInformationM& info)
 // not fit, is left out. The caller holds `listMutex`.
 void queueElements(RW_VAR& var, qint32 elements, qint32 step)
 {
-    QList<RW_VAR>& list = PLC_driver.onceReadList;
-    if (elements == 1) {
-        if (list.size() < kOnceReadLimit && !isQueued(var))
-            list.append(var);
-        var.elementAddress = tavmir::wrapAdd(var.elementAddress, step);
+    if (elements < 1)
         return;
-    }
-    // Looked up once: the list is full long before the addresses of one call come round.
-    const std::vector<qint32> queued = queuedAddresses(var);
+    QList<RW_VAR>& list = PLC_driver.onceReadList;
+    // The list is searched once a call: once an element makes a call for 1,024 elements cost
+    // 14 times what appending them costs, instead of as much.
+    const std::vector<qint32> queued =
+        queuedAddresses(var, static_cast<quint64>(elements - 1) * static_cast<quint32>(step));
     for (qint32 i = 0; i < elements; ++i) {
         if (list.size() >= kOnceReadLimit) {
             // A full list takes no more: only the address has to arrive where it would.
@@ -91,7 +77,7 @@ void queueElements(RW_VAR& var, qint32 elements, qint32 step)
                 tavmir::wrapAdd(var.elementAddress, tavmir::wrapMultiply(rest, step));
             return;
         }
-        if (!std::binary_search(queued.begin(), queued.end(), var.elementAddress))
+        if (std::find(queued.begin(), queued.end(), var.elementAddress) == queued.end())
             list.append(var);
         var.elementAddress = tavmir::wrapAdd(var.elementAddress, step);
     }

@@ -142,6 +142,30 @@ TEST_F(OnceRead, ADuplicateIsFoundAnywhereInTheList)
     EXPECT_EQ(AddListOnceReadVar(&again), 11);
 }
 
+TEST_F(OnceRead, DuplicatesAreFoundFromTheFirstElementToTheLastOnly)
+{
+    // The element before the first, the first, the last and the one behind it.
+    for (const char* address : {"P.Ws[0]", "P.Ws[1]", "P.Ws[3]", "P.Ws[4]"}) {
+        RW_VAR var = request(address, 1);
+        AddListOnceReadVar(&var);
+    }
+    RW_VAR var = request("P.Ws[1]", 3);
+    EXPECT_EQ(AddListOnceReadVar(&var), 5);
+    EXPECT_EQ(addressesOf(PLC_driver.onceReadList), (Addresses{2000, 2016, 2048, 2064, 2032}));
+}
+
+TEST_F(OnceRead, DuplicatesAreFoundWhereAddressesWrap)
+{
+    passLabels({label("End", QList<Label_Type_Info>()
+                                 << arrayVariable("W", 4, INT_MAX - 15, QList<int>() << 0 << 9))});
+    RW_VAR second = request("End.W[1]", 1);
+    EXPECT_EQ(AddListOnceReadVar(&second), 1);
+    RW_VAR all = request("End.W[0]", 3);
+    EXPECT_EQ(AddListOnceReadVar(&all), 3);
+    EXPECT_EQ(addressesOf(PLC_driver.onceReadList),
+              (Addresses{INT_MIN, INT_MAX - 15, INT_MIN + 16}));
+}
+
 TEST_F(OnceRead, TheListHoldsAtMost1024)
 {
     for (int i = 0; i < 1023; ++i)
