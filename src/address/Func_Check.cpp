@@ -122,8 +122,8 @@ int resolveStructure(const Label_Type_Info& entry, const tavmir::AddressParts& p
     }
     if (entry.elementType.isEmpty())
         return kAddressRefused;
-    // The result is dropped on purpose: hosts rely on an address that ends at a structure, or
-    // names a member it lacks, resolving to data type 0.
+    // The result is dropped on purpose: an address that ends at a structure, or names a member it
+    // lacks, resolves to data type 0.
     resolve(entry.elementType.first(), parts, partIndex + 1, info);
     return pending;
 }

@@ -64,7 +64,7 @@ get_label_address_array_memory_index(QString indexText, int dimensionCount,
                                      const QList<int>& arrayBounds, unsigned int& index,
                                      unsigned int* end) TAVMIR_KX_TCP_NOTHROW;
 
-// Always 0; kept for hosts that resolve it by name.
+// Always 0; exported.
 TAVMIR_KX_TCP_EXPORT int get_label_address_query(const QStringList& parts,
                                                  int partIndex) TAVMIR_KX_TCP_NOTHROW;
 

@@ -66,8 +66,7 @@ int linearIndex(const TextPiece& text, int dimensionCount, const QList<int>& arr
         return kAddressRefused;
 
     // What is summed so far counts once for each element of the next dimension. A size is high
-    // minus low, and an index above the high bound is accepted: hosts address arrays by exactly
-    // this rule.
+    // minus low, and an index above the high bound is accepted.
     TextPiece rest = text;
     qint32 linear = 0;
     qint32 size = 0;

@@ -6,6 +6,7 @@
 #include "core/cycle_state.h"
 #include "core/diagnostic_log.h"
 #include "core/reply_check.h"
+#include "core/return_codes.h"
 #include "core/shared_words.h"
 #include "core/turn_end.h"
 #include "core/wrapping.h"
@@ -28,8 +29,6 @@ const char kFile[] = "Communication_Protocol";
 const int kTurnsInARow = 5; // of writes, and of one-shot reads, before polling gets a turn
 
 const int kWillBeResent = 0;
-const int kGood = 1;
-const int kAccepted = 100;
 
 enum Turn { kNoTurn, kWriteTurn, kOnceReadTurn, kReadTurn };
 
@@ -77,8 +76,7 @@ void dropRefusedWrites()
 bool buildRequest(Turn turn)
 {
     if (turn == kWriteTurn) {
-        WriteRegister();
-        if (PLC_driver.protocolList.isEmpty()) {
+        if (!tavmir::requestWrites()) {
             dropRefusedWrites();
             return false;
         }
@@ -199,12 +197,12 @@ Protocol* ComCommunication() TAVMIR_KX_TCP_NOTHROW
 
 RW_VAR* DataCom(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW
 {
-    PLC_driver.retVar.status = kGood;
+    PLC_driver.retVar.status = kCodeGood;
     if (PLC_driver.protocolList.isEmpty())
         return &PLC_driver.retVar;
 
     const int code = DealDataOfLocalArea(reply, received);
-    if (code == kGood || code == kAccepted) {
+    if (isGoodCode(code)) {
         if (finishRequest())
             tavmir::endTurn(code);
         else

@@ -25,6 +25,8 @@ struct DataType {
     int valueBytes; // bytes of one value in caches, write records and frames
 };
 
+const int kTextStep = 16; // bits from one word of a text to the next
+
 const int kAddressBytes = 4; // bytes of an element address in frames and replies
 
 // The type of a code, or null when the code can be neither read nor written.

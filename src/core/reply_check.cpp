@@ -11,10 +11,6 @@ namespace
 const int kNoReplyExpected = 0;
 const int kAnyLength = -1;
 
-// What CheckGetData answers.
-const int kStoreValues = 1;
-const int kNothingToStore = 2;
-
 int sizeOf(const QByteArray* reply)
 {
     return reply ? reply->size() : 0;
@@ -57,8 +53,7 @@ int DealDataOfRemoteArea(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW
         return GetDriverReturnValue(kRemoteReplyRefused);
     if (request.var.hostData12 != -1)
         return GetDriverReturnValue(kRemoteAccepted);
-    // Unlike the local check this one stores without `cacheMutex`: its callers bring their own
-    // protection.
+    // Unlike the local check without taking `cacheMutex`, which is the caller's to hold.
     SaveToLocalDataErea(reply);
     const bool firstReply = PLC_driver.comInfo->replyCount == 1;
     return GetDriverReturnValue(firstReply ? kRemoteAccepted : kGoodReply);

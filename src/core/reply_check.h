@@ -11,8 +11,7 @@
 TAVMIR_KX_TCP_EXPORT int DealDataOfLocalArea(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW;
 
 // The same for a remote area: other codes, stores without `cacheMutex`, and only while
-// `hostData12` of the request's first element is -1. Kept for hosts that resolve it by its
-// C++ name; the cycle never calls it.
+// `hostData12` of the request's first element is -1. Exported; the cycle never calls it.
 TAVMIR_KX_TCP_EXPORT int DealDataOfRemoteArea(QByteArray* reply,
                                               int received) TAVMIR_KX_TCP_NOTHROW;
 

@@ -11,8 +11,6 @@ const int kBandNoAnswer = 40;
 const int kBandLengthMismatch = 70;
 const int kBandRemote = 100; // added for the remote variant
 
-const int kCodeGood = 1;
-const int kCodeRemoteAccepted = 100;
 const int kCodeUnknown = 200;
 
 const int kLastRefiningKey = 11;

@@ -16,8 +16,17 @@ enum OutcomeKind {
     kRemoteLengthMismatch = 7
 };
 
-// The code of an outcome: 1 for kGoodReply, 100 for kRemoteAccepted, for a failure a code in
-// its band, 200 for any other number. Communication thread, no lock.
+// The codes of a good reply.
+const int kCodeGood = 1;
+const int kCodeRemoteAccepted = 100;
+
+inline bool isGoodCode(int code)
+{
+    return code == kCodeGood || code == kCodeRemoteAccepted;
+}
+
+// The code of an outcome: one of the good codes, for a failure a code in its band, 200 for any
+// other number. Communication thread, no lock.
 TAVMIR_KX_TCP_EXPORT int GetDriverReturnValue(int kind) TAVMIR_KX_TCP_NOTHROW;
 
 // `base` + 1, plus the `hostKey` of the request in flight when that is 0..11.

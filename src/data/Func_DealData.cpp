@@ -8,9 +8,6 @@
 namespace
 {
 
-const int kStoreValues = 1;
-const int kNothingToStore = 2;
-
 // Reply to a read request; entry i answers batch element i, by position alone:
 //
 //   0       9               13                  9 + s

@@ -4,7 +4,10 @@
 
 #include "tavmir_kx_tcp/host_interface.h"
 
-// Whether the reply to the request in flight carries values: 1 store them, 2 do not.
+// What `CheckGetData` answers.
+enum ReplyContent { kStoreValues = 1, kNothingToStore = 2 };
+
+// Whether the reply to the request in flight carries values; a `ReplyContent`.
 // Neither argument is looked at. Communication thread, no lock.
 TAVMIR_KX_TCP_EXPORT int CheckGetData(const QByteArray* reply, int size) TAVMIR_KX_TCP_NOTHROW;
 

@@ -16,7 +16,6 @@ using tavmir::wrapMultiply;
 namespace
 {
 
-const qint32 kTextStep = 16;        // bits between the words of a text
 const qint32 kSendToController = 2; // of `writeMode`
 
 void fillWithZeros(QByteArray& data, qint32 size)
@@ -69,7 +68,7 @@ void readPlain(const ControlInformationM& info, qint32 count, QByteArray& data)
     case tavmir::kWordType:
         return readElements(PLC_driver.wordCache, info, info.elementWidth, count, data);
     case tavmir::kTextType:
-        return readElements(PLC_driver.wordCache, info, kTextStep, count, data);
+        return readElements(PLC_driver.wordCache, info, tavmir::kTextStep, count, data);
     case tavmir::kDoubleWordType:
     case tavmir::kDoubleWordType7:
         return readElements(PLC_driver.dwordCache, info, info.elementWidth, doubleWords(count),
@@ -80,7 +79,7 @@ void readPlain(const ControlInformationM& info, qint32 count, QByteArray& data)
 }
 
 // One byte a bit, from the addressed bit to the element's last; bits below 0 read as 0. An
-// element never received is entered as zero: hosts find it in the cache from then on.
+// element never received is entered in the cache as zero.
 template <typename Value>
 void readBits(QHash<int, Value>& cache, const ControlInformationM& info, QByteArray& data)
 {
@@ -110,13 +109,14 @@ void deliver(RW_VAR& record)
 }
 
 // The element that a bit write starts from, entered as zero when it was never received. Without
-// `cacheMutex`, as hosts expect of a bit write: the look-up does not wait for a reply being stored.
+// `cacheMutex`: the look-up does not wait for a reply being stored, and it is the host that keeps
+// bit writes apart from the cycle.
 template <typename Value> Value elementWithoutLock(QHash<int, Value>& cache, qint32 elementAddress)
 {
     return cache[elementAddress];
 }
 
-// Without `listMutex`, on purpose: hosts hand in values while the lists are locked.
+// Without `listMutex`: values that are stored only can be handed in while the lists are locked.
 int queuedWritesWithoutLock()
 {
     return PLC_driver.writeVarList.size();
@@ -180,7 +180,7 @@ bool writePlain(const ControlInformationM& info, const QByteArray& data, qint32 
         writeElements(data, count, info.elementWidth, 2, record);
         return true;
     case tavmir::kTextType:
-        writeElements(data, count, kTextStep, 2, record);
+        writeElements(data, count, tavmir::kTextStep, 2, record);
         return true;
     case tavmir::kDoubleWordType:
     case tavmir::kDoubleWordType7:

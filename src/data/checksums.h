@@ -14,7 +14,7 @@ TAVMIR_KX_TCP_EXPORT unsigned short CalSUM(unsigned char* data,
 TAVMIR_KX_TCP_EXPORT unsigned short CalCRC(unsigned char* data,
                                            unsigned short length) TAVMIR_KX_TCP_NOTHROW;
 
-// Two's complement of the byte sum, 1 to 256: hosts that store it in one byte get 0 for 256.
+// Two's complement of the byte sum, 1 to 256: 256 where its low byte is 0.
 TAVMIR_KX_TCP_EXPORT unsigned short CalLRC(unsigned char* data,
                                            unsigned short length) TAVMIR_KX_TCP_NOTHROW;
 

@@ -28,23 +28,22 @@ void putEntry(unsigned char* entry, const RW_VAR& var, int valueBytes)
     }
 }
 
-} // namespace
-
-void WriteAnalog() TAVMIR_KX_TCP_NOTHROW
+// False when the batch makes no request.
+bool queueWriteRequest()
 {
     if (PLC_driver.batchCount < 1)
-        return;
+        return false;
     const int dataType = PLC_driver.batchElements[0]->dataType;
     const tavmir::DataType* type = tavmir::findDataType(dataType);
     if (!type) {
         tavmir::diagnosticLine(kFile, kFunction, tavmir::kLineWriteTypeRefused, tavmir::kError)
             << dataType;
-        return;
+        return false;
     }
     const int entryBytes = tavmir::kAddressBytes + type->valueBytes;
     const int length = tavmir::batchFrameLength(entryBytes);
     if (length == 0)
-        return;
+        return false;
     tavmir::putHeader(length);
     PLC_driver.sendBuffer[tavmir::kFunctionOffset] = type->writeFunction;
     unsigned char* entry = PLC_driver.sendBuffer + tavmir::kHeaderBytes;
@@ -55,20 +54,32 @@ void WriteAnalog() TAVMIR_KX_TCP_NOTHROW
     tavmir::diagnosticLine(kFile, kFunction, tavmir::kLineWriteFrame, tavmir::kTrace)
         << tavmir::hexText(&frame);
     tavmir::queueRequest(length, tavmir::kHeaderBytes, kReplyDataOffset);
+    return true;
+}
+
+} // namespace
+
+bool tavmir::requestWrites()
+{
+    if (!queueWriteRequest())
+        return false;
+    // While the link is marked failed the caches are left alone: a write handed in meanwhile has
+    // stored its values already.
+    if (loadShared(PLC_driver.commFailed))
+        return true;
+    for (int i = 0; i < PLC_driver.batchCount; ++i)
+        WriteDataToLocal(PLC_driver.batchElements[i]);
+    return true;
+}
+
+void WriteAnalog() TAVMIR_KX_TCP_NOTHROW
+{
+    queueWriteRequest();
 }
 
 void WriteRegister() TAVMIR_KX_TCP_NOTHROW
 {
-    const int queued = PLC_driver.protocolList.size();
-    WriteAnalog();
-    if (PLC_driver.protocolList.size() == queued)
-        return;
-    // While the link is marked failed the caches are left alone: a write handed in meanwhile has
-    // stored its values already.
-    if (tavmir::loadShared(PLC_driver.commFailed))
-        return;
-    for (int i = 0; i < PLC_driver.batchCount; ++i)
-        WriteDataToLocal(PLC_driver.batchElements[i]);
+    tavmir::requestWrites();
 }
 
 void Remote_WriteVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW

@@ -4,8 +4,17 @@
 
 #include "tavmir_kx_tcp/host_interface.h"
 
+namespace tavmir
+{
+
 // Turns the batch into a write request and, while the link is good, stores the written values
-// in the caches. Communication thread; takes `cacheMutex` for the caches.
+// in the caches. False when the batch makes no request (see `WriteAnalog`).
+// Communication thread; takes `cacheMutex` for the caches.
+bool requestWrites();
+
+} // namespace tavmir
+
+// The same without the result.
 TAVMIR_KX_TCP_EXPORT void WriteRegister() TAVMIR_KX_TCP_NOTHROW;
 
 // Turns the batch into a write request at the end of `protocolList`. A batch whose type has no
@@ -13,7 +22,7 @@ TAVMIR_KX_TCP_EXPORT void WriteRegister() TAVMIR_KX_TCP_NOTHROW;
 // Communication thread, no lock.
 TAVMIR_KX_TCP_EXPORT void WriteAnalog() TAVMIR_KX_TCP_NOTHROW;
 
-// Does nothing; kept for hosts that resolve it by name.
+// Does nothing; exported.
 TAVMIR_KX_TCP_EXPORT void Remote_WriteVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

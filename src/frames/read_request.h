@@ -9,7 +9,7 @@
 TAVMIR_KX_TCP_EXPORT void ReadRegister() TAVMIR_KX_TCP_NOTHROW;
 TAVMIR_KX_TCP_EXPORT void ReadAnalog() TAVMIR_KX_TCP_NOTHROW;
 
-// Does nothing; kept for hosts that resolve it by name.
+// Does nothing; exported.
 TAVMIR_KX_TCP_EXPORT void Remote_ReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 #endif

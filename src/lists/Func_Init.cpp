@@ -154,8 +154,8 @@ int ReCreatReadVarList(QList<HOSTVAR>* vars) TAVMIR_KX_TCP_NOTHROW
     Expansion expansion;
     const QList<HOSTVAR>& hostVars = *vars;
     for (int i = 0; i < hostVars.size(); ++i) {
-        // `listMutex` stays locked: a host that passes such a type is stopped at its next call
-        // into the lists, and hosts are written to expect that.
+        // `listMutex` stays locked, on purpose: a host that passes such a type is stopped at its
+        // next call into the lists.
         if (!expand(hostVars.at(i), expansion))
             return 0;
     }

@@ -14,7 +14,6 @@ namespace
 {
 
 const int kOnceReadLimit = 1024;
-const qint32 kTextStep = 16;
 
 // All but the address.
 bool sameVariable(const RW_VAR& a, const RW_VAR& b)
@@ -112,7 +111,7 @@ int AddListOnceReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
     if (!tavmir::findDataType(info.dataType))
         return 0;
     const qint32 elements = onceReadElements(var->count, info);
-    const qint32 step = info.dataType == tavmir::kTextType ? kTextStep : info.elementWidth;
+    const qint32 step = info.dataType == tavmir::kTextType ? tavmir::kTextStep : info.elementWidth;
 
     QMutexLocker lock(&PLC_driver.listMutex);
     var->elementAddress = info.elementAddress;

@@ -36,6 +36,16 @@ TEST_F(RefusedWriteBatch, TheWriteBehindItGoesOutInTheSameCall)
     EXPECT_EQ(callbacks.done, (std::vector<VarDone>{{70, 3, 3, 1}}));
 }
 
+TEST_F(RefusedWriteBatch, IsDroppedWhateverRequestsAreQueued)
+{
+    queueWrite(3, 0, 1, 1);
+    diagnostics.onLine([](const QString&) { PLC_driver.protocolList.append(Protocol()); });
+    ComCommunication();
+    EXPECT_TRUE(PLC_driver.writeVarList.isEmpty());
+    EXPECT_EQ(PLC_driver.writeTurns, 0);
+    EXPECT_EQ(PLC_driver.cycleState, 100);
+}
+
 TEST_F(RefusedWriteBatch, WithoutOtherWritesPollingGoesOnInTheSameCall)
 {
     queueWrite(2, 0, 1, 1);
