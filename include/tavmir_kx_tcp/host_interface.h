@@ -24,13 +24,18 @@
 #ifndef TAVMIR_KX_TCP_HOST_INTERFACE_H
 #define TAVMIR_KX_TCP_HOST_INTERFACE_H
 
+#include <QtCore/QtGlobal>
+
+#if QT_VERSION >= 0x060000
+#error "Qt 6 keeps entries of a list inline, where those in flight would move: use Qt 4.8 or 5"
+#endif
+
 #include <QtCore/QByteArray>
 #include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QMap>
 #include <QtCore/QMutex>
 #include <QtCore/QString>
-#include <QtCore/QtGlobal>
 
 #if defined(__GNUC__)
 #define TAVMIR_KX_TCP_EXPORT __attribute__((visibility("default")))
@@ -335,7 +340,8 @@ TAVMIR_KX_TCP_EXPORT int AddListOnceReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 //   result  entries of the new list; 0 also when the list is empty or a variable's data type
 //           cannot be polled
 // An address whose data type is not 1, 4, 6, 7 or 10 is a host error: the call returns 0
-// with `listMutex` still locked. Hosts rely on being stopped there; check addresses first.
+// with `listMutex` still locked, and the next call into the lists waits for ever: check
+// addresses first.
 // Thread: any but a callback. Locks: takes `listMutex`.
 TAVMIR_KX_TCP_EXPORT int ReCreatReadVarList(QList<HOSTVAR>* vars) TAVMIR_KX_TCP_NOTHROW;
 
