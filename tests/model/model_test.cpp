@@ -11,6 +11,7 @@
 
 #include <rapidcheck.h>
 
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -86,6 +87,8 @@ rc::Gen<std::vector<Step>> sequenceOf(std::size_t calls)
 
 int main(int argc, char** argv)
 {
+    // Qt 4 built with iconv takes the encoding of texts in lines from the C library.
+    std::setlocale(LC_ALL, "");
     const Options options = optionsFrom(argc, argv);
     const std::string parameters = "max_success=" + std::to_string(options.sequences) +
                                    " seed=" + std::to_string(options.seed);
