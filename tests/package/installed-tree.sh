@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Installs the build into an empty folder, moves it to show that nothing points back, and builds a
-# minimal host against it with CMake's find_package and with pkg-config; both hosts must run.
+# minimal host against it with CMake's find_package and with pkg-config; both hosts must run, and
+# the installed probe must find its library.
 #
 # Usage: installed-tree.sh BUILD CMAKE LIBRARY_FOLDER EMULATOR [CMAKE_OPTION...]
+#   LIBRARY_FOLDER  of the installation, below its prefix
 #   EMULATOR      what runs the built programs, or empty; with one, pkg-config is left out: its
 #                 files of the sysroot describe another machine
 #   CMAKE_OPTION  passed on to the configuration of the host's project
@@ -15,6 +17,15 @@ trap 'rm -rf "$work"' EXIT
 
 "$cmake" --install "$build" --prefix "$work/first" >/dev/null
 mv "$work/first" "$work/tree"
+
+# The probe takes the library of its own tree, whatever the loader would find.
+# shellcheck disable=SC2086 # the emulator and its options are several words
+said=$($emulator "$work/tree/bin/tavmir-probe" 2>/dev/null || true)
+library=$work/tree/$library_folder/libtavmir_kx_tcp.so.1
+if ! grep -qxF "library    $(realpath "$library")" <<<"$said" || ! grep -qx OK <<<"$said"; then
+  printf 'the installed probe said:\n%s\n' "$said" >&2
+  exit 1
+fi
 
 check() { # check PROGRAM: it must run one poll
   local said

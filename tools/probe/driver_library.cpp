@@ -20,7 +20,8 @@ namespace
 const std::streamoff kMostLibraryBytes = 256 * 1024 * 1024;
 const char kLibraryName[] = "libtavmir_kx_tcp.so.1";
 
-std::string besideThisProgram()
+// The folder of this program, with a slash at its end; empty when it cannot be told.
+std::string programFolder()
 {
     char program[PATH_MAX];
     const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
@@ -28,9 +29,22 @@ std::string besideThisProgram()
         return std::string();
     }
     std::string path(program, static_cast<std::size_t>(length));
-    path.erase(path.rfind('/') + 1);
-    path += kLibraryName;
-    return access(path.c_str(), R_OK) == 0 ? path : std::string();
+    return path.erase(path.rfind('/') + 1);
+}
+
+// The library in the program's folder, or where an installation has it; empty when neither is
+// there.
+std::string installedWithThisProgram()
+{
+    const std::string folder = programFolder();
+    const std::string places[] = {folder + kLibraryName,
+                                  folder + TAVMIR_LIBRARY_FOLDER "/" + kLibraryName};
+    for (const std::string& place : places) {
+        if (!folder.empty() && access(place.c_str(), R_OK) == 0) {
+            return place;
+        }
+    }
+    return std::string();
 }
 
 // True when the file names the QtCore that this program does not use. Two of them in one process
@@ -68,7 +82,7 @@ DriverLibrary::~DriverLibrary()
 
 std::string DriverLibrary::load(const std::string& file)
 {
-    std::string name = file.empty() ? besideThisProgram() : file;
+    std::string name = file.empty() ? installedWithThisProgram() : file;
     if (name.empty()) {
         name = kLibraryName;
     }

@@ -33,8 +33,8 @@ public:
     DriverLibrary(const DriverLibrary&) = delete;
     DriverLibrary& operator=(const DriverLibrary&) = delete;
 
-    // Loads `file`, or with an empty name the library beside this program, or else the one that
-    // the loader finds.
+    // Loads `file`, or with an empty name the library beside this program, else the one that was
+    // installed with it, else the one that the loader finds.
     // A library that is made for the other Qt is refused before it can do harm, when its file is
     // known beforehand.
     //   result  empty, or what is wrong, mostly in the loader's words

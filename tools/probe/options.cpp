@@ -112,7 +112,7 @@ const char* usage()
            "touches no controller unless told to read.\n"
            "\n"
            "  --library FILE      this library; else the one beside the program, else the\n"
-           "                      loader's\n"
+           "                      one installed with it, else the loader's\n"
            "  --records           print the position of every member of every record\n"
            "  --connect HOST:PORT the controller to read from\n"
            "  --station N         its station number, 0 to 255 (1)\n"

@@ -15,7 +15,7 @@ struct Options {
     bool help;
     bool version;
     bool records;              // print every member's position, not only the records' sizes
-    std::string library;       // empty: beside the program, else where the loader finds it
+    std::string library;       // empty: that of this program's installation, else the loader's
     wire::Endpoint controller; // without host: no read
     int station;
     int dataType;       // 1, 4, 6, 7 or 10
