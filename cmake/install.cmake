@@ -1,5 +1,6 @@
 # What an installation holds, in three components: runtime (the library), development (header,
-# CMake package, pkg-config file, pages of the entry points), tools (programs and their pages).
+# CMake package, pkg-config file, pages of the entry points, what a panel's engineer reads), tools
+# (programs, their pages, the project file's format and an example).
 include(CMakePackageConfigHelpers)
 
 set(cmake_folder ${CMAKE_INSTALL_LIBDIR}/cmake/tavmir_kx_tcp)
@@ -32,3 +33,11 @@ string(REGEX REPLACE "[^/]+" ".." pkg_config_up "${CMAKE_INSTALL_LIBDIR}/pkgconf
 configure_file(cmake/tavmir_kx_tcp.pc.in ${CMAKE_CURRENT_BINARY_DIR}/tavmir_kx_tcp.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tavmir_kx_tcp.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc)
+install(FILES docs/panel.md docs/binary-interface.md
+  DESTINATION ${documents}/libtavmir-kx-tcp-dev COMPONENT development)
+if(TAVMIR_BUILD_TOOLS)
+  install(FILES docs/project-file.md DESTINATION ${documents}/tavmir-tools COMPONENT tools)
+  install(FILES examples/plant.json DESTINATION ${documents}/tavmir-tools/examples COMPONENT tools)
+endif()

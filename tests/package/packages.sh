@@ -66,7 +66,12 @@ for package in libtavmir-kx-tcp1 tavmir-tools; do
       fail "$file asks for libc6 $asked, $package for $promised"
   done < <(find "$work/$package" -type f \( -path '*/bin/*' -o -name '*.so.*' \))
 done
-tests/abi/linked-file.sh readelf "$work/libtavmir-kx-tcp1/usr/lib/$triplet/libtavmir_kx_tcp.so.1.0.0"
+version=$(dpkg-deb -f "$(file_of libtavmir-kx-tcp1)" Version)
+library=usr/lib/$triplet/libtavmir_kx_tcp.so.${version%-*}
+tests/abi/linked-file.sh readelf "$work/libtavmir-kx-tcp1/$library"
+for program in tavmir-controller tavmir-host tavmir-probe; do
+  tests/abi/linked-program.sh readelf "$work/tavmir-tools/usr/bin/$program"
+done
 
 echo "-- debug symbols, apart"
 for package in libtavmir-kx-tcp1 tavmir-tools; do
@@ -74,7 +79,7 @@ for package in libtavmir-kx-tcp1 tavmir-tools; do
   [ -f "${symbols[0]}" ] || fail "no debug symbols of $package"
   dpkg-deb -x "${symbols[0]}" "$work/symbols"
 done
-id=$(readelf -nW "$work/libtavmir-kx-tcp1/usr/lib/$triplet/libtavmir_kx_tcp.so.1.0.0" |
+id=$(readelf -nW "$work/libtavmir-kx-tcp1/$library" |
   sed -n 's/.*Build ID: \(..\)\(.*\)/\1\/\2/p')
 readelf -SW "$work/symbols/usr/lib/debug/.build-id/$id.debug" | grep -q ' \.debug_info ' ||
   fail "the library's debug symbols are missing"
@@ -95,11 +100,16 @@ for package in "${packages[@]}"; do
     fail "$package: copyright"
 done
 
-search=LD_LIBRARY_PATH=$root/usr/lib/$triplet
-"${run[@]}" "$search" "$root/usr/bin/tavmir-probe" >"$work/probe" 2>/dev/null ||
+for document in libtavmir-kx-tcp-dev/panel.md libtavmir-kx-tcp-dev/binary-interface.md \
+  tavmir-tools/project-file.md tavmir-tools/examples/plant.json; do
+  [ -s "$root/usr/share/doc/$document" ] || fail "no document $document"
+done
+
+# The probe needs no search path to find the library of its installation.
+"${run[@]}" TZ=UTC "$root/usr/bin/tavmir-probe" >"$work/probe" 2>/dev/null ||
   { cat "$work/probe" >&2; fail "the installed probe failed"; }
-grep -q "^library    $root/usr/lib/$triplet/libtavmir_kx_tcp.so.1.0.0$" "$work/probe" ||
-  fail "the probe loaded another library"
+grep -qx "library    $root/$library" "$work/probe" || fail "the probe loaded another library"
+search=LD_LIBRARY_PATH=$root/usr/lib/$triplet
 for program in tavmir-controller tavmir-host; do
   "${run[@]}" "$search" "$root/usr/bin/$program" --help >"$work/help" 2>&1 || fail "$program --help"
   grep -q Usage "$work/help" || fail "$program --help says nothing"
