@@ -1,14 +1,28 @@
-# Targets GTest::gtest, GTest::gtest_main, GTest::gmock: the machine's libraries, or, in a cross
-# build, libraries made from Debian's sources (package googletest).
+# TAVMIR_GOOGLETEST_FOUND: the machine's GoogleTest, or, in a cross build, its sources (Debian's
+# package googletest). tavmir_googletest() makes the targets GTest::gtest, GTest::gtest_main and
+# GTest::gmock of it.
 if(CMAKE_CROSSCOMPILING)
   set(TAVMIR_GOOGLETEST_SOURCE_DIR /usr/src/googletest CACHE PATH "Sources of GoogleTest")
-  set(INSTALL_GTEST OFF)
-  add_subdirectory(${TAVMIR_GOOGLETEST_SOURCE_DIR} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
-  foreach(library gtest gtest_main gmock gmock_main)
-    if(NOT TARGET GTest::${library})
-      add_library(GTest::${library} ALIAS ${library})
-    endif()
-  endforeach()
+  set(TAVMIR_GOOGLETEST_FOUND OFF)
+  if(EXISTS ${TAVMIR_GOOGLETEST_SOURCE_DIR}/CMakeLists.txt)
+    set(TAVMIR_GOOGLETEST_FOUND ON)
+  endif()
 else()
-  find_package(GTest REQUIRED)
+  find_package(GTest QUIET)
+  set(TAVMIR_GOOGLETEST_FOUND ${GTest_FOUND})
 endif()
+if(NOT TAVMIR_GOOGLETEST_FOUND)
+  message(STATUS "GoogleTest not found: TAVMIR_BUILD_TESTS is OFF")
+endif()
+
+macro(tavmir_googletest)
+  if(CMAKE_CROSSCOMPILING)
+    set(INSTALL_GTEST OFF)
+    add_subdirectory(${TAVMIR_GOOGLETEST_SOURCE_DIR} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+    foreach(library gtest gtest_main gmock gmock_main)
+      if(NOT TARGET GTest::${library})
+        add_library(GTest::${library} ALIAS ${library})
+      endif()
+    endforeach()
+  endif()
+endmacro()
