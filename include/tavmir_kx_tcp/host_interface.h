@@ -116,6 +116,20 @@ struct EXTENDVAR {
 };
 
 // One request in flight: owned by the driver, valid until `DataCom` finishes it.
+//
+// Requests and answers begin with the same header, all fields big-endian:
+//
+//   0 .. 1          2 .. 3   4 .. 5              6         7          8               from 9
+//   transaction id  0        bytes from 6 on     station   function   element count   entries
+//
+//   function   bits 'd' read, 'e' write; words and texts 'f', 'g'; double words 'l', 'm'
+//   entry      of a read request: the element's address, 4 bytes; of a write request and of the
+//              answer to a read: these and 1, 2 or 4 bytes of value; the answer to a write has none
+//
+// An answer belongs to the request when its bytes 0 to 3, 6 and 7 are those of the request; the
+// host compares them before it hands the answer to `DataCom`, and goes on waiting when they
+// differ. A function with its top bit set besides is a refusal, with its reason in byte 8: hand
+// over 0 bytes.
 struct Protocol {
     QByteArray frame;       // the bytes to send, exactly
     qint32 frameLength;     // bytes in `frame`
@@ -143,14 +157,15 @@ struct Label_Type_Info {
     qint32 offset;                      // variable: its address; member: from structure start
     qint32 dimensionCount;              // array dimensions; read only with 0x100
     quint32 memberCount;                // leading `members` that a name search looks at
-    QList<int> arrayBounds;             // radix of index texts, then low, high per dimension
+    QList<int> arrayBounds;             // radix of index texts, then low, high per dimension;
+                                        // its size is high - low: high is above the last index
     QList<Label_Type_Info> members;     // members of a structure type
     QList<Label_Type_Info> elementType; // first entry: the structure type of a type-12
                                         // variable, or the variables of a label
     QString extraText;                  // carried
     qint32 extraValue1;                 // carried
     qint32 extraValue2;                 // carried
-    QList<int> elementSizes;            // first entry: width of a text, stride of a structure
+    QList<int> elementSizes;            // first entry: words of a text, stride of a structure
     QList<QString> extraTexts;          // carried
 
     Label_Type_Info()
@@ -186,6 +201,9 @@ struct HOSTVAR {
 // `ReCreatReadVarList`, `ComCommunication` or `DataCom`, nor `SetRegisterData` while
 // `writeMode` is 2; these would wait for that mutex for ever, or upset the turn that is about to
 // end. `GetRegisterData` is allowed. What they return is ignored.
+// Nor may they touch what that turn still uses: `readVarList`, `protocolList`, `batchElements`,
+// `batchCount`, `cycleState`, `retVar`, the lock itself. `writeVarList` and `onceReadList` they
+// may change; that, `commFailed`, `comStation` and another callback count from the next report on.
 
 // A write or one-shot read of the variable (hostKey, varKey) ended.
 //   station  ComInfo::comStation
@@ -210,7 +228,9 @@ typedef int (*CommFailCallback)(QList<RW_VAR> vars, int hostKey, int flag);
 //   cycle    only on the communication thread, between calls of the cycle
 //   set-up   only before the cycle starts
 // Read entries in place and keep no copy of a list: a list that is shared moves its entries when
-// it is changed next, and the request in flight points at them.
+// it is changed next, and the request in flight points at them. For the same reason the first
+// `batchCount` entries of the list that it covers (`cycleState` says which) must not be taken out,
+// replaced or moved until its turn has ended, under the lock neither.
 // The driver itself never holds two of the mutexes. A callback that reads values takes
 // `cacheMutex` while `listMutex` is held, so a host that locks `cacheMutex` itself must not wait
 // for `listMutex` meanwhile.
@@ -228,8 +248,9 @@ public:
     QList<RW_VAR> readVarList;         // cycle: polled, head is next; entries keep their place
                                        // in memory until the turn that covers them has ended
     QList<RW_VAR> pendingReadList;     // list: a rebuilt read list, taken when nothing is in flight
-    QList<RW_VAR> writeVarList;        // list: writes in arrival order
-    QList<RW_VAR> onceReadList;        // list: one-shot reads, at most 1024
+    QList<RW_VAR> writeVarList;        // list: writes in arrival order; those of the request in
+                                       // flight keep their place in memory as polled ones do
+    QList<RW_VAR> onceReadList;        // list: one-shot reads, at most 1024; likewise
     QList<RW_VAR> auxVarList;          // not used
     QList<Protocol> protocolList;      // cycle: requests; the head is in flight
     QList<EXTENDVAR> extendVarList;    // not used
@@ -249,7 +270,7 @@ public:
     RW_VAR* batchElements[255];     // cycle: into the list that the request covers
     quint16 transactionCounter;     // cycle: transaction id of the next request
     unsigned char sendBuffer[1026]; // cycle: the frame under construction
-    QHash<QString, Label_Type_Info> labelTable; // set-up: by label name
+    QHash<QString, Label_Type_Info> labelTable; // set-up: by label name; see PassVarName_2
     QHash<int, unsigned char> byteCache;        // cache: type 1, by element address
     QHash<int, unsigned short> wordCache;       // cache: types 4 and 10
     QHash<int, unsigned int> dwordCache;        // cache: types 6 and 7
@@ -290,6 +311,9 @@ TAVMIR_KX_TCP_EXPORT void FlashLocalRegister(void* lb, void* lw, void* rwi) TAVM
 
 // Adds the labels to the label table; a name already there is replaced, the last one wins.
 //   labels  owned by the host, may be released after the call; null or empty: nothing happens.
+//           Shared with the table until either is changed: a reference, pointer or iterator into
+//           a record, of the list or of the table, that was taken before the call must not be
+//           written through after it.
 // Nothing is validated: an address that needs a record which contradicts itself (a member
 // count above the number of members, bounds missing, no structure type) is refused when it
 // is parsed; below a structure variable it resolves to data type 0 instead, which
@@ -334,9 +358,9 @@ TAVMIR_KX_TCP_EXPORT int AddListOnceReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW;
 
 // Rebuilds the polled list out of the host's variables: one entry per element, without
 // duplicates, ordered by class (bits, words, double words) and address. The cycle takes it
-// over when nothing is in flight.
+// over when nothing is in flight. Writes one diagnostic line for each entry of the new list.
 //   vars    owned by the host; null counts as empty. A refused address is skipped with a
-//           diagnostic line.
+//           diagnostic line. A text that is no array element makes one entry, its first word.
 //   result  entries of the new list; 0 also when the list is empty or a variable's data type
 //           cannot be polled
 // An address whose data type is not 1, 4, 6, 7 or 10 is a host error: the call returns 0
@@ -364,8 +388,7 @@ TAVMIR_KX_TCP_EXPORT Protocol* ComCommunication() TAVMIR_KX_TCP_NOTHROW;
 //               71..82    given up: wrong length
 //             each band plus `hostKey` of the request's first element when that is 0..11
 // A reply is judged by its length alone, and stored by position under the addresses that
-// were asked for: the host hands over only the reply that belongs to the request (same
-// transaction id and function code).
+// were asked for: the host hands over only the reply that belongs to the request (see `Protocol`).
 // Thread: the communication thread only. Locks: takes `cacheMutex`, then `listMutex`, which
 // is held while the callbacks run.
 TAVMIR_KX_TCP_EXPORT RW_VAR* DataCom(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW;
@@ -396,6 +419,8 @@ TAVMIR_KX_TCP_EXPORT int GetRegisterData(const QString& address, int unused2, in
 //   hostKey, varKey  name the write in `varDoneCallback`
 //   result   0 when the address or its data type is refused, else the number of queued
 //            writes, read without a lock: informative only
+// The cache shows a queued value from the time its request is built; when the write fails, it
+// goes on showing it until the element is read again.
 // A bit write sends the whole word with the named bits changed, the others as the cache
 // holds them (zero when never read): read the word first.
 // Thread: any; two things are not guarded by a lock and the host must keep them apart from

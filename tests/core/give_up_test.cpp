@@ -87,6 +87,20 @@ TEST_F(GiveUp, TheFailedMarkStaysUntilTheNextGoodReply)
     EXPECT_FALSE(PLC_driver.commFailed);
 }
 
+TEST_F(GiveUp, TheCacheShowsAFailedWriteUntilTheElementIsRead)
+{
+    PLC_driver.wordCache.insert(16, 1);
+    PLC_driver.writeVarList << writeOf(4, 16, hex("34 12"));
+    ComCommunication();
+    answerNothing();
+    EXPECT_EQ(PLC_driver.wordCache.value(16), 0x1234);
+    poll(4, 16);
+    ComCommunication();
+    QByteArray reply = readReply(2, {1});
+    DataCom(&reply, reply.size());
+    EXPECT_EQ(PLC_driver.wordCache.value(16), 1);
+}
+
 TEST_F(GiveUp, WhileFailedAWriteTurnThatSucceedsReportsOne)
 {
     PLC_driver.commFailed = true;

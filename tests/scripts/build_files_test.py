@@ -28,7 +28,7 @@ class BuildFiles(unittest.TestCase):
     def test_the_version_stands_in_the_change_log_alone(self):
         version = re.match(r"tavmir-kx-tcp \(([\d.]+)-\d+\)", text("packaging/changelog")).group(1)
         for folder in ("CMakeLists.txt", "CMakePresets.json", "cmake", "src", "include", "scripts",
-                       "packaging", "tools", "tests/package", "docs/man"):
+                       "packaging", "tools", "tests/package", "docs/man", "docs/panel.md"):
             place = ROOT / folder
             files = [place] if place.is_file() else [f for f in place.rglob("*") if f.is_file()]
             for file in files:
