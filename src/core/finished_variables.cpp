@@ -10,8 +10,9 @@ FinishedVariables::FinishedVariables(const QList<RW_VAR>& list, int entries) : c
     const int most = std::min(list.size(), kBatchSlots);
     for (int i = qBound(0, entries, most) - 1; i >= 0; --i) {
         const quint64 keys = keysOf(list.at(i));
-        if (placeOf(keys) == count_)
+        if (placeOf(keys) == count_) {
             variables_[count_++] = keys;
+        }
     }
 }
 
@@ -20,8 +21,9 @@ FinishedVariables::Flags FinishedVariables::findIn(const QList<RW_VAR>& list) co
     Flags found;
     for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end(); ++entry) {
         const int place = placeOf(keysOf(*entry));
-        if (place != count_)
+        if (place != count_) {
             found[static_cast<std::size_t>(place)] = true;
+        }
     }
     return found;
 }
@@ -29,8 +31,9 @@ FinishedVariables::Flags FinishedVariables::findIn(const QList<RW_VAR>& list) co
 bool FinishedVariables::occursIn(const QList<RW_VAR>& list, int i) const
 {
     for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end(); ++entry) {
-        if (keysOf(*entry) == variables_[i])
+        if (keysOf(*entry) == variables_[i]) {
             return true;
+        }
     }
     return false;
 }

@@ -60,12 +60,14 @@ void finishListTurn(QList<RW_VAR>& list)
     WaitingVariables waiting(list, finished);
     for (int i = 0; i < finished.count(); ++i) {
         const VarDoneCallback report = PLC_driver.varDoneCallback;
-        if (!report)
+        if (!report) {
             continue;
+        }
         const bool failed = loadShared(PLC_driver.commFailed);
-        if (failed || !waiting.contain(i))
+        if (failed || !waiting.contain(i)) {
             report(PLC_driver.comInfo->comStation, finished.hostKey(i), finished.varKey(i),
                    failed ? kVariableFailed : kVariableDone);
+        }
     }
 }
 
@@ -97,8 +99,9 @@ void endTurn(int code)
         finishReadTurn();
 
     if (loadShared(PLC_driver.commFailed)) {
-        if (const CommFailCallback report = PLC_driver.commFailCallback)
+        if (const CommFailCallback report = PLC_driver.commFailCallback) {
             report(QList<RW_VAR>(), PLC_driver.retVar.hostKey, kGivenUpFlag);
+        }
         // Work queued behind the failed batch goes without a report of its own: the one above
         // stands for all of it.
         if (PLC_driver.cycleState == kWriteInFlight)

@@ -31,8 +31,9 @@ void putEntry(unsigned char* entry, const RW_VAR& var, int valueBytes)
 // False when the batch makes no request.
 bool queueWriteRequest()
 {
-    if (PLC_driver.batchCount < 1)
+    if (PLC_driver.batchCount < 1) {
         return false;
+    }
     const int dataType = PLC_driver.batchElements[0]->dataType;
     const tavmir::DataType* type = tavmir::findDataType(dataType);
     if (!type) {
@@ -42,13 +43,15 @@ bool queueWriteRequest()
     }
     const int entryBytes = tavmir::kAddressBytes + type->valueBytes;
     const int length = tavmir::batchFrameLength(entryBytes);
-    if (length == 0)
+    if (length == 0) {
         return false;
+    }
     tavmir::putHeader(length);
     PLC_driver.sendBuffer[tavmir::kFunctionOffset] = type->writeFunction;
     unsigned char* entry = PLC_driver.sendBuffer + tavmir::kHeaderBytes;
-    for (int i = 0; i < PLC_driver.batchCount; ++i, entry += entryBytes)
+    for (int i = 0; i < PLC_driver.batchCount; ++i, entry += entryBytes) {
         putEntry(entry, *PLC_driver.batchElements[i], type->valueBytes);
+    }
 
     const QByteArray frame(reinterpret_cast<const char*>(PLC_driver.sendBuffer), length);
     tavmir::diagnosticLine(kFile, kFunction, tavmir::kLineWriteFrame, tavmir::kTrace)
@@ -61,14 +64,17 @@ bool queueWriteRequest()
 
 bool tavmir::requestWrites()
 {
-    if (!queueWriteRequest())
+    if (!queueWriteRequest()) {
         return false;
+    }
     // While the link is marked failed the caches are left alone: a write handed in meanwhile has
     // stored its values already.
-    if (loadShared(PLC_driver.commFailed))
+    if (loadShared(PLC_driver.commFailed)) {
         return true;
-    for (int i = 0; i < PLC_driver.batchCount; ++i)
+    }
+    for (int i = 0; i < PLC_driver.batchCount; ++i) {
         WriteDataToLocal(PLC_driver.batchElements[i]);
+    }
     return true;
 }
 

@@ -30,8 +30,9 @@ std::vector<qint32> queuedAddresses(const RW_VAR& var, quint64 span)
     const QList<RW_VAR>& list = PLC_driver.onceReadList;
     for (QList<RW_VAR>::const_iterator entry = list.begin(); entry != list.end(); ++entry) {
         const qint32 behind = tavmir::wrapSubtract(entry->elementAddress, var.elementAddress);
-        if (static_cast<quint32>(behind) <= span && sameVariable(*entry, var))
+        if (static_cast<quint32>(behind) <= span && sameVariable(*entry, var)) {
             addresses.push_back(entry->elementAddress);
+        }
     }
     return addresses;
 }
@@ -61,8 +62,9 @@ qint32 onceReadElements(qint32 count, const ControlInformationM& info)
 // not fit, is left out. The caller holds `listMutex`.
 void queueElements(RW_VAR& var, qint32 elements, qint32 step)
 {
-    if (elements < 1)
+    if (elements < 1) {
         return;
+    }
     QList<RW_VAR>& list = PLC_driver.onceReadList;
     // The list is searched once a call: once an element makes a call for 1,024 elements cost
     // 14 times what appending them costs, instead of as much.
@@ -76,8 +78,9 @@ void queueElements(RW_VAR& var, qint32 elements, qint32 step)
                 tavmir::wrapAdd(var.elementAddress, tavmir::wrapMultiply(rest, step));
             return;
         }
-        if (std::find(queued.begin(), queued.end(), var.elementAddress) == queued.end())
+        if (std::find(queued.begin(), queued.end(), var.elementAddress) == queued.end()) {
             list.append(var);
+        }
         var.elementAddress = tavmir::wrapAdd(var.elementAddress, step);
     }
 }

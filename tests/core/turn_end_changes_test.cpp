@@ -27,10 +27,11 @@ protected:
     void queue(int dataType, const std::vector<int>& variables)
     {
         for (const int i : variables) {
-            if (GetParam() == Kind::write)
+            if (GetParam() == Kind::write) {
                 queueWrite(dataType, 32 * i, i, i);
-            else
+            } else {
                 queueOnce(dataType, 32 * i, i, i);
+            }
         }
     }
 
@@ -38,12 +39,13 @@ protected:
     void atFirstReport(const std::function<void()>& change)
     {
         callbacks.insideCallback = [this, change] {
-            if (callbacks.done.size() == 1)
+            if (callbacks.done.size() == 1) {
                 change();
+            }
         };
     }
 
-    // The second variable is reported first: pairs come from the back.
+    // The last variable comes first: pairs are recorded from the back.
     std::vector<VarDone> reports() const { return callbacks.done; }
 };
 
@@ -168,10 +170,11 @@ TEST_P(ChangedTurnEnd, EachReportSeesTheListOfItsTime)
     ComCommunication();
     callbacks.insideCallback = [this] {
         // Holds the next one back, then no longer the one after it.
-        if (callbacks.done.size() == 1)
+        if (callbacks.done.size() == 1) {
             queue(1, {3});
-        else
+        } else {
             list().clear();
+        }
         queue(1, {1});
     };
     answer();

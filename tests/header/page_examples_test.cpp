@@ -38,8 +38,9 @@ static void sendFrame(const QByteArray& frame)
 
 static QByteArray receiveFrame()
 {
-    if (answers.empty())
+    if (answers.empty()) {
         return QByteArray();
+    }
     const QByteArray answer = answers.front();
     answers.erase(answers.begin());
     return answer;
@@ -146,8 +147,9 @@ TEST_F(LoopOfThePage, WaitsOnWhenTheAnswerIsAnothers)
                             "00 00 00 01 00 09 01 66 01 00 00 00 10 99 99",  // protocol
                             "00 00 00 00 00 09 02 66 01 00 00 00 10 99 99",  // station
                             "00 00 00 00 00 09 01 64 01 00 00 00 10 99 99"}; // function
-    for (const char* other : others)
+    for (const char* other : others) {
         loop_page::answers.push_back(hex(other));
+    }
     loop_page::answers.push_back(rightAnswer());
     loop(1);
     EXPECT_EQ(loop_page::sent.size(), 1u);
