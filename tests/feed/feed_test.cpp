@@ -197,12 +197,39 @@ TEST(Feed, AnExchangeCarriesNothingOfAnEntryWhoseRoomItTook)
     publishNumbers(feed, 0, 2 * kBlock);
     size_t exchanges = 0;
     reader->read([&](const FeedEntry& entry) {
+        if (entry.standing) {
+            return; // behind the gap
+        }
         ++exchanges;
         EXPECT_EQ(FeedKind::exchange, entry.kind);
         EXPECT_TRUE(entry.text.isEmpty());
         EXPECT_EQ(nullptr, entry.plan);
     });
     EXPECT_EQ(kBlock, exchanges);
+}
+
+TEST(Feed, BehindAGapItSaysHowThingsStand)
+{
+    Feed feed(kBlock);
+    const auto reader = feed.subscribe();
+    feed.publish(entryNow(FeedKind::connected));
+    feed.publish(madePlan(7, {}));
+    feed.publish(entryNow(FeedKind::connectionLost, "gone"));
+    publishNumbers(feed, 0, 3 * kBlock);
+    std::vector<FeedEntry> standing;
+    bool told = false;
+    reader->read(
+        [&](const FeedEntry& entry) {
+            if (entry.standing) {
+                EXPECT_TRUE(told) << "first how many were missed";
+                standing.push_back(entry);
+            }
+        },
+        [&](quint64) { told = true; });
+    ASSERT_EQ(2u, standing.size());
+    EXPECT_EQ(7u, standing[0].plan->generation);
+    EXPECT_EQ(FeedKind::connectionLost, standing[1].kind);
+    EXPECT_EQ("gone", standing[1].text.toStdString());
 }
 
 TEST(Feed, ReadersReadEachAtTheirOwnPace)

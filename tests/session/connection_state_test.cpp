@@ -56,13 +56,14 @@ TEST(ConnectionState, AnAttemptThatEndedIsNotWaitedFor)
     EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(kPatientMs / 2));
 }
 
-TEST(ConnectionState, ClosingIsNoLossOfTheConnection)
+TEST(ConnectionState, WhatIsClosedIsNotConnected)
 {
     ConnectionState state;
     state.connected();
     state.close();
-    EXPECT_TRUE(state.isConnected());
-    EXPECT_TRUE(state.awaitAttempt(Deadline(kPatientMs)));
+    EXPECT_FALSE(state.isConnected());
+    EXPECT_EQ("the host stops", state.problem().toStdString());
+    EXPECT_FALSE(state.awaitAttempt(Deadline(kPatientMs)));
 }
 
 TEST(ConnectionState, EachEndOfAnAttemptWakesWhoWaits)

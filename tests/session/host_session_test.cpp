@@ -505,8 +505,7 @@ TEST_F(Session, ATextKeptBackByABitNamesAllItsElements)
     open();
     std::thread bit([&] { write("M.w.b[4]", "1"); });
     EXPECT_TRUE(test::waitUntil([&] { return !controller_.requests("f").empty(); }));
-    const Outcome outcome =
-        session_->write(element("M.text"), QByteArray(120, 'x'), Deadline(20));
+    const Outcome outcome = session_->write(element("M.text"), QByteArray(120, 'x'), Deadline(20));
     EXPECT_EQ("not sent: earlier writes did not end in time", inWords(outcome));
     EXPECT_EQ(60, outcome.elements);
     session_->stop();

@@ -74,7 +74,7 @@ protected:
     std::string outcomeOf(const OperationId& id)
     {
         tracker_.ended(id, "left behind");
-        return outcomeInWords(tracker_.claimOrAbandon(id).value_or(Outcome())).toStdString();
+        return outcomeInWords(tracker_.claimOrAbandon(id)).toStdString();
     }
 
     std::unique_ptr<Driver> driver_;
@@ -194,10 +194,10 @@ TEST_F(InFlight, ReadsAreToldTheirOwnValues)
                                       27));
     tracker_.ended(first, "left");
     tracker_.ended(second, "left");
-    const Outcome ofFirst = tracker_.claimOrAbandon(first).value_or(Outcome());
+    const Outcome ofFirst = tracker_.claimOrAbandon(first);
     EXPECT_EQ(OutcomeState::done, ofFirst.state);
     EXPECT_EQ(QByteArray("\x34\x12\x78\x56", 4), ofFirst.bytes);
-    EXPECT_EQ(QByteArray("\xBC\x9A", 2), tracker_.claimOrAbandon(second).value_or(Outcome()).bytes);
+    EXPECT_EQ(QByteArray("\xBC\x9A", 2), tracker_.claimOrAbandon(second).bytes);
 }
 
 TEST_F(InFlight, WithoutAGoodReplyNoValueIsTold)
@@ -207,7 +207,7 @@ TEST_F(InFlight, WithoutAGoodReplyNoValueIsTold)
     attempt(ExchangeEnd::timeout, "no answer");
     request_.end(tracker_, QByteArray());
     tracker_.ended(read, "left");
-    const Outcome outcome = tracker_.claimOrAbandon(read).value_or(Outcome());
+    const Outcome outcome = tracker_.claimOrAbandon(read);
     EXPECT_EQ("unknown: no answer", outcomeInWords(outcome).toStdString());
     EXPECT_EQ(QByteArray(2, '\0'), outcome.bytes);
 }

@@ -11,8 +11,6 @@ namespace
 
 std::atomic<DriverEvents*> receiver{nullptr};
 
-constexpr int kCompleted = 1;
-
 } // namespace
 
 void DriverEvents::receiveInto(DriverEvents* events)
@@ -20,20 +18,17 @@ void DriverEvents::receiveInto(DriverEvents* events)
     receiver = events;
 }
 
-int DriverEvents::onVariableDone(int, int hostKey, int varKey, int result)
+int DriverEvents::onVariableDone(int, int hostKey, int varKey, int)
 {
     if (DriverEvents* events = receiver.load()) {
-        events->finished.push_back({hostKey, varKey, result == kCompleted});
+        events->finished.push_back({hostKey, varKey});
     }
     return 0;
 }
 
 int DriverEvents::onCommunicationFailed(QList<RW_VAR>, int, int)
 {
-    if (DriverEvents* events = receiver.load()) {
-        events->gaveUp = true;
-    }
-    return 0;
+    return 0; // what DataCom returns says it too
 }
 
 } // namespace tavmir::host

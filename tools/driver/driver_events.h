@@ -13,18 +13,12 @@ namespace tavmir::host
 struct FinishedVariable {
     int hostKey = 0;
     int varKey = 0;
-    bool ok = false;
 };
 
 struct DriverEvents {
     std::vector<FinishedVariable> finished;
-    bool gaveUp = false;
 
-    void clear()
-    {
-        finished.clear();
-        gaveUp = false;
-    }
+    void clear() { finished.clear(); }
 
     // The driver has one context, so a process has one receiver of its events; null: events
     // are dropped. Call it while no cycle runs.

@@ -8,6 +8,8 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
+
 namespace tavmir::host
 {
 
@@ -32,6 +34,8 @@ QString findDriver()
     }
     return kLibrary;
 }
+
+std::atomic<bool> oneIsLoaded{false};
 
 bool isLoaded(const QString& name)
 {
@@ -62,12 +66,13 @@ std::unique_ptr<Driver> Driver::load(const QString& file, QStringList& problems)
     if (!file.isEmpty()) {
         name = QFileInfo(file).absoluteFilePath();
     }
-    if (isLoaded(name)) {
-        problems << QString("driver %1 is in use in this process already").arg(name);
+    if (isLoaded(name) || oneIsLoaded.exchange(true)) {
+        problems << QString("driver %1: one is in use in this process already").arg(name);
         return nullptr;
     }
     void* library = dlopen(QFile::encodeName(name).constData(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
+        oneIsLoaded = false;
         problems << QString("cannot load the driver: %1").arg(QString::fromLocal8Bit(dlerror()));
         return nullptr;
     }
@@ -82,6 +87,7 @@ std::unique_ptr<Driver> Driver::load(const QString& file, QStringList& problems)
 Driver::~Driver()
 {
     dlclose(library_);
+    oneIsLoaded = false;
 }
 
 void Driver::lookUp(QStringList& problems)

@@ -38,7 +38,8 @@ struct DriverApi {
 // or message handler of it installed.
 //
 // The driver keeps its lists, caches and the host's connection record for as long as it is loaded,
-// so a second user would inherit the first one's queue: there is one Driver of a file at a time.
+// so a second user would inherit the first one's queue. Its reports do not say whose they are
+// either: a process has one Driver at a time, whatever its file.
 class Driver
 {
 public:

@@ -4,12 +4,19 @@
 namespace tavmir::host
 {
 
+namespace
+{
+
+constexpr int kOnceReadTurn = 2; // of cycleState
+
+} // namespace
+
 std::vector<BatchEntry> currentBatch(const Communication_Protocol& driver)
 {
     std::vector<BatchEntry> entries;
     for (int i = 0; i < driver.batchCount; ++i) {
         const RW_VAR& variable = *driver.batchElements[i];
-        entries.push_back({variable.hostKey, variable.varKey, variable.elementAddress});
+        entries.push_back({variable.hostKey, variable.varKey});
     }
     return entries;
 }
@@ -31,10 +38,13 @@ int withdraw(Communication_Protocol& driver, RequestList which,
     return taken;
 }
 
-void forgetTurnsInARow(Communication_Protocol& driver)
+void keepPollingOut(Communication_Protocol& driver, bool writesWait, bool readsWait)
 {
-    driver.writeTurns = 0;
     driver.onceReadTurns = 0;
+    const bool lastWasRead = driver.cycleState == kOnceReadTurn;
+    if (!(writesWait && readsWait) || lastWasRead) {
+        driver.writeTurns = 0;
+    }
 }
 
 } // namespace tavmir::host

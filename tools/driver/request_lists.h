@@ -15,7 +15,6 @@ namespace tavmir::host
 struct BatchEntry {
     int hostKey = 0;
     int varKey = 0;
-    qint32 address = 0; // in bits
 };
 
 // What the request that the driver has just built carries. Communication thread, between
@@ -31,9 +30,10 @@ enum class RequestList { writes, onceReads };
 int withdraw(Communication_Protocol& driver, RequestList list,
              const std::function<bool(int hostKey, int varKey)>& goes, int inFlight);
 
-// The next choice is not bound by the turns before it: a waiting write or one-shot read goes
-// first. Communication thread, before nextRequest.
-void forgetTurnsInARow(Communication_Protocol& driver);
+// Lets the driver's next choice be one of the queued writes and one-shot reads, and not a poll, by
+// forgetting turns that it has counted. While both wait, five writes still make room for a read.
+// Communication thread, before nextRequest, with something queued.
+void keepPollingOut(Communication_Protocol& driver, bool writesWait, bool readsWait);
 
 } // namespace tavmir::host
 

@@ -30,7 +30,7 @@ public:
 
     // Hands every entry that was published until this call began, once and in order, to
     // `take(const FeedEntry&)`, which must keep no reference. Where entries were missed,
-    // `gap(count)` is called in their place.
+    // `gap(count)` is called in their place, and behind it standing entries say how things stand.
     template <typename Take, typename Gap> void read(Take take, Gap gap)
     {
         const quint64 end = published();

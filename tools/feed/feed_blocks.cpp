@@ -11,13 +11,21 @@ void FeedBlocks::add(const FeedReader* reader)
     const std::lock_guard<std::mutex> lock(mutex_);
     Place place;
     place.next = published_;
+    stand(place);
+    places_[reader] = std::move(place);
+    readers_ = static_cast<int>(places_.size());
+}
+
+// The reader is told next how things stand.
+void FeedBlocks::stand(Place& place) const
+{
+    place.standing.clear();
     for (const std::optional<FeedEntry>& entry : {plan_, connection_}) {
         if (entry) {
             place.standing.push_back(*entry);
         }
     }
-    places_[reader] = std::move(place);
-    readers_ = static_cast<int>(places_.size());
+    place.toldStanding = false;
 }
 
 void FeedBlocks::remove(const FeedReader* reader)
@@ -123,6 +131,8 @@ FeedBlocks::Piece FeedBlocks::next(const FeedReader* reader, quint64 end)
     if (place.next < row_.front()->first) {
         piece.missed = row_.front()->first - place.next;
         place.next = row_.front()->first;
+        stand(place); // what was missed may have changed how things stand
+        return piece;
     }
     const size_t number = (place.next - row_.front()->first) / FeedBlock::kEntries;
     FeedBlock& block = *row_[number];

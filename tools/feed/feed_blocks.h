@@ -76,6 +76,7 @@ private:
 
     void remember(const FeedEntry& entry);
     FeedBlock& blockWithRoom();
+    void stand(Place& place) const;
     void letGo(Place& place);
     void dropRead();
     void drop(std::unique_ptr<FeedBlock> block);

@@ -11,7 +11,7 @@ namespace tavmir::host
 struct LineFigures {
     quint64 requests = 0;       // taken from the driver, repetitions not counted
     quint64 replies = 0;        // good ones
-    quint64 retries = 0;        // requests sent again
+    quint64 retries = 0;        // attempts behind the first, sent or not
     quint64 giveUps = 0;        // requests given up by the driver
     quint64 timeouts = 0;       // sent, but no answer in time
     quint64 notConnected = 0;   // never left: there was no connection

@@ -25,7 +25,7 @@ const char* outcomeWord(OutcomeState state);
 
 struct Outcome {
     OutcomeState state = OutcomeState::notSent;
-    QString reason;       // why not done; empty when done
+    QString reason;       // why not done; of what is done, how, when that is worth a word
     int elements = 0;     // on the wire
     int acknowledged = 0; // of them
     QByteArray bytes;     // of a read: what its own replies brought, element by element, each

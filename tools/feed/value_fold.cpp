@@ -127,10 +127,10 @@ void ValueFold::watch(const std::vector<PolledElement>& variables)
         std::sort(places.begin(), places.end(),
                   [](const Slot& left, const Slot& right) { return left.address < right.address; });
         places.erase(std::unique(places.begin(), places.end(),
-                                [](const Slot& left, const Slot& right) {
-                                    return left.address == right.address;
-                                }),
-                    places.end());
+                                 [](const Slot& left, const Slot& right) {
+                                     return left.address == right.address;
+                                 }),
+                     places.end());
     }
     for (size_t i = 0; i < variables.size(); ++i) {
         Variable& fold = folds[i];
@@ -197,8 +197,8 @@ void ValueFold::takeReply(const Exchange& exchange, bool changesWanted)
     }
 }
 
-// Millions a second go through here: neighbours in the request are neighbours in the places, so only
-// the first is searched, and what nobody wants to know is not looked at.
+// Millions a second go through here: neighbours in the request are neighbours in the places, so
+// only the first is searched, and what nobody wants to know is not looked at.
 template <size_t ValueBytes>
 void ValueFold::takeEntries(Group& group, const Exchange& exchange, bool changesWanted)
 {

@@ -43,8 +43,8 @@ Assignment parseAssignment(const project::Project& project, const PolledIndex& p
 
 QString writeResult(const Assignment& assignment, const Outcome& outcome)
 {
-    return QString("%1: %2").arg(assignment.shown,
-                                 outcome.ok() ? QString("written") : outcomeInWords(outcome));
+    const QString done = outcome.reason.isEmpty() ? QString("written") : outcome.reason;
+    return QString("%1: %2").arg(assignment.shown, outcome.ok() ? done : outcomeInWords(outcome));
 }
 
 } // namespace tavmir::host

@@ -46,11 +46,11 @@ std::optional<std::vector<PolledElement>> elementsOf(const PreparedHost& host)
 
 int readCommand(const CommandLine& line)
 {
-    wire::StopSignal stop;
     PreparedHost host(line);
     if (!host.readProject()) {
         return kExitBadInput;
     }
+    wire::StopSignal stop;
     const std::optional<std::vector<PolledElement>> elements = elementsOf(host);
     SessionOptions options;
     options.polls = false;
@@ -67,7 +67,7 @@ int readCommand(const CommandLine& line)
         console.complain(problem);
     };
     host.session().start();
-    workUntilSignal(stop, host.session(), [&] {
+    workUntilSignal(stop, host.session(), console, [&] {
         host.awaitConnection();
         readAll(
             host.session(), *elements, host.operationMs(),

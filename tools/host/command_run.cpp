@@ -57,7 +57,7 @@ class Run
 public:
     Run(const CommandLine& line, PreparedHost& host, wire::StopSignal& stop, Console& console)
         : line_(line), host_(host), stop_(stop), console_(console),
-          view_(makeRunView(line.output, console)),
+          view_(makeRunView(line.output, line.everyChange, console)),
           monitor_(host.session().feed(), host.controller(), *view_, line.everyChange)
     {
     }
@@ -134,11 +134,14 @@ private:
 
 int runCommand(const CommandLine& line)
 {
-    wire::StopSignal stop;
     PreparedHost host(line);
+    if (!host.readProject()) {
+        return kExitBadInput;
+    }
+    wire::StopSignal stop;
     SessionOptions options;
     options.pauseMs = line.pauseMs;
-    if (!host.readProject() || !host.openSession(options)) {
+    if (!host.openSession(options)) {
         return kExitBadInput;
     }
     Console console;

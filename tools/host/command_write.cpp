@@ -7,11 +7,17 @@
 #include "prepared_host.h"
 #include "until_signal.h"
 
+#include <deque>
+
 namespace tavmir::host
 {
 
 namespace
 {
+
+// Enough to fill the driver's requests, few enough for every outcome to be kept until it is asked
+// for.
+constexpr size_t kQueuedAhead = 1000;
 
 // Writes in the given order. Plain writes are queued together; a bit of a word is written for
 // itself, after all before it have ended.
@@ -29,17 +35,20 @@ public:
                    host_.session().write(assignment.element, assignment.bytes, deadline));
             return;
         }
-        queued_.push_back({&assignment, host_.session().queueWrite(assignment.element,
-                                                                   assignment.bytes, deadline)});
+        const OperationId id =
+            host_.session().queueWrite(assignment.element, assignment.bytes, deadline);
+        queued_.push_back({&assignment, id});
+        if (queued_.size() > kQueuedAhead) {
+            reportFirst();
+        }
     }
 
     // Waits for all that are queued.
     void finish()
     {
-        for (const Queued& queued : queued_) {
-            report(*queued.assignment, host_.session().await(queued.id));
+        while (!queued_.empty()) {
+            reportFirst();
         }
-        queued_.clear();
     }
 
     bool allWritten() const { return allWritten_; }
@@ -49,6 +58,13 @@ private:
         const Assignment* assignment;
         OperationId id;
     };
+
+    void reportFirst()
+    {
+        const Queued queued = queued_.front();
+        queued_.pop_front();
+        report(*queued.assignment, host_.session().await(queued.id));
+    }
 
     void report(const Assignment& assignment, const Outcome& outcome)
     {
@@ -63,7 +79,7 @@ private:
 
     PreparedHost& host_;
     Console& console_;
-    std::vector<Queued> queued_;
+    std::deque<Queued> queued_;
     bool allWritten_ = true;
 };
 
@@ -86,11 +102,11 @@ std::optional<std::vector<Assignment>> assignmentsOf(const PreparedHost& host)
 
 int writeCommand(const CommandLine& line)
 {
-    wire::StopSignal stop;
     PreparedHost host(line);
     if (!host.readProject()) {
         return kExitBadInput;
     }
+    wire::StopSignal stop;
     const std::optional<std::vector<Assignment>> assignments = assignmentsOf(host);
     SessionOptions options;
     options.polls = false;
@@ -100,7 +116,7 @@ int writeCommand(const CommandLine& line)
     Console console;
     Writer writer(host, console);
     host.session().start();
-    workUntilSignal(stop, host.session(), [&] {
+    workUntilSignal(stop, host.session(), console, [&] {
         host.awaitConnection();
         for (const Assignment& assignment : *assignments) {
             writer.add(assignment);

@@ -25,6 +25,18 @@ Console::Console() : out_(STDOUT_FILENO), err_(STDERR_FILENO)
     ::signal(SIGPIPE, SIG_IGN);
 }
 
+void Console::waitForRoom()
+{
+    out_.waitForRoom();
+    err_.waitForRoom();
+}
+
+void Console::hurry()
+{
+    out_.hurry();
+    err_.hurry();
+}
+
 void Console::print(const QString& line)
 {
     out_.write(line.toUtf8() + '\n');
@@ -43,6 +55,11 @@ void Console::complain(const QString& problem)
 bool Console::finish(wire::StopSignal& stop)
 {
     while (!out_.finish(kLookMs) && out_.error() == 0) {
+        if (stop.waitMs(0)) {
+            return finishSoon();
+        }
+    }
+    while (!err_.finish(kLookMs) && err_.error() == 0) {
         if (stop.waitMs(0)) {
             return finishSoon();
         }
@@ -66,6 +83,12 @@ bool Console::report()
         complain("standard output was not read in time: parts of it are missing");
     }
     const bool whole = error == EPIPE || (error == 0 && out_.dropped() == 0 && !out_.isBehind());
+    if (err_.dropped() > 0) {
+        complain(QString("%1 lines of standard error are missing: it was not read in time")
+                     .arg(err_.dropped()));
+        err_.finish(kPatienceMs);
+        return false;
+    }
     return err_.finish(kPatienceMs) && whole;
 }
 

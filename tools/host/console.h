@@ -17,6 +17,11 @@ public:
     Console();
 
     Output& out() { return out_; }
+
+    // For a command whose output is its result: whoever prints or says something waits for room
+    // from now on, until hurry(), which may come from any thread.
+    void waitForRoom();
+    void hurry();
     // Lines of text on standard output or standard error.
     void print(const QString& line);
     void say(const QString& line);

@@ -25,9 +25,12 @@ public:
 
     void add(const QByteArray& piece)
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
+        std::unique_lock<std::mutex> lock(mutex_);
         const auto size = static_cast<size_t>(piece.size());
-        if (ended_ || error_ != 0 || waiting_ + size > most_) {
+        const auto isOpen = [&] { return !ended_ && error_ == 0; };
+        const auto hasRoom = [&] { return pieces_.empty() || waiting_ + size <= most_; };
+        changed_.wait(lock, [&] { return !patient_ || !isOpen() || hasRoom(); });
+        if (!isOpen() || !hasRoom()) {
             ++dropped_;
             return;
         }
@@ -64,6 +67,13 @@ public:
         }
         const std::lock_guard<std::mutex> lock(mutex_);
         threadEnded_ = true;
+        changed_.notify_all();
+    }
+
+    void setPatient(bool patient)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        patient_ = patient;
         changed_.notify_all();
     }
 
@@ -155,6 +165,7 @@ private:
     quint64 dropped_ = 0;
     quint64 progress_ = 0;
     int error_ = 0;
+    bool patient_ = false; // writers wait for room
     bool ended_ = false;
     bool threadEnded_ = false;
 };
@@ -168,6 +179,16 @@ Output::Output(int descriptor, size_t mostWaiting)
 Output::~Output()
 {
     shared_->end();
+}
+
+void Output::waitForRoom()
+{
+    shared_->setPatient(true);
+}
+
+void Output::hurry()
+{
+    shared_->setPatient(false);
 }
 
 void Output::write(const QByteArray& piece)

@@ -45,6 +45,9 @@ QString RunMonitor::withController(const QString& why) const
 
 void RunMonitor::tellLine(const FeedEntry& entry)
 {
+    if (entry.standing && (entry.kind == FeedKind::connected) == state_.connected) {
+        return; // known
+    }
     switch (entry.kind) {
     case FeedKind::connected:
         failureTold_ = false;

@@ -11,7 +11,7 @@
 namespace tavmir::host
 {
 
-std::unique_ptr<RunView> makeRunView(OutputFormat format, Console& console)
+std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, Console& console)
 {
     switch (format) {
     case OutputFormat::json:
@@ -21,7 +21,7 @@ std::unique_ptr<RunView> makeRunView(OutputFormat format, Console& console)
     case OutputFormat::table:
         break;
     }
-    if (::isatty(STDOUT_FILENO) == 1) {
+    if (!everyChange && ::isatty(STDOUT_FILENO) == 1) {
         return std::make_unique<ScreenView>(console);
     }
     return std::make_unique<PlainView>(console);

@@ -34,7 +34,8 @@ public:
     virtual void close(const QStringList& lines, const QJsonObject& json) = 0;
 };
 
-std::unique_ptr<RunView> makeRunView(OutputFormat format, Console& console);
+// everyChange  changes are shown, line by line, and never all values
+std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, Console& console);
 
 } // namespace tavmir::host
 

@@ -52,6 +52,7 @@ void ScreenView::show(const std::vector<ValueRow>& rows, const LineState& state)
     }
     console_.out().write(bytes + kClearBelow);
     first_ = false;
+    undrawn_.clear();
 }
 
 void ScreenView::change(const ValueRow& row, WallClock::time_point time)
@@ -61,13 +62,14 @@ void ScreenView::change(const ValueRow& row, WallClock::time_point time)
 
 void ScreenView::message(const QString& text)
 {
+    undrawn_ << text;
     recent_ << text;
     recent_ = recent_.mid(std::max(0, static_cast<int>(recent_.size()) - kRecentMessages));
 }
 
 void ScreenView::close(const QStringList& lines, const QJsonObject&)
 {
-    console_.print(lines.join('\n'));
+    console_.print((undrawn_ + lines).join('\n'));
 }
 
 } // namespace tavmir::host

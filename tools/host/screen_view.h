@@ -20,7 +20,8 @@ public:
 private:
     Console& console_;
     bool first_ = true;
-    QStringList recent_; // messages
+    QStringList recent_;  // messages
+    QStringList undrawn_; // messages since the table was drawn last
 };
 
 } // namespace tavmir::host

@@ -95,6 +95,9 @@ QStringList statisticsLines(const LineFigures& figures, double seconds, size_t e
                  .arg(micros(static_cast<double>(trip.percentile(0.99))), 0, 'f', 1);
     lines << QString("  scans per second: %1")
                  .arg(scansPerSecond(figures, seconds, elements), 0, 'f', 1);
+    if (figures.missed > 0) {
+        lines << "  events were missed: what they held is in none of these figures";
+    }
     lines << "  writes: " + operationsText(figures, OperationKind::write);
     lines << "  one-shot reads: " + operationsText(figures, OperationKind::read);
     return lines;

@@ -37,7 +37,7 @@ ReplyKind classifyReply(const FrameView& request, const FrameView& reply)
         return ReplyKind::foreign;
     }
     if (reply.function == (request.function | wire::kExceptionBit)) {
-        return ReplyKind::exception;
+        return reply.size == wire::kHeaderBytes ? ReplyKind::exception : ReplyKind::foreign;
     }
     if (reply.function != request.function ||
         reply.bytes[wire::kCountOffset] != request.bytes[wire::kCountOffset]) {

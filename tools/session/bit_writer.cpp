@@ -15,8 +15,7 @@ Outcome BitWriter::write(const project::Element& bit, int station, const QByteAr
     const std::unique_lock<std::timed_mutex> order = lockOrder(deadline);
     // A queued write of the word is not in the driver's cache yet.
     if (!order.owns_lock() || !queue_.awaitNoWrites(deadline)) {
-        return queue_.await(
-            queue_.refuseWrite(bit, station, "earlier writes did not end in time"));
+        return queue_.await(queue_.refuseWrite(bit, station, "earlier writes did not end in time"));
     }
     if (queue_.writesToController()) {
         const Outcome word = queue_.await(queue_.read(bit, station, deadline));

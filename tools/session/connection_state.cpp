@@ -24,6 +24,8 @@ void ConnectionState::close()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     closed_ = true;
+    connected_ = false;
+    problem_ = "the host stops";
     changed_.notify_all();
 }
 

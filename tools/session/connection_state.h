@@ -21,7 +21,7 @@ public:
     void connected();
     // why  the failed attempt or the loss, in words
     void disconnected(const QString& why);
-    // Ends every wait.
+    // Ends every wait; there is no connection any more.
     void close();
 
     bool isConnected() const;

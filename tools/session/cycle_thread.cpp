@@ -59,6 +59,7 @@ void CycleThread::stop()
     const std::lock_guard<std::mutex> lock(stopMutex_);
     if (thread_.joinable()) {
         thread_.join();
+        link_.close();
     }
     {
         const std::lock_guard<std::mutex> gate(state_.gate);
@@ -82,9 +83,7 @@ void CycleThread::linkChanged(const FeedEntry& entry)
 void CycleThread::loop()
 {
     while (!stopping_) {
-        // With nothing to poll, the driver puts one empty call between five turns of writes or
-        // one-shot reads and the next: only two in a row mean that there is nothing to send.
-        if (!turn() && !stopping_ && !turn() && !stopping_) {
+        if (!turn() && !stopping_) {
             const auto left = restUntil_ - Clock::now();
             const auto ms = std::chrono::ceil<std::chrono::milliseconds>(left).count();
             link_.idle(static_cast<int>(std::max<decltype(ms)>(0, ms)));
@@ -127,10 +126,10 @@ bool CycleThread::connect()
 Protocol* CycleThread::nextRequest()
 {
     const std::lock_guard<std::mutex> gate(state_.gate);
+    withdrawExpired(state_);
     if (state_.inFlight.isActive()) {
         return state_.api.nextRequest(); // the same again
     }
-    withdrawExpired(state_);
     Protocol* request = chooseRequest();
     if (request != nullptr) {
         state_.inFlight.begin(*state_.api.context, *request, state_.generation);
@@ -145,9 +144,10 @@ Protocol* CycleThread::chooseRequest()
     if (state_.passes.isDue(now)) {
         return state_.api.nextRequest();
     }
-    if (state_.operations.hasWork()) {
-        // After five turns of one kind the driver would poll in between, before it is due.
-        forgetTurnsInARow(*state_.api.context);
+    const bool writesWait = state_.operations.hasWork(OperationKind::write);
+    const bool readsWait = state_.operations.hasWork(OperationKind::read);
+    if (writesWait || readsWait) {
+        keepPollingOut(*state_.api.context, writesWait, readsWait);
         return state_.api.nextRequest();
     }
     if (state_.passes.isPolling()) {
@@ -206,13 +206,18 @@ void CycleThread::takeReply()
     inFlight.attempted(exchange_, problem_);
     events_.clear();
     const int status = state_.api.takeReply(&reply_, received ? reply_.size() : 0)->status;
-    if (status == kStatusRepeat) {
-        return;
+    if (status != kStatusRepeat) {
+        endRequest(status == kStatusGood);
     }
+}
+
+// Under the gate: the driver is through with the request.
+void CycleThread::endRequest(bool good)
+{
+    RequestInFlight& inFlight = state_.inFlight;
     if (inFlight.kind() == RequestKind::poll && inFlight.generation() == state_.generation) {
         state_.passes.asked(elements_, exchange_.endedAt);
     }
-    const bool good = status == kStatusGood;
     inFlight.end(state_.operations, good ? reply_ : QByteArray());
     if (!good) {
         state_.feed.publish(entryNow(FeedKind::gaveUp, problem_));

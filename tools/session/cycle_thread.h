@@ -40,8 +40,8 @@ public:
     void wake() { link_.wake(); }
 
     // One pass of the loop, for programs that run the cycle on a thread of their own instead
-    // of start(). False when there was nothing to send, which the driver may say once while work
-    // waits, or when the thread is being stopped.
+    // of start(), and of stop() only on that thread. False when there was nothing to send, or when
+    // it is being stopped.
     bool turn();
 
     // Under the gate: takes what is left of operations whose time is over out of the driver's
@@ -55,6 +55,7 @@ private:
     ExchangeEnd perform(const Protocol& request);
     void suppress(const Protocol& request);
     void takeReply();
+    void endRequest(bool good);
     void reportEnded(bool gaveUp);
     void linkChanged(const FeedEntry& entry);
     void loop();

@@ -51,7 +51,8 @@ HostSession::~HostSession()
 QString HostSession::setUp()
 {
     const project::Connection& connection = project_.connection;
-    const QString refusal = refusalOfPolling(project_, polled_);
+    // Also when nothing is polled: stations of writes and reads come from the project's whole list.
+    const QString refusal = refusalOfPolling(project_, polledElements(project_));
     if (!refusal.isEmpty()) {
         return refusal;
     }
@@ -126,11 +127,6 @@ int HostSession::stationOf(const Element& element) const
     return index()->stationOf(element);
 }
 
-project::Format HostSession::formatOf(const Element& element) const
-{
-    return index()->formatOf(element);
-}
-
 QByteArray HostSession::cachedValue(const Element& element)
 {
     QByteArray bytes;
@@ -161,7 +157,7 @@ OperationId HostSession::queueWrite(const Element& element, const QByteArray& by
 OperationId HostSession::queueRecord(const RW_VAR& record, const Deadline& deadline)
 {
     const auto order = bits_.lockOrder(deadline);
-    return queue_.writeRecord(record, deadline);
+    return queue_.writeRecord(record, order.owns_lock() ? deadline : Deadline(0));
 }
 
 Outcome HostSession::read(const Element& element, const Deadline& deadline)

@@ -5,9 +5,9 @@
 // Each step once: the driver keeps its lists for as long as it is loaded, so a session takes a
 // freshly loaded one and unloads it in the end.
 //
-// All calls but set-up, start and destruction may come from any thread. None holds a lock while it
-// waits for the controller, except that the writing of a bit keeps other writes back until it has
-// ended (bit_writer.h).
+// All calls but set-up, start and destruction may come from any thread. Reads wait for nobody but
+// those before them; writes are queued one after the other, and the writing of a bit keeps other
+// writes back until it has ended (bit_writer.h). Every wait ends with its deadline.
 #ifndef TAVMIR_SESSION_HOST_SESSION_H
 #define TAVMIR_SESSION_HOST_SESSION_H
 
@@ -64,9 +64,8 @@ public:
     // is, the feed says.
     QByteArray cachedValue(const project::Element& element);
 
-    // Where the element is asked for and how its value is meant, by what polls it.
+    // Where the element is asked for, by what polls it.
     int stationOf(const project::Element& element) const;
-    project::Format formatOf(const project::Element& element) const;
 
     // See operation_queue.h. One bit of a word is not queued: it takes a read and a write.
     OperationId queueRead(const project::Element& element, const Deadline& deadline);
@@ -85,8 +84,6 @@ public:
     void enableStation(int station, bool enabled);
 
     const DriverApi& api() const { return driver_->api(); }
-    // The cycle, for programs that run it on a thread of their own.
-    CycleThread& cycle() { return *cycle_; }
 
 private:
     std::shared_ptr<const PolledIndex> index() const;

@@ -40,6 +40,24 @@ void OperationProgress::requestEnded(int count, const RequestAttempts& attempts)
     }
 }
 
+namespace
+{
+
+// Some acknowledged elements make the rest's outcome a partial one.
+Outcome withAcknowledged(Outcome outcome)
+{
+    if (outcome.acknowledged > 0) {
+        outcome.reason = QString("%1 of %2 elements done, the rest %3: %4")
+                             .arg(outcome.acknowledged)
+                             .arg(outcome.elements)
+                             .arg(outcomeWord(outcome.state), outcome.reason);
+        outcome.state = OutcomeState::partial;
+    }
+    return outcome;
+}
+
+} // namespace
+
 Outcome OperationProgress::outcome(const QString& whyLeft) const
 {
     Outcome outcome;
@@ -59,14 +77,17 @@ Outcome OperationProgress::outcome(const QString& whyLeft) const
         outcome.state = OutcomeState::notSent;
         outcome.reason = unsentWhy.isEmpty() ? whyLeft : unsentWhy;
     }
-    if (acknowledged > 0) {
-        outcome.reason = QString("%1 of %2 elements done, the rest %3: %4")
-                             .arg(acknowledged)
-                             .arg(elements)
-                             .arg(outcomeWord(outcome.state), outcome.reason);
-        outcome.state = OutcomeState::partial;
-    }
-    return outcome;
+    return withAcknowledged(outcome);
+}
+
+Outcome OperationProgress::outcomeSoFar() const
+{
+    Outcome outcome;
+    outcome.state = OutcomeState::unknown;
+    outcome.reason = "no answer in its time, and it is still under way";
+    outcome.elements = elements;
+    outcome.acknowledged = acknowledged;
+    return withAcknowledged(outcome);
 }
 
 } // namespace tavmir::host

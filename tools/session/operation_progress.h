@@ -46,8 +46,11 @@ struct OperationProgress {
     void requestEnded(int count, const RequestAttempts& attempts);
 
     // What became of it, if nothing more happens.
-    //   unsentWhy  why elements that were in no request stay behind
+    //   whyLeft  why elements that were in no request stay behind
     Outcome outcome(const QString& whyLeft) const;
+
+    // What is known while some of it is still under way.
+    Outcome outcomeSoFar() const;
 };
 
 } // namespace tavmir::host

@@ -51,6 +51,9 @@ OperationId OperationQueue::give(OperationKind kind, const OperationShape& shape
             operations.ended(id, "the driver did not take it");
             return id;
         }
+        if (kind == OperationKind::write && !writesToController()) {
+            operations.done(id, "stored in the caches only, as the project says");
+        }
     }
     wake_();
     return id;
@@ -89,11 +92,7 @@ OperationId OperationQueue::write(const Element& element, int station, QByteArra
                                   project::driverCount(element), keys.hostKey, keys.varKey);
         return writesToController() ? queued : 1;
     };
-    const OperationId id = give(OperationKind::write, shape, deadline, kAnyNumber, call);
-    if (!writesToController()) {
-        state_.operations.done(id); // it is in the caches
-    }
-    return id;
+    return give(OperationKind::write, shape, deadline, kAnyNumber, call);
 }
 
 OperationId OperationQueue::refuseWrite(const Element& element, int station, const QString& reason)
@@ -130,13 +129,7 @@ Outcome OperationQueue::await(const OperationId& id)
         const std::lock_guard<std::mutex> gate(state_.gate);
         CycleThread::withdrawExpired(state_);
     }
-    if (const std::optional<Outcome> outcome = operations.claimOrAbandon(id)) {
-        return *outcome;
-    }
-    Outcome outcome;
-    outcome.state = OutcomeState::unknown;
-    outcome.reason = "no answer in its time, and it is still under way";
-    return outcome;
+    return operations.claimOrAbandon(id);
 }
 
 bool OperationQueue::awaitNoWrites(const Deadline& deadline)

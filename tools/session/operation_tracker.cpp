@@ -110,7 +110,7 @@ void OperationTracker::given(const OperationId& id)
     Operation& operation = found->second;
     operation.stage = Stage::given;
     operation.due = deadlines_.emplace(operation.deadline, id);
-    ++given_;
+    ++given_[static_cast<int>(id.kind)];
 }
 
 void OperationTracker::requestEnded(const OperationId& id, int count,
@@ -152,12 +152,17 @@ void OperationTracker::forgetDeadline(Operation& operation)
 
 void OperationTracker::end(Pending::iterator found, const QString& whyLeft)
 {
+    end(found, found->second.progress.outcome(whyLeft));
+}
+
+void OperationTracker::end(Pending::iterator found, Outcome outcome)
+{
     const OperationId id{found->second.kind, found->first};
     Operation operation = std::move(found->second);
     pending_.erase(found);
     forgetDeadline(operation);
     if (operation.stage == Stage::given) {
-        --given_;
+        --given_[static_cast<int>(id.kind)];
     }
     Kind& list = of(operation.kind);
     --list.operations;
@@ -166,7 +171,6 @@ void OperationTracker::end(Pending::iterator found, const QString& whyLeft)
     if (--station->second == 0) {
         list.operationsByStation.erase(station);
     }
-    Outcome outcome = operation.progress.outcome(whyLeft);
     outcome.bytes = operation.bytes;
     tell(id, operation.shape, outcome);
     if (!operation.abandoned) {
@@ -203,14 +207,17 @@ void OperationTracker::ended(const OperationId& id, const QString& whyLeft)
     }
 }
 
-void OperationTracker::done(const OperationId& id)
+void OperationTracker::done(const OperationId& id, const QString& how)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto found = pending_.find(id.key);
-    if (found != pending_.end()) {
-        found->second.progress.acknowledged = found->second.shape.elements;
-        end(found, QString());
+    if (found == pending_.end()) {
+        return;
     }
+    found->second.progress.acknowledged = found->second.shape.elements;
+    Outcome outcome = found->second.progress.outcome(QString());
+    outcome.reason = how;
+    end(found, outcome);
 }
 
 void OperationTracker::dropGiven(OperationKind kind, const QString& whyLeft)
@@ -258,14 +265,21 @@ std::optional<Outcome> OperationTracker::awaitUntilDeadline(const OperationId& i
     return claim(id.key);
 }
 
-std::optional<Outcome> OperationTracker::claimOrAbandon(const OperationId& id)
+Outcome OperationTracker::claimOrAbandon(const OperationId& id)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto found = pending_.find(id.key);
     if (found != pending_.end()) {
         found->second.abandoned = true;
+        return found->second.progress.outcomeSoFar();
     }
-    return claim(id.key);
+    if (const std::optional<Outcome> outcome = claim(id.key)) {
+        return *outcome;
+    }
+    Outcome outcome;
+    outcome.state = OutcomeState::unknown;
+    outcome.reason = "what became of it is not known any more";
+    return outcome;
 }
 
 std::optional<Outcome> OperationTracker::claim(quint64 key)

@@ -78,8 +78,11 @@ public:
     // The driver has it. Under the gate.
     void given(const OperationId& id);
 
-    // True while the driver may have something of it to send.
-    bool hasWork() const { return given_.load(std::memory_order_relaxed) > 0; }
+    // True while the driver may have something of the kind to send.
+    bool hasWork(OperationKind kind) const
+    {
+        return given_[static_cast<int>(kind)].load(std::memory_order_relaxed) > 0;
+    }
 
     // A request that carried `count` of its elements is over. Under the gate.
     void requestEnded(const OperationId& id, int count, const RequestAttempts& attempts);
@@ -88,7 +91,8 @@ public:
     void valueCame(const OperationId& id, qint32 address, quint32 number);
 
     // All of it was done at once, without a request.
-    void done(const OperationId& id);
+    //   how  in words
+    void done(const OperationId& id, const QString& how);
 
     // The driver is through with it. Ignored for what is not pending.
     void ended(const OperationId& id, const QString& whyLeft);
@@ -106,9 +110,10 @@ public:
     // pending.
     std::optional<Outcome> awaitUntilDeadline(const OperationId& id);
 
-    // Takes the outcome of one that has ended. None: it is pending, and nobody will ask again; or
-    // it was claimed before.
-    std::optional<Outcome> claimOrAbandon(const OperationId& id);
+    // Takes the outcome of one that has ended. Of one that is pending, which nobody will ask for
+    // again: what became of it so far, the rest being under way. Of one that is not known any more,
+    // because it was claimed before or too many were kept: `unknown`.
+    Outcome claimOrAbandon(const OperationId& id);
 
     // Waits until nothing of the kind is pending.
     bool awaitIdle(OperationKind kind, const Deadline& deadline);
@@ -150,6 +155,7 @@ private:
     void add(const OperationId& id, const OperationShape& shape, const Deadline& deadline);
     void forgetDeadline(Operation& operation);
     void end(Pending::iterator operation, const QString& whyLeft);
+    void end(Pending::iterator operation, Outcome outcome);
     void tell(const OperationId& id, const OperationShape& shape, const Outcome& outcome);
     void keep(quint64 key, const Outcome& outcome);
     std::optional<Outcome> claim(quint64 key);
@@ -162,7 +168,7 @@ private:
     Deadlines deadlines_; // of given operations, until their expiry has been told
     std::unordered_map<quint64, Unclaimed> unclaimed_;
     std::list<quint64> unclaimedOrder_; // oldest first
-    std::atomic<int> given_{0};
+    std::atomic<int> given_[2] = {};
     bool closed_ = false;
     QString closedReason_;
 };

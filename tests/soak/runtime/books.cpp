@@ -33,7 +33,7 @@ std::string inWords(OutcomeState state, int acknowledged, int elements)
 
 bool Books::isUnderWay(const Outcome& outcome)
 {
-    return outcome.state == OutcomeState::unknown && outcome.reason == kUnderWay;
+    return outcome.reason.endsWith(kUnderWay);
 }
 
 void Books::seen(const controller::Simulation::Outcome& outcome)
