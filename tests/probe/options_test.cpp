@@ -67,6 +67,22 @@ TEST(ProbeOptions, AnAddressOfSixteenBytesStandsInBrackets)
     EXPECT_EQ(parsed.options.controller.port, 5020);
 }
 
+TEST(ProbeOptions, EdgesAreAllowed)
+{
+    const std::vector<std::vector<const char*>> right = {
+        {"--connect", "h:1", "--read", "bit:0"},
+        {"--connect", "h:65535", "--read", "bit:2147483647:1"},
+        {"--connect", "h:1", "--read", "bit:0:4096"},
+        {"--station", "0"},
+        {"--station", "255"},
+        {"--timeout", "1"},
+        {"--timeout", "600000"},
+    };
+    for (const auto& arguments : right) {
+        EXPECT_EQ(parse(arguments).error, "") << arguments.back();
+    }
+}
+
 TEST(ProbeOptions, WrongOnesAreNamed)
 {
     const std::vector<std::vector<const char*>> wrong = {
@@ -86,6 +102,7 @@ TEST(ProbeOptions, WrongOnesAreNamed)
         {"--connect", "h:1", "--read", "bit:1:"},
         {"--station", "256"},
         {"--timeout", "0"},
+        {"--timeout", "600001"},
         {"--library", ""},
         {"--library"},
         {"--unknown", "1"},

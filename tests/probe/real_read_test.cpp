@@ -116,6 +116,19 @@ TEST_F(RealRead, SaysWhatIsWrongWithAnAnswer)
     EXPECT_TRUE(values.empty());
 }
 
+TEST_F(RealRead, TakesAnswersFromTheShortestToTheLongest)
+{
+    const auto ofLength = [](int length) {
+        return [length](const QByteArray& request) {
+            return changed(request.left(9).leftJustified(6 + length, '\0', true), 5, length);
+        };
+    };
+    EXPECT_EQ(read(ofLength(1)), "the answer's length field makes no sense: 1");
+    EXPECT_EQ(read(ofLength(2)), "the driver refused the answer of 8 bytes, code 71");
+    EXPECT_EQ(read(ofLength(254)), "the driver refused the answer of 260 bytes, code 71");
+    EXPECT_EQ(read(ofLength(255)), "the answer's length field makes no sense: 255");
+}
+
 TEST_F(RealRead, GivesUpWhenNothingComes)
 {
     options.timeoutMs = 50;

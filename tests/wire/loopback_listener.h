@@ -13,7 +13,7 @@
 namespace tavmir::test
 {
 
-// Connections to it succeed; nobody accepts them.
+// Connections to it succeed; nobody accepts them but through accept().
 class LoopbackListener
 {
 public:
@@ -45,6 +45,9 @@ public:
     LoopbackListener& operator=(const LoopbackListener&) = delete;
 
     int port() const { return ntohs(place_.sin_port); }
+
+    // The descriptor of the next connection; the caller closes it.
+    int accept() { return ::accept(socket_, nullptr, nullptr); }
 
     // Fills its queue: further connections stay unanswered.
     void goDeaf()
