@@ -203,4 +203,107 @@ TEST_F(Tracker, OutcomesThatNobodyClaimsDoNotPileUp)
         << "the oldest goes first";
 }
 
+TEST_F(Tracker, AsManyOutcomesAsPromisedAreKept)
+{
+    const OperationId first = begin(OperationKind::write);
+    tracker_.ended(first, "over");
+    for (size_t i = 1; i < OperationTracker::kMostUnclaimed; ++i) {
+        tracker_.ended(begin(OperationKind::write), "over");
+    }
+    EXPECT_TRUE(tracker_.claimOrAbandon(first));
+}
+
+TEST_F(Tracker, WhatWasAbandonedLeavesNoOutcomeBehind)
+{
+    const OperationId id = begin(OperationKind::write);
+    EXPECT_FALSE(tracker_.claimOrAbandon(id));
+    tracker_.ended(id, "over");
+    EXPECT_FALSE(tracker_.claimOrAbandon(id));
+}
+
+TEST_F(Tracker, AllExpireAtTheirVeryDeadline)
+{
+    const Deadline deadline(kPatientMs);
+    std::vector<OperationId> ids;
+    for (int i = 0; i < 3; ++i) {
+        ids.push_back(tracker_.admit(OperationKind::write, shapeAt(1), deadline, kAnyNumber));
+        tracker_.given(ids.back());
+    }
+    EXPECT_TRUE(tracker_.takeExpired(deadline.end() - Clock::duration(1)).empty());
+    EXPECT_EQ(ids, tracker_.takeExpired(deadline.end()));
+}
+
+TEST_F(Tracker, AllThatTheDriverDroppedEnd)
+{
+    const OperationId ids[] = {begin(OperationKind::write), begin(OperationKind::write),
+                               begin(OperationKind::write)};
+    tracker_.dropGiven(OperationKind::write, "dropped");
+    for (const OperationId& id : ids) {
+        EXPECT_FALSE(tracker_.isPending(id));
+    }
+    EXPECT_FALSE(tracker_.hasWork());
+}
+
+TEST_F(Tracker, ClosingEndsAllAndWhoWaitsInLine)
+{
+    const OperationId pending[] = {begin(OperationKind::write), begin(OperationKind::write),
+                                   begin(OperationKind::read)};
+    OperationId waiting;
+    std::thread inLine([&] {
+        waiting =
+            tracker_.admit(OperationKind::write, shapeAt(2), Deadline(kPatientMs), kAnyNumber);
+    });
+    tracker_.close("the host stops");
+    inLine.join();
+    for (const OperationId& id : {pending[0], pending[1], pending[2], waiting}) {
+        const std::optional<Outcome> outcome = tracker_.claimOrAbandon(id);
+        ASSERT_TRUE(outcome);
+        EXPECT_EQ("not sent: the host stops", outcomeInWords(*outcome).toStdString());
+    }
+}
+
+TEST_F(Tracker, AllInLineGoWhenTheyFit)
+{
+    const OperationId first = begin(OperationKind::read, 1);
+    std::atomic<int> admitted{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            tracker_.admit(OperationKind::read, shapeAt(2), Deadline(kPatientMs), kAnyNumber);
+            ++admitted;
+        });
+    }
+    tracker_.ended(first, "over");
+    EXPECT_TRUE(test::waitUntil([&] { return admitted == 4; }));
+    tracker_.close("the test ends");
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+TEST_F(Tracker, NobodyWaitsForTheOtherKind)
+{
+    begin(OperationKind::read);
+    EXPECT_TRUE(tracker_.awaitIdle(OperationKind::write, Deadline(1000)));
+    EXPECT_FALSE(tracker_.awaitIdle(OperationKind::read, Deadline(1)));
+}
+
+TEST_F(Tracker, WhatIsDoneWithoutARequestIsDoneWhole)
+{
+    const OperationId id =
+        tracker_.admit(OperationKind::write, shapeAt(1, 3), Deadline(kPatientMs), kAnyNumber);
+    tracker_.done(id);
+    const std::optional<Outcome> outcome = tracker_.claimOrAbandon(id);
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ("done", outcomeInWords(*outcome).toStdString());
+    EXPECT_EQ(3, outcome->acknowledged);
+}
+
+TEST_F(Tracker, KeysThatNoSessionMadeAreNoOperation)
+{
+    EXPECT_FALSE(operationOf(999, 5).has_value());
+    EXPECT_FALSE(operationOf(1000, -1).has_value());
+    EXPECT_TRUE(operationOf(1000, 0).has_value());
+}
+
 } // namespace tavmir::host
