@@ -378,6 +378,54 @@ TEST(Reader, SignalsAreChecked)
                                              { "address": "L.w", "signal": "constant", "value": 1 } ])")));
 }
 
+TEST(Reader, LimitsThemselvesAreAllowed)
+{
+    for (const char* connection :
+         {R"("port": 1, "station": 0, "replyTimeoutMs": 1, "retryLimit": 0)",
+          R"("port": 65535, "station": 255, "replyTimeoutMs": 600000, "retryLimit": 1000)",
+          R"("reconnectMinMs": 70, "reconnectMaxMs": 70)"}) {
+        readGood("{ \"connection\": { " + QByteArray(connection) + " } }");
+    }
+    EXPECT_EQ("test.json: connection.port: 0 is outside 1..65535",
+              refusal(R"({ "connection": { "port": 0 } })"));
+    readGood(variable(R"({ "name": "w", "type": "text", "address": 1, "words": 1024 })"));
+    readGood(variable(R"({ "name": "w", "type": "text", "address": 1, "words": 16,
+                           "array": { "bounds": [[0, 1]] } })"));
+    readGood(variable(R"({ "name": "w", "type": "bit", "address": 1, "array": { "bounds":
+                           [[0,1],[0,1],[0,1],[0,1],[0,1],[0,1],[0,1],[0,1]] } })"));
+    readGood(type(R"({ "name": "S", "size": 48, "members": [
+                       { "name": "a", "type": "word", "offset": 32 } ] })"));
+    readGood(with(R"(, "signals": [ { "address": "L.w", "signal": "ramp", "low": -32768,
+                                      "high": 65535, "periodMs": 86400000 } ])"));
+    readGood(with(R"(, "polled": [ { "address": "L.v[2]", "count": 2 } ])"));
+}
+
+TEST(Reader, SixteenStructuresMayNest)
+{
+    QByteArray types =
+        R"({ "name": "T0", "size": 8, "members": [ { "name": "a", "type": "bit", "offset": 0 } ] })";
+    for (int i = 1; i < kMaxStructureDepth; ++i) {
+        types +=
+            QString(
+                R"(, { "name": "T%1", "size": 8, "members": [ { "name": "a", "type": "T%2", "offset": 0 } ] })")
+                .arg(i)
+                .arg(i - 1)
+                .toUtf8();
+    }
+    readGood(type(types));
+}
+
+TEST(Reader, NestingAndSizeMayReachTheirLimits)
+{
+    const QByteArray nested = "{ \"labels\": " + QByteArray(kMaxNesting - 1, '[') +
+                              QByteArray(kMaxNesting - 1, ']') + " }";
+    EXPECT_THAT(refusal(nested), HasSubstr("labels[0]: must be an object, not a list"));
+    EXPECT_THAT(refusal("{ \"labels\": " + QByteArray(kMaxNesting, '[') +
+                        QByteArray(kMaxNesting, ']') + " }"),
+                HasSubstr("nested deeper than 32 levels"));
+    readGood(QByteArray("{}").leftJustified(static_cast<int>(kMaxFileBytes), ' '));
+}
+
 TEST(Reader, FilesAreReadOrNamed)
 {
     const test::TemporaryFolder folder;
