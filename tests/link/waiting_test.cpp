@@ -4,6 +4,7 @@
 
 #include "support/wait_until.h"
 #include "test_server.h"
+#include "wire/loopback_listener.h"
 
 #include <gtest/gtest.h>
 
@@ -223,6 +224,155 @@ TEST_F(LinkWaits, BytesAreCountedOneByOne)
     EXPECT_EQ(sent, figures().bytesSent);
     EXPECT_EQ(received, figures().bytesReceived);
     EXPECT_EQ(4u, figures().roundTrip.count());
+}
+
+TEST_F(LinkWaits, AWakeEndsOneIdleWithAndWithoutAConnection)
+{
+    TestServer server(
+        [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); });
+    linkTo(server.port(), kPatientMs, 1, 1);
+    for (int round = 0; round < 2; ++round) {
+        link_->link.wake();
+        link_->link.idle(1000 * kPatientMs);
+        const Clock::time_point start = Clock::now();
+        link_->link.idle(kShortMs);
+        EXPECT_GE(since(start), milliseconds(kShortMs));
+        ASSERT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
+    }
+}
+
+TEST_F(LinkWaits, AFloodOfForeignFramesDoesNotHoldARequest)
+{
+    std::atomic<bool> over{false};
+    TestServer server([&](auto& client, const QByteArray&, int) {
+        const QByteArray foreign = goodReply(wordRequest(500)).repeated(200);
+        while (!over) {
+            client.send(foreign);
+        }
+    });
+    linkTo(server.port(), kShortMs, 1, 1);
+    const ExchangeEnd end = exchange(wordRequest(1));
+    EXPECT_TRUE(end == ExchangeEnd::timeout || end == ExchangeEnd::cut);
+    over = true;
+    link_->link.close();
+}
+
+TEST_F(LinkWaits, TheTimeOfAnExchangeBeginsWhenConnected)
+{
+    constexpr int kPauseMs = 1000;
+    const int port = closedPort();
+    linkTo(port, kPatientMs, kPauseMs, kPauseMs);
+    const Clock::time_point start = Clock::now();
+    EXPECT_EQ(ExchangeEnd::notSent, exchange(wordRequest(1)));
+    TestServer server(
+        [](auto& client, const QByteArray& request, int) { client.send(goodReply(request)); },
+        port);
+    EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
+    EXPECT_GE(link_->last.sentAt - start, milliseconds(kPauseMs * 3 / 4));
+}
+
+TEST_F(LinkWaits, AStopWhileConnectingIsNoFailure)
+{
+    test::LoopbackListener deaf;
+    deaf.goDeaf();
+    linkTo(deaf.port(), kPatientMs, 1, 1);
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(milliseconds(4 * kShortMs)); // until it connects
+        link_->link.stop();
+    });
+    EXPECT_EQ(ExchangeEnd::stopped, exchange(wordRequest(1)));
+    stopper.join();
+    EXPECT_EQ(0u, figures().connectFailures);
+}
+
+TEST_F(LinkWaits, ARequestThatIsNotTakenWholeIsLostWithItsConnection)
+{
+    test::LoopbackListener reader; // that never reads
+    linkTo(reader.port(), 2 * kShortMs, 1, 1);
+    const QByteArray request = wordRequest(1).leftJustified(64 << 20, 'x');
+    EXPECT_EQ(ExchangeEnd::lost, exchange(request));
+    EXPECT_FALSE(link_->link.connected());
+    EXPECT_EQ(1u, figures().lostConnections);
+    EXPECT_LT(0u, link_->last.sentBytes);
+    EXPECT_GT(static_cast<quint32>(request.size()), link_->last.sentBytes);
+}
+
+TEST_F(LinkWaits, ARequestThatIsTakenPieceByPieceComesWhole)
+{
+    test::LoopbackListener listener;
+    QByteArray request = wordRequest(1);
+    for (int i = 0; request.size() < 16 << 20; ++i) {
+        request.append(static_cast<char>(i % 251));
+    }
+    QByteArray came;
+    std::thread reader([&] {
+        const int accepted = listener.accept();
+        char piece[65536];
+        while (came.size() < request.size()) {
+            const ssize_t got = ::read(accepted, piece, sizeof piece);
+            if (got <= 0) {
+                break;
+            }
+            came.append(piece, static_cast<int>(got));
+        }
+        ::close(accepted);
+    });
+    linkTo(listener.port(), kPatientMs, 1, 1);
+    EXPECT_EQ(ExchangeEnd::lost, exchange(request));
+    reader.join();
+    EXPECT_TRUE(request == came);
+}
+
+TEST_F(LinkWaits, BytesOfAReplyInPiecesAreAllCounted)
+{
+    TestServer server([](auto& client, const QByteArray& request, int) {
+        client.sendSlowly(goodReply(request));
+    });
+    linkTo(server.port(), kPatientMs, 1, 1);
+    uint64_t received = 0;
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_EQ(ExchangeEnd::reply, exchange(wordRequest(i, 38)));
+        received += static_cast<uint64_t>(reply_.size());
+    }
+    EXPECT_EQ(received, figures().bytesReceived);
+}
+
+TEST_F(LinkWaits, EachFrameThatComesWhileIdleIsCounted)
+{
+    constexpr int kStrays = 7;
+    TestServer server([](auto& client, const QByteArray& request, int) {
+        client.send(goodReply(request) + goodReply(wordRequest(500)).repeated(kStrays));
+    });
+    linkTo(server.port(), kPatientMs, 1, 1);
+    ASSERT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
+    const auto size = static_cast<uint64_t>(reply_.size());
+    EXPECT_TRUE(test::waitUntil([&] {
+        link_->link.idle(kShortMs);
+        return figures().bytesReceived == (1 + kStrays) * size;
+    }));
+    EXPECT_EQ(static_cast<quint64>(kStrays), figures().discarded);
+}
+
+TEST_F(LinkWaits, AnExchangeSaysNothingOfTheOneBefore)
+{
+    TestServer server([](auto& client, const QByteArray& request, int number) {
+        if (number == 1) {
+            client.send(goodReply(wordRequest(500)).repeated(3) + goodReply(request));
+        }
+    });
+    linkTo(server.port(), 4 * kShortMs, 1, 1);
+    const QByteArray request = wordRequest(1);
+    const auto size = static_cast<size_t>(request.size());
+    Exchange exchange;
+    ASSERT_EQ(ExchangeEnd::reply,
+              link_->link.exchange(request.constData(), size, reply_, exchange));
+    EXPECT_EQ(3u, exchange.foreignFrames);
+    EXPECT_LT(0u, exchange.replySize);
+    ASSERT_EQ(ExchangeEnd::timeout,
+              link_->link.exchange(request.constData(), size, reply_, exchange));
+    EXPECT_EQ(0u, exchange.foreignFrames);
+    EXPECT_EQ(0u, exchange.replySize);
+    EXPECT_EQ(0u, exchange.receivedBytes);
 }
 
 } // namespace tavmir::host
