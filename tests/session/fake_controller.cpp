@@ -128,6 +128,15 @@ void FakeController::answer(TestServer::Client& client, const QByteArray& reques
         carryOut(request);
         client.leave();
         return;
+    case Mood::answersTwice:
+        client.send(carryOut(request).repeated(2));
+        return;
+    case Mood::addsAByte: {
+        QByteArray reply = carryOut(request) + 'x';
+        reply[5] = static_cast<char>(reply.at(5) + 1);
+        client.send(reply);
+        return;
+    }
     case Mood::straysFirst:
         client.send(strayReplies(request));
         client.send(carryOut(request));

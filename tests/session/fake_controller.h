@@ -27,6 +27,8 @@ public:
         loses,          // carried out, no reply
         losesAndCloses, // carried out, the connection is closed instead of a reply
         losesAndLeaves, // the same, and nobody listens until plug() is called
+        answersTwice,   // answered, and once more
+        addsAByte,      // carried out, and one byte too many behind the reply
         straysFirst     // answered, after a reply with other addresses and one with another count
     };
 
