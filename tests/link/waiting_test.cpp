@@ -245,7 +245,7 @@ TEST_F(LinkWaits, AFloodOfForeignFramesDoesNotHoldARequest)
 {
     std::atomic<bool> over{false};
     TestServer server([&](auto& client, const QByteArray&, int) {
-        const QByteArray foreign = goodReply(wordRequest(500)).repeated(200);
+        const QByteArray foreign = goodReply(wordRequest(500)).repeated(20000);
         while (!over) {
             client.send(foreign);
         }

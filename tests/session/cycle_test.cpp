@@ -216,12 +216,14 @@ TEST_F(Cycle, ARecordsWriteWaitsForThoseOfOtherStations)
     Setting setting;
     setting.connection = ", \"stationMode\": \"own\"";
     prepare(setting);
-    const Asked first = queueWrite("M.w", "5");
     RW_VAR record;
     record.dataType = 4;
-    record.elementAddress = static_cast<qint32>(kArrayAt);
+    record.elementAddress = static_cast<qint32>(kWordAt);
     record.station = 2;
     record.hostData2 = 1;
+    record.value = QByteArray::fromHex("0500");
+    const OperationId first = session_->queueRecord(record, Deadline(kPatientMs));
+    record.station = 3;
     record.value = QByteArray::fromHex("0700");
     OperationId second;
     std::thread writing([&] { second = session_->queueRecord(record, Deadline(kPatientMs)); });
@@ -229,10 +231,59 @@ TEST_F(Cycle, ARecordsWriteWaitsForThoseOfOtherStations)
         std::chrono::milliseconds(100)); // until it has been given, or waits
     start();
     writing.join();
-    EXPECT_EQ("done", await(first).state);
+    EXPECT_TRUE(session_->await(first).ok());
     EXPECT_TRUE(session_->await(second).ok());
-    EXPECT_EQ(7u, controller_.getAt(2, 'f', kArrayAt));
-    EXPECT_EQ(0u, controller_.getAt(1, 'f', kArrayAt));
+    EXPECT_EQ(5u, controller_.getAt(2, 'f', kWordAt));
+    EXPECT_EQ(7u, controller_.getAt(3, 'f', kWordAt));
+}
+
+TEST_F(Cycle, NothingIsCountedForAStationThatIsSwitchedOff)
+{
+    Setting setting;
+    setting.connection = ", \"retryLimit\": 0";
+    open(setting);
+    EXPECT_EQ("done", write("M.w", "5").state);
+    const quint64 received = figures().bytesReceived;
+    const quint64 sent = figures().bytesSent;
+    session_->enableStation(1, false);
+    EXPECT_EQ("not sent", write("M.w", "6").state);
+    EXPECT_EQ(1u, figures().suppressed);
+    EXPECT_EQ(received, figures().bytesReceived);
+    EXPECT_EQ(sent, figures().bytesSent);
+}
+
+TEST_F(Cycle, ARepetitionBelongsToTheListThatItsRequestWasBuiltFrom)
+{
+    controller_.judge("f", untilNumber(2, Mood::silent));
+    Setting setting;
+    setting.polled = R"({ "address": "M.w" })";
+    setting.replyTimeoutMs = kSoonMs;
+    prepare(setting);
+    const std::unique_ptr<FeedReader> reader = session_->feed().subscribe();
+    start();
+    ASSERT_TRUE(reaches("f", 1));
+    EXPECT_EQ("", poll({"M.d"}));
+    ASSERT_TRUE(reaches("l", 1));
+    std::vector<quint32> generations;
+    reader->read([&](const FeedEntry& entry) {
+        if (entry.kind == FeedKind::exchange && generations.size() < 2) {
+            generations.push_back(entry.exchange.generation);
+        }
+    });
+    EXPECT_EQ((std::vector<quint32>{1, 1}), generations);
+}
+
+TEST_F(Cycle, ARepetitionIsCountedAsOneAndNotAsARequest)
+{
+    controller_.judge("g", untilNumber(3, Mood::silent));
+    Setting setting;
+    setting.connection = ", \"retryLimit\": 5";
+    setting.replyTimeoutMs = kSoonMs;
+    open(setting);
+    EXPECT_EQ("done", write("M.w", "5").state);
+    EXPECT_EQ(1u, figures().requests);
+    EXPECT_EQ(2u, figures().retries);
+    EXPECT_EQ(2u, figures().timeouts);
 }
 
 } // namespace tavmir::host
