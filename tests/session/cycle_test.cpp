@@ -286,4 +286,19 @@ TEST_F(Cycle, ARepetitionIsCountedAsOneAndNotAsARequest)
     EXPECT_EQ(2u, figures().timeouts);
 }
 
+TEST_F(Cycle, ReadsThatTheDriverDroppedBehindOneThatItGaveUpEnd)
+{
+    controller_.treat("f", Mood::silent);
+    Setting setting;
+    setting.connection = ", \"retryLimit\": 0";
+    setting.replyTimeoutMs = 2 * kSoonMs;
+    open(setting);
+    const Asked first = queueRead("M.w");
+    const Asked second = queueRead("M.d", 20000); // another class: a request of its own
+    EXPECT_EQ("unknown", await(first).state);
+    const Ended ended = await(second);
+    EXPECT_EQ("not sent", ended.state);
+    EXPECT_EQ(0u, ended.reason.find("dropped behind one that was given up: ")) << ended.reason;
+}
+
 } // namespace tavmir::host
