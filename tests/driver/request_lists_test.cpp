@@ -106,16 +106,30 @@ TEST_F(RequestLists, TheBatchIsEveryEntryOfTheRequest)
     EXPECT_EQ(7, batch[0].varKey);
     EXPECT_EQ(8, batch[1].varKey);
     EXPECT_EQ(1000, batch[1].hostKey);
-    EXPECT_EQ(128, batch[1].address);
 }
 
-TEST_F(RequestLists, TurnsOfBothKindsAreForgotten)
+TEST_F(RequestLists, TurnsOfTheOnlyKindThatWaitsAreForgotten)
 {
+    for (const bool writesWait : {true, false}) {
+        context().writeTurns = 5;
+        context().onceReadTurns = 4;
+        keepPollingOut(context(), writesWait, !writesWait);
+        EXPECT_EQ(0, context().writeTurns);
+        EXPECT_EQ(0, context().onceReadTurns);
+    }
+}
+
+TEST_F(RequestLists, WhileBothWaitFiveWritesMakeRoomForAReadAndThatForWrites)
+{
+    context().cycleState = 1;
     context().writeTurns = 5;
     context().onceReadTurns = 4;
-    forgetTurnsInARow(context());
-    EXPECT_EQ(0, context().writeTurns);
+    keepPollingOut(context(), true, true);
+    EXPECT_EQ(5, context().writeTurns) << "the driver takes the read";
     EXPECT_EQ(0, context().onceReadTurns);
+    context().cycleState = 2;
+    keepPollingOut(context(), true, true);
+    EXPECT_EQ(0, context().writeTurns);
 }
 
 } // namespace tavmir::host

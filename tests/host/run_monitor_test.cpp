@@ -235,7 +235,7 @@ TEST(ChangeLines, InEachFormatAtTheTimeOfTheReply)
         {
             Feed feed;
             const std::unique_ptr<RunView> view =
-                makeRunView(format, false, false, captured.console());
+                makeRunView(format, false, captured.console());
             RunMonitor monitor(feed, kController, *view, true);
             PolledElement level = madeVariable(DataType::word, 160);
             level.name = "level";

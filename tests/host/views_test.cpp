@@ -278,11 +278,11 @@ TEST(RunView, EachFormatHasItsView)
         CapturedConsole captured; // no terminal
         Console& console = captured.console();
         json = dynamic_cast<JsonView*>(
-                   makeRunView(OutputFormat::json, false, false, console).get()) != nullptr;
-        csv = dynamic_cast<CsvView*>(makeRunView(OutputFormat::csv, false, false, console).get()) !=
+                   makeRunView(OutputFormat::json, false, console).get()) != nullptr;
+        csv = dynamic_cast<CsvView*>(makeRunView(OutputFormat::csv, false, console).get()) !=
               nullptr;
         plain = dynamic_cast<PlainView*>(
-                    makeRunView(OutputFormat::table, false, false, console).get()) != nullptr;
+                    makeRunView(OutputFormat::table, false, console).get()) != nullptr;
     }
     EXPECT_TRUE(json);
     EXPECT_TRUE(csv);

@@ -210,17 +210,29 @@ TEST_F(Tracker, AsManyOutcomesAsPromisedAreKept)
     for (size_t i = 1; i < OperationTracker::kMostUnclaimed; ++i) {
         tracker_.ended(begin(OperationKind::write), "over");
     }
-    EXPECT_TRUE(tracker_.claimOrAbandon(first));
+    EXPECT_EQ("not sent: over", outcomeInWords(tracker_.claimOrAbandon(first)).toStdString());
 }
 
 TEST_F(Tracker, WhatWasAbandonedLeavesNoOutcomeBehind)
 {
     const OperationId id = begin(OperationKind::write);
-    EXPECT_EQ("unknown: what became of it is not known any more",
+    EXPECT_EQ("unknown: no answer in its time, and it is still under way",
               outcomeInWords(tracker_.claimOrAbandon(id)).toStdString());
     tracker_.ended(id, "over");
     EXPECT_EQ("unknown: what became of it is not known any more",
               outcomeInWords(tracker_.claimOrAbandon(id)).toStdString());
+}
+
+TEST_F(Tracker, WhatIsStillUnderWaySaysHowFarItCame)
+{
+    const OperationId id = begin(OperationKind::write, 1, 60);
+    acknowledge(id, 38);
+    const Outcome outcome = tracker_.claimOrAbandon(id);
+    EXPECT_EQ("partial: 38 of 60 elements done, the rest unknown: no answer in its time, and it is "
+              "still under way",
+              outcomeInWords(outcome).toStdString());
+    EXPECT_EQ(38, outcome.acknowledged);
+    EXPECT_EQ(60, outcome.elements);
 }
 
 TEST_F(Tracker, AllExpireAtTheirVeryDeadline)
@@ -258,7 +270,7 @@ TEST_F(Tracker, ClosingEndsAllAndWhoWaitsInLine)
     tracker_.close("the host stops");
     inLine.join();
     for (const OperationId& id : {pending[0], pending[1], pending[2], waiting}) {
-        const std::optional<Outcome> outcome = tracker_.claimOrAbandon(id);
+        const std::optional<Outcome> outcome(tracker_.claimOrAbandon(id));
         ASSERT_TRUE(outcome);
         EXPECT_EQ("not sent: the host stops", outcomeInWords(*outcome).toStdString());
     }
@@ -294,11 +306,10 @@ TEST_F(Tracker, WhatIsDoneWithoutARequestIsDoneWhole)
 {
     const OperationId id =
         tracker_.admit(OperationKind::write, shapeAt(1, 3), Deadline(kPatientMs), kAnyNumber);
-    tracker_.done(id);
-    const std::optional<Outcome> outcome = tracker_.claimOrAbandon(id);
-    ASSERT_TRUE(outcome);
-    EXPECT_EQ("done", outcomeInWords(*outcome).toStdString());
-    EXPECT_EQ(3, outcome->acknowledged);
+    tracker_.done(id, "stored");
+    const Outcome outcome = tracker_.claimOrAbandon(id);
+    EXPECT_EQ("done: stored", outcomeInWords(outcome).toStdString());
+    EXPECT_EQ(3, outcome.acknowledged);
 }
 
 TEST_F(Tracker, KeysThatNoSessionMadeAreNoOperation)

@@ -57,6 +57,25 @@ TEST_F(PassPace, WritesDuringThePauseAreDoneAtOnceAndStartNoPass)
     expectOnePass();
 }
 
+TEST_F(PassPace, AReadBehindManyWritesHasItsTurnAfterFiveOfThem)
+{
+    options_.idleMs = kForeverMs;
+    prepare(Setting()); // nothing is polled: no pass is ever due
+    for (int i = 0; i < 7 * 38; ++i) {
+        session_->queueWrite(element(QString("M.many[%1]").arg(i % 100)), QByteArray(2, 'x'),
+                             Deadline(kPatientMs));
+    }
+    const OperationId read = session_->queueRead(element("M.w"), Deadline(kPatientMs));
+    start();
+    EXPECT_TRUE(session_->await(read).ok());
+    const std::vector<QByteArray> requests = controller_.requests("fg");
+    ASSERT_GE(requests.size(), 6u);
+    EXPECT_EQ('f', requests[5].at(7));
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ('g', requests[static_cast<size_t>(i)].at(7));
+    }
+}
+
 TEST_F(PassPace, ReadsDuringThePauseAreDoneAtOnceAndStartNoPass)
 {
     openPolling(kForeverMs);

@@ -66,8 +66,12 @@ std::unique_ptr<Driver> Driver::load(const QString& file, QStringList& problems)
     if (!file.isEmpty()) {
         name = QFileInfo(file).absoluteFilePath();
     }
-    if (isLoaded(name) || oneIsLoaded.exchange(true)) {
-        problems << QString("driver %1: one is in use in this process already").arg(name);
+    if (isLoaded(name)) {
+        problems << QString("driver %1 is in use in this process already").arg(name);
+        return nullptr;
+    }
+    if (oneIsLoaded.exchange(true)) {
+        problems << QString("driver %1: another one is in use in this process").arg(name);
         return nullptr;
     }
     void* library = dlopen(QFile::encodeName(name).constData(), RTLD_NOW | RTLD_LOCAL);

@@ -51,8 +51,7 @@ HostSession::~HostSession()
 QString HostSession::setUp()
 {
     const project::Connection& connection = project_.connection;
-    // Also when nothing is polled: stations of writes and reads come from the project's whole list.
-    const QString refusal = refusalOfPolling(project_, polledElements(project_));
+    const QString refusal = refusalOfPolling(project_, polled_);
     if (!refusal.isEmpty()) {
         return refusal;
     }
