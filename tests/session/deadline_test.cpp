@@ -89,6 +89,37 @@ TEST_F(Deadlines, WriteWhoseTimeIsOverIsNotExecutedWhenTheControllerComesBack)
     EXPECT_EQ(0u, controller_.get('f', kWordAt));
 }
 
+// Nobody needs to ask for its end: it ends by itself while the controller is away.
+TEST_F(Deadlines, WriteThatNobodyAwaitsEndsAndIsNotExecutedLater)
+{
+    controller_.unplug();
+    openPatiently();
+    queueWrite("M.w", "5", kSoonMs);
+    queueRead("M.d", kSoonMs);
+    EXPECT_TRUE(test::waitUntil([&] {
+        return figures().ended(OperationKind::write, OutcomeState::notSent) == 1 &&
+               figures().ended(OperationKind::read, OutcomeState::notSent) == 1;
+    }));
+    controller_.plug();
+    expectWorkGoesOn();
+    EXPECT_TRUE(controller_.requestsOf("g", kWordAt).empty());
+    EXPECT_EQ(0u, controller_.count("l"));
+}
+
+TEST_F(Deadlines, WriteThatNobodyAwaitsIsNotSentBehindARequestWithoutAnswer)
+{
+    openPatiently(kSoonMs);
+    controller_.treat("g", Mood::silent);
+    queueWrite("M.w", "5");
+    ASSERT_TRUE(reaches("g", 1));
+    queueWrite("M.a[0]", "6", kSoonMs);
+    ASSERT_TRUE(reaches("g", 4)); // three time-outs later its time is over
+    controller_.treat("g", Mood::answers);
+    expectWorkGoesOn();
+    EXPECT_TRUE(controller_.requestsOf("g", kArrayAt).empty());
+    EXPECT_EQ(5u, controller_.get('f', kWordAt));
+}
+
 TEST_F(Deadlines, OfManyWaitingOnlyThoseWithTimeLeftAreExecuted)
 {
     controller_.unplug();
@@ -117,11 +148,11 @@ TEST_F(Deadlines, WhatWaitsBehindARequestWithoutAnswerIsNotExecutedLater)
 {
     openPatiently(kSoonMs);
     controller_.treat("g", Mood::silent);
-    const Asked inFlight = queueWrite("M.w", "5", kSoonMs);
+    const Asked inFlight = queueWrite("M.w", "5", kSentByThenMs);
     ASSERT_TRUE(reaches("g", 1));
-    const Asked behind = queueWrite("M.a[0]", "6", kSoonMs);
-    const Asked text = queueWrite("M.text", QString(2 * kTextWords, 'z'), kSoonMs);
-    const Asked doubleWord = queueWrite("M.d", "7", kSoonMs);
+    const Asked behind = queueWrite("M.a[0]", "6", kSentByThenMs);
+    const Asked text = queueWrite("M.text", QString(2 * kTextWords, 'z'), kSentByThenMs);
+    const Asked doubleWord = queueWrite("M.d", "7", kSentByThenMs);
     EXPECT_EQ("unknown", await(inFlight).state);
     for (const Asked& asked : {behind, text, doubleWord}) {
         const Ended ended = await(asked);
@@ -138,11 +169,25 @@ TEST_F(Deadlines, RestOfATextIsNotSentWhenItsTimeIsOver)
 {
     openPatiently(kSoonMs);
     controller_.treat("g", Mood::silent);
-    const Ended ended = write("M.text", QString(2 * kTextWords, 'z'), kSoonMs);
+    const Ended ended = write("M.text", QString(2 * kTextWords, 'z'), kSentByThenMs);
     EXPECT_EQ("unknown", ended.state) << ended.reason;
     controller_.treat("g", Mood::answers);
     expectWorkGoesOn();
     EXPECT_TRUE(controller_.requestsOf("g", kTextAt + 16 * (kTextWords - 1)).empty());
+}
+
+// 38 words are known to be written; that the rest is still under way does not make them unknown.
+TEST_F(Deadlines, TextOfWhichHalfWasAcknowledgedIsPartialWhenItsTimeIsOver)
+{
+    openPatiently();
+    controller_.judge("g", [](const QByteArray&, int number) {
+        return number == 1 ? Mood::answers : Mood::silent;
+    });
+    const Ended ended = write("M.text", QString(2 * kTextWords, 'z'), kSentByThenMs);
+    EXPECT_EQ("partial", ended.state) << ended.reason;
+    EXPECT_EQ(kWordsOfARequest, ended.acknowledged);
+    EXPECT_EQ(kTextWords, ended.elements);
+    EXPECT_EQ(2u, controller_.count("g"));
 }
 
 TEST_F(Deadlines, ReadWhoseTimeIsOverIsNotSentLater)
@@ -171,8 +216,9 @@ TEST_F(Deadlines, BitWhoseTimeIsOverIsNotWrittenLater)
 TEST_F(Deadlines, AnEndAfterTheTimeIsNoOneElses)
 {
     openPatiently(kSoonMs);
-    controller_.judge("g", untilNumber(3, Mood::silent));
-    EXPECT_EQ("unknown", write("M.w", "5", kSoonMs / 4).state);
+    controller_.treat("g", Mood::silent);
+    EXPECT_EQ("unknown", write("M.w", "5", kSentByThenMs).state);
+    controller_.treat("g", Mood::answers);
     EXPECT_EQ("done", write("M.w", "6").state);
     EXPECT_EQ(6u, controller_.get('f', kWordAt));
 }

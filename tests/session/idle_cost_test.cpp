@@ -103,7 +103,7 @@ TEST_F(IdleCost, WhileAReplyIsWaitedFor)
 {
     controller_.treat("g", Mood::silent);
     open();
-    const Asked asked = queueWrite("M.w", "5", kSoonMs / 4);
+    const Asked asked = queueWrite("M.w", "5", kSentByThenMs);
     ASSERT_TRUE(reaches("g", 1));
     EXPECT_EQ("unknown", await(asked).state); // and its request is still under way
     expectSleep();

@@ -87,7 +87,7 @@ TEST_F(Outcomes, CarriedOutTwiceWithLostRepliesThenTheLineWentIsUnknown)
     controller_.judge("g", [](const QByteArray&, int number) {
         return number == 1 ? Mood::losesAndCloses : Mood::losesAndLeaves;
     });
-    const Ended ended = write("M.w", "5", kSoonMs);
+    const Ended ended = write("M.w", "5");
     EXPECT_EQ("unknown", ended.state) << ended.reason;
     EXPECT_EQ(5u, controller_.get('f', kWordAt));
     EXPECT_EQ(2u, controller_.count("g"));
@@ -98,7 +98,7 @@ TEST_F(Outcomes, CarriedOutOnceThenTheLineWentIsUnknownForEveryClass)
     openWithRetries(0);
     for (const OfClass& one : kClasses) {
         controller_.treat("egm", Mood::losesAndCloses);
-        const Ended ended = write(one.address, one.value, kSoonMs);
+        const Ended ended = write(one.address, one.value);
         EXPECT_EQ("unknown", ended.state) << one.address << ": " << ended.reason;
         EXPECT_EQ(one.number, controller_.get(static_cast<char>(one.writeFunction - 1), one.place));
     }
@@ -108,7 +108,7 @@ TEST_F(Outcomes, LostBeforeItWasCarriedOutIsUnknownToo)
 {
     openWithRetries(0);
     controller_.treat("g", Mood::closes);
-    EXPECT_EQ("unknown", write("M.w", "5", kSoonMs).state);
+    EXPECT_EQ("unknown", write("M.w", "5").state);
     EXPECT_EQ(0u, controller_.get('f', kWordAt));
 }
 
@@ -138,7 +138,7 @@ TEST_F(Outcomes, LostReplyAfterARefusalIsUnknown)
     controller_.judge("g", [](const QByteArray&, int number) {
         return number == 1 ? Mood::refuses : Mood::losesAndCloses;
     });
-    EXPECT_EQ("unknown", write("M.w", "5", kSoonMs).state);
+    EXPECT_EQ("unknown", write("M.w", "5").state);
 }
 
 TEST_F(Outcomes, NothingThatWasEverSentIsNotSent)

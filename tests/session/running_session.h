@@ -15,8 +15,9 @@
 namespace tavmir::host
 {
 
-constexpr int kPatientMs = 60000; // never reached when a test passes
-constexpr int kSoonMs = 400;      // reached where a test says so
+constexpr int kPatientMs = 60000;   // never reached when a test passes
+constexpr int kSoonMs = 400;        // waited through where nothing can be sent, or nobody replies
+constexpr int kSentByThenMs = 2000; // waited through; a request has gone by then
 
 // How an operation ended.
 struct Ended {
