@@ -103,6 +103,20 @@ TEST_F(Losses, BitsOfManyThreadsAllArrive)
     EXPECT_EQ(0xFFFF0000u, controller_.getAt(1, 'l', kDwordAt));
 }
 
+// The word that a bit is changed in is read when all writes before it are over, however many wait.
+TEST_F(Losses, ABitIsPutIntoTheWordThatWasWrittenBefore)
+{
+    openTolerant("", R"({ "address": "M.d" })");
+    for (quint32 round = 1; round <= 10; ++round) {
+        for (int i = 0; i < 10 * kWordsOfARequest; ++i) {
+            queueWrite(QString("M.many[%1]").arg(i), "1");
+        }
+        queueWrite("M.w", QString::number(0x100 * round));
+        EXPECT_EQ("done", write("M.w.b[4]", "1").state);
+        EXPECT_EQ(0x100 * round + 0x10, controller_.get('f', kWordAt));
+    }
+}
+
 // With a limit that is often reached, the books still close: what is called done stands in the
 // controller, what is called refused or not sent does not.
 TEST_F(Losses, BooksCloseWhenWritesAreGivenUp)

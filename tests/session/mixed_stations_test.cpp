@@ -2,6 +2,8 @@
 // and each gets its own station's values.
 #include "running_session.h"
 
+#include "support/wait_until.h"
+
 #include <atomic>
 #include <thread>
 
@@ -149,6 +151,39 @@ TEST_F(MixedStations, OneElementReadByManyThreadsIsReadForEach)
     });
     EXPECT_EQ(0, wrong);
     EXPECT_EQ(0u, requestsToWrongStations());
+}
+
+// Who waits for another station's end waits for nothing else: those for one station go together.
+TEST_F(MixedStations, ThoseInLineForOneStationGoTogether)
+{
+    constexpr int kWaiting = 8;
+    std::atomic<bool> mayAnswer{false};
+    controller_.judge("g", [&](const QByteArray&, int number) {
+        if (number > 1) {
+            return FakeController::Mood::silent;
+        }
+        test::waitUntil([&] { return mayAnswer.load(); });
+        return FakeController::Mood::answers;
+    });
+    const Asked other = queueWrite("M.w", "1");
+    ASSERT_TRUE(reaches("g", 1));
+    std::atomic<int> queued{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kWaiting; ++i) {
+        threads.emplace_back([&, i] {
+            queueWrite(QString("M.many[%1]").arg(i), "2");
+            ++queued;
+        });
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100)); // until they wait in line
+    EXPECT_EQ(0, queued);
+    mayAnswer = true;
+    EXPECT_TRUE(test::waitUntil([&] { return queued == kWaiting; })); // none of them has ended
+    session_->stop();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ("done", await(other).state);
 }
 
 } // namespace tavmir::host

@@ -164,6 +164,49 @@ TEST_F(PassPace, WithoutAPausePassFollowsPass)
     EXPECT_TRUE(test::waitUntil([&] { return bitPolls() > before + 200; }));
 }
 
+// Writes that never end keep neither reads waiting nor, once it is due, a pass.
+TEST_F(PassPace, ReadsTakeTurnsWithWrites)
+{
+    constexpr int kWrites = 40 * kWordsOfARequest;
+    options_.idleMs = kForeverMs;
+    prepare(Setting());
+    std::vector<Asked> writes;
+    for (int i = 0; i < kWrites; ++i) {
+        writes.push_back(queueWrite(QString("M.many[%1]").arg(i), "1"));
+    }
+    const Asked word = queueRead("M.a[0]");
+    const Asked doubleWord = queueRead("M.d");
+    size_t writtenBefore = 0;
+    controller_.judge("fl", [&](const QByteArray&, int) {
+        writtenBefore = controller_.count("g");
+        return FakeController::Mood::answers;
+    });
+    start();
+    EXPECT_EQ("done", await(word).state);
+    EXPECT_EQ("done", await(doubleWord).state);
+    EXPECT_LT(writtenBefore, 20u) << "of 40 requests with writes";
+    for (const Asked& one : writes) {
+        EXPECT_EQ("done", await(one).state);
+    }
+}
+
+TEST_F(PassPace, APassThatIsDueDoesNotWaitForAllWrites)
+{
+    constexpr int kWrites = 40 * kWordsOfARequest;
+    Setting setting;
+    setting.polled = R"({ "address": "M.w" })";
+    prepare(setting);
+    std::vector<Asked> writes;
+    for (int i = 0; i < kWrites; ++i) {
+        writes.push_back(queueWrite(QString("M.many[%1]").arg(i), "1"));
+    }
+    start();
+    for (const Asked& one : writes) {
+        EXPECT_EQ("done", await(one).state);
+    }
+    EXPECT_GE(controller_.count("f"), 4u) << "passes beside 40 requests with writes";
+}
+
 TEST_F(PassPace, WithNothingToPollTheCycleSleepsAndWorkWakesIt)
 {
     options_.idleMs = kForeverMs;
