@@ -128,6 +128,19 @@ TEST_F(LinkWaits, ReconnectWaitsOutThePauseAndMakesOneAttempt)
     EXPECT_EQ(1, server.connections());
 }
 
+TEST_F(LinkWaits, NewWorkDoesNotShortenThePauseBeforeAnAttempt)
+{
+    constexpr int kPauseMs = 80;
+    linkTo(closedPort(), kPatientMs, kPauseMs, kPauseMs);
+    EXPECT_FALSE(reconnects());
+    const Clock::time_point start = Clock::now();
+    link_->link.wake();
+    EXPECT_FALSE(reconnects());
+    EXPECT_GE(since(start),
+              milliseconds(kPauseMs / 2)); // three quarters of it, but for what had passed
+    EXPECT_EQ(2u, figures().connectFailures);
+}
+
 TEST_F(LinkWaits, StopEndsALongReconnect)
 {
     linkTo(closedPort(), kPatientMs, 900 * kPatientMs, 900 * kPatientMs);
