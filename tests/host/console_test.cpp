@@ -6,6 +6,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <thread>
+
 namespace tavmir::host
 {
 
@@ -68,11 +70,23 @@ TEST(Console, AReaderThatDoesNotReadMissesSomething)
 
 TEST(Console, WhatWasDroppedIsMissingThoughTheRestWasRead)
 {
-    CapturedConsole captured;
-    for (int i = 0; i < 3; ++i) {
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(0, ::pipe2(ends, O_CLOEXEC));
+    CapturedConsole captured(ends[1]);
+    for (int i = 0; i < 2;
+         ++i) { // nobody reads yet: the first piece waits, so the second is dropped
         captured.console().out().write(QByteArray(Output::kMostWaiting, 'x'));
     }
+    std::thread reader([&] {
+        char bytes[65536];
+        for (size_t left = Output::kMostWaiting; left > 0;) {
+            left -= static_cast<size_t>(::read(ends[0], bytes, sizeof bytes));
+        }
+    });
     const bool whole = captured.finish();
+    reader.join();
+    ::close(ends[0]);
+    ::close(ends[1]);
     EXPECT_FALSE(whole);
     EXPECT_EQ("tavmir-host: standard output was not read in time: parts of it are missing\n",
               captured.err());
