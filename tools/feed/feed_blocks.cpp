@@ -134,11 +134,14 @@ FeedBlocks::Piece FeedBlocks::next(const FeedReader* reader, quint64 end)
         stand(place); // what was missed may have changed how things stand
         return piece;
     }
-    const size_t number = (place.next - row_.front()->first) / FeedBlock::kEntries;
+    // The row is at most a few hundred blocks long: these fit where a size has 32 bits.
+    const auto number =
+        static_cast<size_t>((place.next - row_.front()->first) / FeedBlock::kEntries);
     FeedBlock& block = *row_[number];
-    const size_t from = place.next - block.first;
+    const auto from = static_cast<size_t>(place.next - block.first);
     piece.entries = block.entries.get() + from;
-    piece.count = std::min<quint64>(block.count, end > block.first ? end - block.first : 0) - from;
+    const quint64 there = end > block.first ? end - block.first : 0;
+    piece.count = static_cast<size_t>(std::min<quint64>(block.count, there)) - from;
     place.next += piece.count;
     place.held = &block;
     ++block.holders;
