@@ -4,7 +4,7 @@
 #include "feed/value_fold.h"
 #include "session/cycle_thread.h"
 #include "side_by_side/client.h"
-#include "support/plant.h"
+#include "support/label_records.h"
 
 #include <cstdio>
 #include <cstdlib>
