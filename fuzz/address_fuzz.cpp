@@ -23,19 +23,24 @@ model::Label labelOf(FuzzedDataProvider& bytes, int depth)
     if ((label.typeFlags & 0x100) != 0) {
         label.dimensionCount = bytes.ConsumeIntegralInRange<int>(-1, 3);
         const int bounds = bytes.ConsumeIntegralInRange<int>(0, 7);
-        for (int i = 0; i < bounds; ++i)
+        for (int i = 0; i < bounds; ++i) {
             label.arrayBounds.push_back(i == 0 ? bytes.ConsumeIntegralInRange<int>(-1, 38)
                                                : bytes.ConsumeIntegral<std::int8_t>());
+        }
     }
-    if (bytes.ConsumeBool())
+    if (bytes.ConsumeBool()) {
         label.elementSizes.push_back(bytes.ConsumeIntegral<std::int16_t>());
-    if (depth >= 3)
+    }
+    if (depth >= 3) {
         return label;
-    for (int i = bytes.ConsumeIntegralInRange<int>(0, 2); i > 0; --i)
+    }
+    for (int i = bytes.ConsumeIntegralInRange<int>(0, 2); i > 0; --i) {
         label.members.push_back(labelOf(bytes, depth + 1));
+    }
     label.memberCount = bytes.ConsumeIntegralInRange<std::uint32_t>(0, 3);
-    if (bytes.ConsumeBool())
+    if (bytes.ConsumeBool()) {
         label.elementType.push_back(labelOf(bytes, depth + 1));
+    }
     return label;
 }
 
@@ -47,8 +52,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::DriverPair pair;
     pair.setWord(model::WriteMode, bytes.ConsumeBool() ? 2 : 0);
     std::vector<model::Label> labels;
-    for (int i = bytes.ConsumeIntegralInRange<int>(1, 2); i > 0; --i)
+    for (int i = bytes.ConsumeIntegralInRange<int>(1, 2); i > 0; --i) {
         labels.push_back(labelOf(bytes, 0));
+    }
     pair.passLabels(labels);
     const int count = bytes.ConsumeIntegralInRange<int>(-2, 40);
     while (bytes.remaining_bytes() > 0) {

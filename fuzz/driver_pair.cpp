@@ -75,28 +75,32 @@ void DriverPair::setWord(model::ComWord word, int value)
 
 void DriverPair::setReplyLength(int length)
 {
-    if (model.protocolList.empty())
+    if (model.protocolList.empty()) {
         return;
+    }
     model.protocolList[0].replyLength = length;
     PLC_driver.protocolList[0].replyLength = length;
 }
 
 void DriverPair::compare()
 {
-    if (!(driverEvents == model.events))
+    if (!(driverEvents == model.events)) {
         differ(driverEvents.empty() ? "events missing" : model::shown(driverEvents.back()));
+    }
     driverEvents.clear();
     model.events.clear();
     const std::string difference = model::differenceOfState(model, PLC_driver, words_);
-    if (!difference.empty())
+    if (!difference.empty()) {
         differ(difference);
+    }
 }
 
 void DriverPair::passLabels(const std::vector<model::Label>& labels)
 {
     QList<Label_Type_Info> list;
-    for (const model::Label& label : labels)
+    for (const model::Label& label : labels) {
         list.append(model::qtLabel(label));
+    }
     PassVarName_2(&list);
     model.passVarNames(labels);
 }
@@ -106,11 +110,13 @@ void DriverPair::resolve(const model::Text& address)
     ControlInformationM info;
     model::Resolved resolved;
     const int result = get_label_address_info(model::qtText(address), info);
-    if (result != model.resolve(address, resolved))
+    if (result != model.resolve(address, resolved)) {
         differ("result of " + model::shown(address));
+    }
     const std::string difference = model::differenceOfResolved(resolved, info);
-    if (!difference.empty())
+    if (!difference.empty()) {
         differ(difference);
+    }
     compare();
 }
 
@@ -119,10 +125,12 @@ void DriverPair::read(const model::Text& address, int count)
     QByteArray data;
     model::Bytes expected;
     const int result = GetRegisterData(model::qtText(address), 0, 0, 0, &data, count);
-    if (result != model.getRegisterData(address, expected, count))
+    if (result != model.getRegisterData(address, expected, count)) {
         differ("result of a read");
-    if (expected != model::modelBytes(data))
+    }
+    if (expected != model::modelBytes(data)) {
         differ("values of a read");
+    }
     compare();
 }
 
@@ -131,8 +139,9 @@ void DriverPair::write(const model::Text& address, const model::Bytes& data, int
     QByteArray bytes = model::qtBytes(data);
     const int result =
         SetRegisterData(model::qtText(address), 0, QString(), 5, &bytes, count, 1, 2);
-    if (result != model.setRegisterData(address, model::Text(), 5, data, count, 1, 2))
+    if (result != model.setRegisterData(address, model::Text(), 5, data, count, 1, 2)) {
         differ("result of a write");
+    }
     compare();
 }
 
@@ -153,8 +162,9 @@ void DriverPair::addWrite(const model::Var& var)
 void DriverPair::communicate()
 {
     const bool request = ComCommunication() != nullptr;
-    if (request != (model.comCommunication() != nullptr))
+    if (request != (model.comCommunication() != nullptr)) {
         differ("whether there is a request");
+    }
     compare();
 }
 

@@ -13,8 +13,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace tavmir::wire;
     FuzzedDataProvider bytes(data, size);
     unsigned char requestBytes[kHeaderBytes] = {0, 0, 0, 0, 0, 3, 1, 100, 1};
-    for (const std::size_t at : {0U, 1U, 6U, 7U})
+    for (const std::size_t at : {0U, 1U, 6U, 7U}) {
         requestBytes[at] = bytes.ConsumeIntegral<std::uint8_t>();
+    }
     const FrameView request = viewFrame(requestBytes, sizeof requestBytes);
     FrameDecoder decoder;
     while (bytes.remaining_bytes() > 0) {
@@ -26,18 +27,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                     piece.size() - taken);
             FrameView frame;
             while ((state = decoder.next(frame)) == FrameDecoder::State::frame) {
-                if (frame.size < kHeaderBytes || frame.size > kMaxFrameBytes)
+                if (frame.size < kHeaderBytes || frame.size > kMaxFrameBytes) {
                     std::abort();
+                }
                 const bool isAnswer = classifyReply(request, frame) == ReplyKind::answer;
                 const bool belongs = frame.transactionId == request.transactionId &&
                                      frame.function == request.function &&
                                      frame.station == request.station;
-                if (isAnswer && !belongs)
+                if (isAnswer && !belongs) {
                     std::abort();
+                }
             }
         } while (state != FrameDecoder::State::broken && taken < piece.size());
-        if (state == FrameDecoder::State::broken)
+        if (state == FrameDecoder::State::broken) {
             decoder.clear();
+        }
     }
     return 0;
 }

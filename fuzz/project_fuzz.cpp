@@ -11,13 +11,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QByteArray json(reinterpret_cast<const char*>(data), static_cast<int>(size));
     const ReadOutcome outcome = readProject(json, QString("fuzz"));
     if (!outcome.project) {
-        if (outcome.error.isEmpty() || outcome.error.contains('\n'))
+        if (outcome.error.isEmpty() || outcome.error.contains('\n')) {
             std::abort();
+        }
         return 0;
     }
     for (const Polled& polled : outcome.project->polled) {
-        if (!resolveAddress(*outcome.project, polled.address).ok)
+        if (!resolveAddress(*outcome.project, polled.address).ok) {
             std::abort();
+        }
     }
     return 0;
 }

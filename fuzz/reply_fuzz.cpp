@@ -13,20 +13,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     model::Var var = fuzz::recordOf(bytes);
     for (int i = bytes.ConsumeIntegralInRange<int>(1, 60); i > 0; --i) {
         var.elementAddress = model::wrapped(std::int64_t{var.elementAddress} + 16);
-        if (writes)
+        if (writes) {
             pair.addWrite(var);
-        else
+        } else {
             pair.addRead(var);
+        }
     }
     while (bytes.remaining_bytes() > 0) {
         pair.communicate();
         const int length = bytes.ConsumeIntegralInRange<int>(-1, 2);
-        if (length < 1)
+        if (length < 1) {
             pair.setReplyLength(length);
+        }
         const bool exact = bytes.ConsumeBool() && !pair.model.protocolList.empty();
         model::Bytes reply = fuzz::bytesOf(bytes.ConsumeRandomLengthString(300));
-        if (exact && pair.model.protocolList[0].replyLength > 0)
+        if (exact && pair.model.protocolList[0].replyLength > 0) {
             reply.resize(static_cast<std::size_t>(pair.model.protocolList[0].replyLength));
+        }
         const int received = bytes.ConsumeBool() ? static_cast<int>(reply.size())
                                                  : bytes.ConsumeIntegral<std::int16_t>();
         pair.answer(reply, received);

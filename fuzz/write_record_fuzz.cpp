@@ -10,12 +10,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     pair.setWord(model::RetryLimit, bytes.ConsumeIntegralInRange<int>(0, 1));
     while (bytes.remaining_bytes() > 0) {
         const int next = bytes.ConsumeIntegralInRange<int>(0, 7);
-        if (next < 5)
+        if (next < 5) {
             pair.addWrite(fuzz::recordOf(bytes));
-        else if (next < 7)
+        } else if (next < 7) {
             pair.communicate();
-        else
+        } else {
             pair.answer(model::Bytes(9, 0), bytes.ConsumeBool() ? 9 : 0);
+        }
     }
     for (int turn = 0; turn < 3; ++turn) {
         pair.communicate();

@@ -36,8 +36,9 @@ void preparePolling(int type)
         AddListReadVar(&var);
     }
     // Two passes, so that all values are in the caches and the list has its room to turn.
-    for (int i = 0; i < 2 * kPolled; i += PLC_driver.batchCount)
+    for (int i = 0; i < 2 * kPolled; i += PLC_driver.batchCount) {
         goodTurn();
+    }
 }
 
 void prepareBitPolling()
@@ -120,7 +121,7 @@ void write()
 void prepareParsing()
 {
     passPlant(kVariables, kWord);
-    address = QString::fromLatin1("Main.") + variableName(kVariables - 1);
+    address = "Main." + variableName(kVariables - 1);
 }
 
 void parse()
@@ -173,15 +174,17 @@ bool isChosen(const char* chosen, const Case& one)
 
 extern "C" __attribute__((noinline)) void tavmir_measured_calls(void (*call)(), long calls)
 {
-    for (long i = 0; i < calls; ++i)
+    for (long i = 0; i < calls; ++i) {
         call();
+    }
 }
 
 int main(int argc, char** argv)
 {
     if (argc == 2 && std::strcmp(argv[1], "--list") == 0) {
-        for (const Case& one : kCases)
+        for (const Case& one : kCases) {
             std::puts(one.name);
+        }
         return 0;
     }
     if (argc != 3) {
@@ -190,8 +193,9 @@ int main(int argc, char** argv)
     }
     discardMessages();
     for (const Case& one : kCases) {
-        if (!isChosen(argv[1], one))
+        if (!isChosen(argv[1], one)) {
             continue;
+        }
         resetDriver();
         one.prepare();
         one.call();

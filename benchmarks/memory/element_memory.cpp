@@ -18,19 +18,19 @@ long bytesPerElement(int type, int elements)
     {
         // One variable: all of its elements share their texts.
         QList<Label_Type_Info> labels;
-        labels << label(QString::fromLatin1("Main"),
-                        QList<Label_Type_Info>()
-                            << arrayVariable(QString::fromLatin1("Recipe"), type, 0, elements));
+        labels << label("Main", QList<Label_Type_Info>()
+                                    << arrayVariable("Recipe", type, 0, elements));
         PassVarName_2(&labels);
         HOSTVAR var;
-        var.addressText = QString::fromLatin1("Main.Recipe[0]");
+        var.addressText = "Main.Recipe[0]";
         var.count = type == kDoubleWord ? 2 * elements : elements;
         QList<HOSTVAR> vars;
         vars << var;
         ReCreatReadVarList(&vars);
     }
-    for (int covered = 0; covered < 5 * elements; covered += PLC_driver.batchCount)
+    for (int covered = 0; covered < 5 * elements; covered += PLC_driver.batchCount) {
         goodTurn();
+    }
     const long bytes = heapBytesInUse() - before;
     resetDriver();
     return bytes / elements;

@@ -16,7 +16,7 @@ void parse(benchmark::State& state, Place place)
     resetDriver();
     passPlant(count, kWord);
     const int number = place == kFirst ? 0 : place == kLast ? count - 1 : count;
-    const QString address = QString::fromLatin1("Main.") + variableName(number);
+    const QString address = "Main." + variableName(number);
 
     const MeasuredCalls calls;
     for (auto _ : state) {

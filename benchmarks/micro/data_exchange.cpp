@@ -28,8 +28,9 @@ void get(benchmark::State& state, const Access& access)
     SetRegisterData(address, 0, QString(), 1, &data, access.count, 1, 1);
 
     const MeasuredCalls calls;
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(GetRegisterData(address, 0, 0, 0, &data, access.count));
+    }
     calls.report(state);
     resetDriver();
 }
@@ -49,8 +50,9 @@ void set(benchmark::State& state, const Access& access)
     for (auto _ : state) {
         benchmark::DoNotOptimize(
             SetRegisterData(address, 0, QString(), 1, &data, access.count, 1, 1));
-        if (PLC_driver.writeVarList.size() < kWritesKept)
+        if (PLC_driver.writeVarList.size() < kWritesKept) {
             continue;
+        }
         state.PauseTiming();
         calls.pause();
         PLC_driver.writeVarList.clear();
@@ -74,19 +76,22 @@ void getOfMany(benchmark::State& state, Which which)
     resetDriver();
     passPlant(count, kWord);
     QList<QString> addresses;
-    for (int i = 0; i < count; ++i)
-        addresses << QString::fromLatin1("Main.") + variableName(i);
+    for (int i = 0; i < count; ++i) {
+        addresses << "Main." + variableName(i);
+    }
     QByteArray data(2, '\1');
     PLC_driver.comInfo->writeMode = 0;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         PLC_driver.wordCache.insert(64 * i, 1);
+    }
 
     int i = which == kLast ? count - 1 : 0;
     const MeasuredCalls calls;
     for (auto _ : state) {
         benchmark::DoNotOptimize(GetRegisterData(addresses.at(i), 0, 0, 0, &data, 1));
-        if (which == kEachInTurn && ++i == count)
+        if (which == kEachInTurn && ++i == count) {
             i = 0;
+        }
     }
     calls.report(state);
     resetDriver();

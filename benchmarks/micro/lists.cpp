@@ -30,9 +30,8 @@ void measureFilling(benchmark::State& state, QList<RW_VAR>& list, int elements, 
 void passRecipe(int elements)
 {
     QList<Label_Type_Info> labels;
-    labels << label(QString::fromLatin1("Main"),
-                    QList<Label_Type_Info>()
-                        << arrayVariable(QString::fromLatin1("Recipe"), kWord, 0, elements));
+    labels << label("Main", QList<Label_Type_Info>()
+                                << arrayVariable("Recipe", kWord, 0, elements));
     PassVarName_2(&labels);
 }
 
@@ -61,8 +60,9 @@ void rebuildShuffled(benchmark::State& state)
     passPlant(elements, kWord);
     const QList<HOSTVAR> vars = polledVariables(elements);
     QList<HOSTVAR> shuffled;
-    for (int i = 0; i < elements; ++i)
+    for (int i = 0; i < elements; ++i) {
         shuffled << vars.at(static_cast<int>(i * kStride % elements));
+    }
     measureRebuild(state, shuffled);
 }
 BENCHMARK(rebuildShuffled)->Arg(1000)->Arg(100000)->Unit(benchmark::kMicrosecond);
@@ -74,7 +74,7 @@ void rebuildArray(benchmark::State& state)
     resetDriver();
     passRecipe(elements);
     HOSTVAR var;
-    var.addressText = QString::fromLatin1("Main.Recipe[0]");
+    var.addressText = "Main.Recipe[0]";
     var.count = elements;
     measureRebuild(state, QList<HOSTVAR>() << var);
 }
@@ -96,7 +96,7 @@ void onceReadsInOneCall(benchmark::State& state)
     resetDriver();
     passRecipe(kOnceReadLimit);
     measureFilling(state, PLC_driver.onceReadList, kOnceReadLimit, [] {
-        RW_VAR var = onceRead(QString::fromLatin1("Main.Recipe[0]"), kOnceReadLimit);
+        RW_VAR var = onceRead("Main.Recipe[0]", kOnceReadLimit);
         benchmark::DoNotOptimize(AddListOnceReadVar(&var));
     });
 }
@@ -108,8 +108,9 @@ void onceReadsOneByOne(benchmark::State& state)
     resetDriver();
     passPlant(kOnceReadLimit, kWord);
     QList<RW_VAR> vars;
-    for (int i = 0; i < kOnceReadLimit; ++i)
-        vars << onceRead(QString::fromLatin1("Main.") + variableName(i), 1);
+    for (int i = 0; i < kOnceReadLimit; ++i) {
+        vars << onceRead("Main." + variableName(i), 1);
+    }
     measureFilling(state, PLC_driver.onceReadList, kOnceReadLimit, [&] {
         for (int i = 0; i < kOnceReadLimit; ++i) {
             vars[i].count = 1; // the call changes it
@@ -123,10 +124,11 @@ BENCHMARK(onceReadsOneByOne)->Unit(benchmark::kMicrosecond);
 void appendAlone(benchmark::State& state)
 {
     resetDriver();
-    const RW_VAR var = onceRead(QString::fromLatin1("Main.Recipe[0]"), 1);
+    const RW_VAR var = onceRead("Main.Recipe[0]", 1);
     measureFilling(state, PLC_driver.onceReadList, kOnceReadLimit, [&] {
-        for (int i = 0; i < kOnceReadLimit; ++i)
+        for (int i = 0; i < kOnceReadLimit; ++i) {
             PLC_driver.onceReadList.append(var);
+        }
     });
 }
 BENCHMARK(appendAlone)->Unit(benchmark::kMicrosecond);
@@ -136,7 +138,7 @@ void onceReadIntoEmptyList(benchmark::State& state)
 {
     resetDriver();
     passPlant(kOnceReadLimit, kWord);
-    RW_VAR var = onceRead(QString::fromLatin1("Main.") + variableName(0), 1);
+    RW_VAR var = onceRead("Main." + variableName(0), 1);
     for (auto _ : state) {
         benchmark::DoNotOptimize(AddListOnceReadVar(&var));
         PLC_driver.onceReadList.removeLast();

@@ -38,10 +38,11 @@ public:
         state.counters["allocs"] =
             static_cast<double>(allocationCount() - allocations_) / iterations;
         state.counters["lines"] = static_cast<double>(messageCount() - messages_) / iterations;
-        if (elements > 1)
+        if (elements > 1) {
             state.counters["per_element"] =
                 benchmark::Counter(elements, benchmark::Counter::kIsIterationInvariantRate |
                                                  benchmark::Counter::kInvert);
+        }
     }
 
 private:

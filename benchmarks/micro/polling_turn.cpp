@@ -25,8 +25,9 @@ void pollingTurn(benchmark::State& state, int type)
     }
 
     const MeasuredCalls calls;
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(goodTurn());
+    }
     calls.report(state);
     state.counters["batch"] = PLC_driver.batchCount;
     resetDriver();

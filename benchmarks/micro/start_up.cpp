@@ -16,7 +16,7 @@ void passPlainVariables(benchmark::State& state)
         calls.pause();
         resetDriver();
         QList<Label_Type_Info> labels;
-        labels << label(QString::fromLatin1("Main"), variables(count, kWord));
+        labels << label("Main", variables(count, kWord));
         calls.resume();
         state.ResumeTiming();
         PassVarName_2(&labels);
@@ -52,7 +52,7 @@ void passSharedTypes(benchmark::State& state)
         outerVariables << outer;
     }
     QList<Label_Type_Info> labels;
-    labels << label(QString::fromLatin1("Main"), outerVariables);
+    labels << label("Main", outerVariables);
     MeasuredCalls calls;
     for (auto _ : state) {
         state.PauseTiming();

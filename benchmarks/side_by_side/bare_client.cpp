@@ -51,8 +51,9 @@ public:
         const int on = 1;
         if (socket_ < 0 ||
             connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-            setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) != 0)
+            setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) != 0) {
             fail("connect");
+        }
     }
 
     Done readFor(std::chrono::milliseconds duration) override
@@ -69,21 +70,24 @@ public:
 
     void disconnect() override
     {
-        if (socket_ >= 0)
+        if (socket_ >= 0) {
             close(socket_);
+        }
         socket_ = -1;
     }
 
 private:
     void exchange()
     {
-        if (send(socket_, request_, kRequestBytes, MSG_NOSIGNAL) != kRequestBytes)
+        if (send(socket_, request_, kRequestBytes, MSG_NOSIGNAL) != kRequestBytes) {
             fail("send");
+        }
         for (int have = 0; have < kReplyBytes;) {
             const ssize_t got =
                 recv(socket_, reply_ + have, sizeof reply_ - static_cast<size_t>(have), 0);
-            if (got <= 0)
+            if (got <= 0) {
                 fail("receive");
+            }
             have += static_cast<int>(got);
         }
     }

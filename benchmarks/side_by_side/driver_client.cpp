@@ -31,8 +31,9 @@ Label_Type_Info labelOf(Layout layout)
 {
     const auto which = static_cast<size_t>(layout);
     QList<Label_Type_Info> words;
-    for (int i = 0; i < kValues; ++i)
+    for (int i = 0; i < kValues; ++i) {
         words << variable(variableName(i), kWord, i * kBitsApart[which]);
+    }
     return label(QString::fromLatin1(kLabels[which]), words);
 }
 
@@ -41,9 +42,10 @@ struct LoadedDriver {
     LoadedDriver()
     {
         QStringList problems;
-        driver = host::Driver::load(QStringLiteral(TAVMIR_DRIVER_FILE), problems);
-        if (!driver)
-            fail(qPrintable(problems.join(QLatin1Char('\n'))));
+        driver = host::Driver::load(TAVMIR_DRIVER_FILE, problems);
+        if (!driver) {
+            fail(qPrintable(problems.join('\n')));
+        }
         const host::DriverApi& api = driver->api();
         api.setComInfo(&connection);
         host::DriverEvents::receiveInto(nullptr);
@@ -74,8 +76,9 @@ public:
     {
         ended_ = true;
         thread_.join();
-        if (figures_.missed > 0)
+        if (figures_.missed > 0) {
             fail("the folding reader missed something");
+        }
     }
 
 private:
@@ -117,11 +120,12 @@ public:
     {
         rebuild(layout);
         host::LinkOptions link;
-        link.host = QStringLiteral("127.0.0.1");
+        link.host = "127.0.0.1";
         link.port = port;
         cycle_ = std::make_unique<host::CycleThread>(state_, link);
-        if (feedIsRead_)
+        if (feedIsRead_) {
             reader_ = std::make_unique<FoldingReader>(state_.feed);
+        }
     }
 
     Done readFor(std::chrono::milliseconds duration) override
@@ -130,11 +134,13 @@ public:
         long requests = 0;
         const auto end = std::chrono::steady_clock::now() + duration;
         for (; std::chrono::steady_clock::now() < end; ++requests) {
-            if (!cycle_->turn())
+            if (!cycle_->turn()) {
                 fail("nothing to send");
+            }
         }
-        if (loaded_.connection.retryCount != 0 || loaded_.driver->api().context->commFailed)
+        if (loaded_.connection.retryCount != 0 || loaded_.driver->api().context->commFailed) {
             fail("a request failed");
+        }
         return {static_cast<long>(state_.passes.elementsAsked()) - before, requests};
     }
 
@@ -152,8 +158,7 @@ private:
         auto plan = std::make_shared<host::PolledGeneration>();
         for (int i = 0; i < kValues; ++i) {
             HOSTVAR var;
-            var.addressText =
-                QString::fromLatin1(kLabels[which]) + QLatin1Char('.') + variableName(i);
+            var.addressText = QString::fromLatin1(kLabels[which]) + '.' + variableName(i);
             var.count = 1;
             vars << var;
             host::PolledElement polled;
@@ -161,8 +166,9 @@ private:
             polled.element.address = static_cast<quint32>(i * kBitsApart[which]);
             plan->polled.push_back(polled);
         }
-        if (loaded_.driver->api().rebuildPolled(&vars) != kValues)
+        if (loaded_.driver->api().rebuildPolled(&vars) != kValues) {
             fail("the polled list is not complete");
+        }
         state_.passes.restart(kValues, host::Clock::now());
         host::FeedEntry entry = host::entryNow(host::FeedKind::planChanged);
         entry.plan = plan;

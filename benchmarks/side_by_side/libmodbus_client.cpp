@@ -26,8 +26,9 @@ public:
     {
         plan_ = ModbusPlan(layout);
         context_ = modbus_new_tcp("127.0.0.1", port);
-        if (!context_ || modbus_connect(context_) != 0)
+        if (!context_ || modbus_connect(context_) != 0) {
             fail();
+        }
     }
 
     Done readFor(std::chrono::milliseconds duration) override
@@ -36,8 +37,9 @@ public:
         const auto end = std::chrono::steady_clock::now() + duration;
         while (std::chrono::steady_clock::now() < end) {
             if (modbus_read_registers(context_, plan_.address(), plan_.registers(),
-                                      values_ + plan_.address()) != plan_.registers())
+                                      values_ + plan_.address()) != plan_.registers()) {
                 fail();
+            }
             done.values += plan_.registers();
             ++done.requests;
             plan_.advance();
@@ -47,8 +49,9 @@ public:
 
     void disconnect() override
     {
-        if (!context_)
+        if (!context_) {
             return;
+        }
         modbus_close(context_);
         modbus_free(context_);
         context_ = nullptr;

@@ -78,8 +78,9 @@ int main(int argc, char** argv)
         for (size_t delay = 0; delay < 3 && kDelaysMs[delay] <= longestDelayMs; ++delay) {
             for (const Layout layout : kLayouts) {
                 for (const std::unique_ptr<Client>& client : clients) {
-                    if (only && std::strcmp(only, client->name()) != 0)
+                    if (only && std::strcmp(only, client->name()) != 0) {
                         continue;
+                    }
                     measure(*client, responders[delay], layout, kDelaysMs[delay], round, duration);
                 }
             }

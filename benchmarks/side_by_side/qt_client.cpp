@@ -32,21 +32,24 @@ public:
         plan_ = ModbusPlan(layout);
         values_.assign(2 * kValues, 0);
         client_ = std::make_unique<QModbusTcpClient>();
-        client_->setConnectionParameter(QModbusDevice::NetworkAddressParameter,
-                                        QStringLiteral("127.0.0.1"));
+        client_->setConnectionParameter(QModbusDevice::NetworkAddressParameter, "127.0.0.1");
         client_->setConnectionParameter(QModbusDevice::NetworkPortParameter, port);
         QEventLoop loop;
         QObject::connect(client_.get(), &QModbusClient::stateChanged, &loop,
                          [&](QModbusDevice::State state) {
-                             if (state != QModbusDevice::ConnectingState)
+                             if (state != QModbusDevice::ConnectingState) {
                                  loop.quit();
+                             }
                          });
-        if (!client_->connectDevice())
+        if (!client_->connectDevice()) {
             fail(client_->errorString());
-        if (client_->state() == QModbusDevice::ConnectingState)
+        }
+        if (client_->state() == QModbusDevice::ConnectingState) {
             loop.exec();
-        if (client_->state() != QModbusDevice::ConnectedState)
+        }
+        if (client_->state() != QModbusDevice::ConnectedState) {
             fail(client_->errorString());
+        }
     }
 
     Done readFor(std::chrono::milliseconds duration) override
@@ -72,28 +75,32 @@ private:
         const QModbusDataUnit wanted(QModbusDataUnit::HoldingRegisters, plan_.address(),
                                      static_cast<quint16>(plan_.registers()));
         QModbusReply* reply = client_->sendReadRequest(wanted, kUnit);
-        if (!reply)
+        if (!reply) {
             fail(client_->errorString());
+        }
         QObject::connect(reply, &QModbusReply::finished, client_.get(), [this, reply] {
             // Closing the connection finishes the last reply once more.
             QObject::disconnect(reply, nullptr, client_.get(), nullptr);
             take(*reply);
             reply->deleteLater();
-            if (std::chrono::steady_clock::now() < end_)
+            if (std::chrono::steady_clock::now() < end_) {
                 sendNext();
-            else
+            } else {
                 loop_->quit();
+            }
         });
     }
 
     void take(const QModbusReply& reply)
     {
-        if (reply.error() != QModbusDevice::NoError)
+        if (reply.error() != QModbusDevice::NoError) {
             fail(reply.errorString());
+        }
         const QModbusDataUnit result = reply.result();
-        for (uint i = 0; i < result.valueCount(); ++i)
+        for (uint i = 0; i < result.valueCount(); ++i) {
             values_[static_cast<size_t>(result.startAddress()) + i] =
                 result.value(static_cast<int>(i));
+        }
         done_.values += static_cast<long>(result.valueCount());
         ++done_.requests;
         plan_.advance();

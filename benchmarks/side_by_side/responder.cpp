@@ -5,12 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 namespace tavmir
@@ -85,18 +85,23 @@ void serve(int connection, int delayMs)
     for (;;) {
         const ssize_t received =
             recv(connection, buffer + have, sizeof buffer - static_cast<size_t>(have), 0);
-        if (received <= 0)
+        if (received <= 0) {
             return;
+        }
         have += static_cast<int>(received);
         while (have >= kLengthEnd && have >= kLengthEnd + bigEndian16(buffer + 4)) {
             const int requestSize = kLengthEnd + bigEndian16(buffer + 4);
             const int replySize = buildReply(buffer, reply);
-            if (replySize == 0)
+            if (replySize == 0) {
                 return;
-            if (delayMs > 0)
+            }
+            if (delayMs > 0) {
                 wait(delayMs);
-            if (send(connection, reply, static_cast<size_t>(replySize), MSG_NOSIGNAL) != replySize)
+            }
+            if (send(connection, reply, static_cast<size_t>(replySize), MSG_NOSIGNAL) !=
+                replySize) {
                 return;
+            }
             have -= requestSize;
             std::memmove(buffer, buffer + requestSize, static_cast<size_t>(have));
         }
@@ -108,8 +113,9 @@ void serve(int connection, int delayMs)
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     for (;;) {
         const int connection = accept(listener, nullptr, nullptr);
-        if (connection < 0)
+        if (connection < 0) {
             fail("accept");
+        }
         const int on = 1;
         setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
         serve(connection, delayMs);
@@ -128,14 +134,17 @@ Responder::Responder(int delayMs)
     socklen_t size = sizeof address;
     if (listener < 0 || bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
         listen(listener, 4) != 0 ||
-        getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0)
+        getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
         fail("responder");
+    }
     port_ = ntohs(address.sin_port);
     process_ = fork();
-    if (process_ < 0)
+    if (process_ < 0) {
         fail("fork");
-    if (process_ == 0)
+    }
+    if (process_ == 0) {
         serveForever(listener, delayMs);
+    }
     close(listener);
 }
 

@@ -25,8 +25,9 @@ std::atomic<long> bytesInUse(0);
 
 void* counted(void* block)
 {
-    if (!block)
+    if (!block) {
         return block;
+    }
     ++allocations;
     bytesInUse.fetch_add(static_cast<long>(malloc_usable_size(block)) + kBookkeepingBytes,
                          std::memory_order_relaxed);
@@ -35,9 +36,10 @@ void* counted(void* block)
 
 void forget(void* block)
 {
-    if (block)
+    if (block) {
         bytesInUse.fetch_sub(static_cast<long>(malloc_usable_size(block)) + kBookkeepingBytes,
                              std::memory_order_relaxed);
+    }
 }
 
 } // namespace

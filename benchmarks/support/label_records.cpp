@@ -47,14 +47,15 @@ Label_Type_Info label(const QString& name, const QList<Label_Type_Info>& variabl
 
 QString variableName(int i)
 {
-    return QString::fromLatin1("Variable%1").arg(i);
+    return QString("Variable%1").arg(i);
 }
 
 QList<Label_Type_Info> variables(int count, int typeFlags)
 {
     QList<Label_Type_Info> list;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         list << variable(variableName(i), typeFlags, i * kBitsApart);
+    }
     return list;
 }
 

@@ -1,4 +1,5 @@
-// Label records of any size. They call nothing of the driver: a program that loads it takes them too.
+// Label records of any size. They call nothing of the driver: a program that loads it takes them
+// too.
 #ifndef TAVMIR_BENCHMARKS_SUPPORT_LABEL_RECORDS_H
 #define TAVMIR_BENCHMARKS_SUPPORT_LABEL_RECORDS_H
 

@@ -33,25 +33,23 @@ int commFail(QList<RW_VAR>, int, int)
 
 void passMixedPlant()
 {
-    Label_Type_Info axis = arrayVariable(QString::fromLatin1("Axis"), kStructure, 100000, 16);
+    Label_Type_Info axis = arrayVariable("Axis", kStructure, 100000, 16);
     axis.elementSizes << 96;
-    axis.elementType << structureType(
-        QList<Label_Type_Info>() << variable(QString::fromLatin1("Position"), kDoubleWord, 0)
-                                 << variable(QString::fromLatin1("Velocity"), kDoubleWord, 32));
+    axis.elementType << structureType(QList<Label_Type_Info>()
+                                      << variable("Position", kDoubleWord, 0)
+                                      << variable("Velocity", kDoubleWord, 32));
     QList<Label_Type_Info> labels;
-    labels << label(QString::fromLatin1("Main"),
-                    QList<Label_Type_Info>()
-                        << variable(QString::fromLatin1("Speed"), kWord, 16)
-                        << variable(QString::fromLatin1("State"), kWord | kBitSuffix, 32)
-                        << arrayVariable(QString::fromLatin1("Recipe"), kWord, 1600, kArrayElements)
-                        << axis);
+    labels << label("Main", QList<Label_Type_Info>()
+                                << variable("Speed", kWord, 16)
+                                << variable("State", kWord | kBitSuffix, 32)
+                                << arrayVariable("Recipe", kWord, 1600, kArrayElements) << axis);
     PassVarName_2(&labels);
 }
 
 void passPlant(int count, int typeFlags)
 {
     QList<Label_Type_Info> labels;
-    labels << label(QString::fromLatin1("Main"), variables(count, typeFlags));
+    labels << label("Main", variables(count, typeFlags));
     PassVarName_2(&labels);
 }
 
@@ -60,7 +58,7 @@ QList<HOSTVAR> polledVariables(int count)
     QList<HOSTVAR> list;
     for (int i = 0; i < count; ++i) {
         HOSTVAR var;
-        var.addressText = QString::fromLatin1("Main.") + variableName(i);
+        var.addressText = "Main." + variableName(i);
         var.count = 1;
         list << var;
     }
@@ -110,8 +108,9 @@ bool goodTurn()
     // One buffer for all replies, as a link has it.
     static QByteArray reply(kReplyBytes, '\1');
     const Protocol* request = ComCommunication();
-    if (!request)
+    if (!request) {
         return false;
+    }
     return DataCom(&reply, request->replyLength)->status == 1;
 }
 

@@ -9,7 +9,6 @@
 
 using tavmir::wrapAdd;
 using tavmir::wrapMultiply;
-using tavmir::wrapSubtract;
 
 namespace
 {
@@ -30,8 +29,9 @@ bool get_label_address_array_split(const tavmir::AddressPart& part, tavmir::Text
     name = part.whole;
     indexText = part.whole;
     indexText.size = 0;
-    if (part.open < 0 || part.close < 0)
+    if (part.open < 0 || part.close < 0) {
         return false;
+    }
     name.size = part.open;
     indexText.text += part.open + 1;
     indexText.size = qMax(0, part.whole.size - part.open - 2);
@@ -79,8 +79,9 @@ void resolveElement(const Label_Type_Info& entry, int typeCode, quint32 index, q
 {
     info.dataType = static_cast<quint8>(typeCode);
     info.elementWidth = elementWidthOf(entry, typeCode);
-    if (!(entry.typeFlags & tavmir::kArrayFlag))
+    if (!(entry.typeFlags & tavmir::kArrayFlag)) {
         return;
+    }
     const qint32 stride = typeCode == tavmir::kTextType ? kTextArrayStride : info.elementWidth;
     const qint32 linear = static_cast<qint32>(index);
     info.elementAddress = wrapAdd(info.elementAddress, wrapMultiply(stride, linear));
@@ -95,16 +96,19 @@ void resolveBitSuffix(const Label_Type_Info& entry, const tavmir::AddressParts& 
                       int partIndex, ControlInformationM& info)
 {
     if (!(entry.typeFlags & tavmir::kBitSuffixFlag) || parts.isEmpty() ||
-        partIndex != parts.size() - 2)
+        partIndex != parts.size() - 2) {
         return;
+    }
     const tavmir::AddressPart& suffix = parts.at(parts.size() - 1);
-    if (suffix.open < 1 || suffix.open >= suffix.close)
+    if (suffix.open < 1 || suffix.open >= suffix.close) {
         return;
+    }
     const tavmir::TextPiece number = {suffix.whole.text + suffix.open + 1,
                                       suffix.close - suffix.open - 1};
     info.bitAccess = 1;
-    if (!tavmir::convertNumber(number, kBitNumberRadix, info.bitIndex))
+    if (!tavmir::convertNumber(number, kBitNumberRadix, info.bitIndex)) {
         info.bitIndex = 0;
+    }
 }
 
 int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int partIndex,
@@ -115,13 +119,15 @@ int resolveStructure(const Label_Type_Info& entry, const tavmir::AddressParts& p
                      quint32 index, int pending, ControlInformationM& info)
 {
     if (index != 0) {
-        if (entry.elementSizes.isEmpty())
+        if (entry.elementSizes.isEmpty()) {
             return logged(tavmir::kLineStructureSizeMissing, kStructureSizeMissing);
+        }
         const qint32 offset = wrapMultiply(entry.elementSizes.first(), static_cast<qint32>(index));
         info.elementAddress = wrapAdd(info.elementAddress, offset);
     }
-    if (entry.elementType.isEmpty())
+    if (entry.elementType.isEmpty()) {
         return kAddressRefused;
+    }
     // The result is dropped on purpose: an address that ends at a structure, or names a member it
     // lacks, resolves to data type 0.
     resolve(entry.elementType.first(), parts, partIndex + 1, info);
@@ -132,8 +138,9 @@ int resolveStructure(const Label_Type_Info& entry, const tavmir::AddressParts& p
 int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int partIndex,
             ControlInformationM& info)
 {
-    if (partIndex < 0 || partIndex >= parts.size())
+    if (partIndex < 0 || partIndex >= parts.size()) {
         return kAddressRefused;
+    }
     tavmir::TextPiece name;
     tavmir::TextPiece indexText;
     const bool indexed = get_label_address_array_split(parts.at(partIndex), name, indexText);
@@ -144,28 +151,34 @@ int resolve(const Label_Type_Info& entry, const tavmir::AddressParts& parts, int
     if (entry.typeFlags & tavmir::kArrayFlag) {
         pending =
             tavmir::linearIndex(indexText, entry.dimensionCount, entry.arrayBounds, index, &end);
-        if (pending != kAddressResolved)
+        if (pending != kAddressResolved) {
             return logged(tavmir::kLineIndexRefused, pending);
+        }
     }
 
     if (entry.typeFlags & tavmir::kStructureFlag) {
-        if (!tavmir::membersAreComplete(entry))
+        if (!tavmir::membersAreComplete(entry)) {
             return kAddressRefused;
+        }
         const Label_Type_Info* member = tavmir::findMember(entry, name);
-        if (!member)
+        if (!member) {
             return logged(tavmir::kLineMemberNotFound, kMemberNotFound);
+        }
         info.elementAddress = wrapAdd(info.elementAddress, member->offset);
         return resolve(*member, parts, partIndex, info);
     }
 
     const int typeCode = entry.typeFlags & tavmir::kTypeCodeMask;
-    if (typeCode == tavmir::kStructureType)
+    if (typeCode == tavmir::kStructureType) {
         return resolveStructure(entry, parts, partIndex, index, pending, info);
-    if (!tavmir::findDataType(typeCode))
+    }
+    if (!tavmir::findDataType(typeCode)) {
         return pending;
+    }
     resolveElement(entry, typeCode, index, end, info);
-    if (typeCode == tavmir::kWordType || typeCode == tavmir::kDoubleWordType)
+    if (typeCode == tavmir::kWordType || typeCode == tavmir::kDoubleWordType) {
         resolveBitSuffix(entry, parts, partIndex, info);
+    }
     return pending;
 }
 
@@ -220,11 +233,13 @@ int get_label_address_info(const QString& address, ControlInformationM& info) TA
     }
 
     const Label_Type_Info& variables = label->elementType.first();
-    if (!tavmir::membersAreComplete(variables))
+    if (!tavmir::membersAreComplete(variables)) {
         return kAddressRefused;
+    }
     const Label_Type_Info* variable = tavmir::findMember(variables, nameOf(parts.at(1)));
-    if (!variable)
+    if (!variable) {
         return kAddressRefused;
+    }
     info.elementAddress = variable->offset;
     return resolve(*variable, parts, 1, info);
 }

@@ -15,10 +15,11 @@ AddressPart emptyPart(const QChar* text)
 
 void takeCharacter(AddressPart& part, ushort character)
 {
-    if (character == '[')
+    if (character == '[') {
         part.open = part.whole.size;
-    else if (character == ']')
+    } else if (character == ']') {
         part.close = part.whole.size;
+    }
     ++part.whole.size;
 }
 
@@ -43,8 +44,9 @@ void takeParts(const QStringList& texts, AddressParts& parts)
 {
     for (QStringList::const_iterator text = texts.begin(); text != texts.end(); ++text) {
         AddressPart part = emptyPart(text->constData());
-        for (int i = 0; i < text->size(); ++i)
+        for (int i = 0; i < text->size(); ++i) {
             takeCharacter(part, text->at(i).unicode());
+        }
         parts.append(part);
     }
 }

@@ -17,13 +17,15 @@ const int kDigitsThatFit = 9; // any number of so many decimal digits fits 32 bi
 // Plain decimal digits need no help from Qt; false when they are not plain.
 bool convertDigits(const TextPiece& text, qint32& number)
 {
-    if (text.size < 1 || text.size > kDigitsThatFit)
+    if (text.size < 1 || text.size > kDigitsThatFit) {
         return false;
+    }
     qint32 value = 0;
     for (int i = 0; i < text.size; ++i) {
         const int digit = text.text[i].unicode() - '0';
-        if (digit < 0 || digit > 9)
+        if (digit < 0 || digit > 9) {
             return false;
+        }
         value = kDecimal * value + digit;
     }
     number = value;
@@ -46,10 +48,12 @@ TextPiece takeItem(TextPiece& rest)
 
 bool convertNumber(const TextPiece& text, int radix, qint32& number)
 {
-    if (radix == kDecimal && convertDigits(text, number))
+    if (radix == kDecimal && convertDigits(text, number)) {
         return true;
-    if (radix != 0 && (radix < 2 || radix > 36))
+    }
+    if (radix != 0 && (radix < 2 || radix > 36)) {
         return false;
+    }
     bool converted = false;
     number = text.toString().toInt(&converted, radix);
     return converted;
@@ -60,10 +64,12 @@ int linearIndex(const TextPiece& text, int dimensionCount, const QList<int>& arr
 {
     const std::ptrdiff_t items =
         1 + std::count(text.text, text.text + text.size, QChar(QLatin1Char(',')));
-    if (items != dimensionCount)
+    if (items != dimensionCount) {
         return kAddressRefused;
-    if (arrayBounds.size() < 1 + 2 * static_cast<qint64>(dimensionCount))
+    }
+    if (arrayBounds.size() < 1 + 2 * static_cast<qint64>(dimensionCount)) {
         return kAddressRefused;
+    }
 
     // What is summed so far counts once for each element of the next dimension. A size is high
     // minus low, and an index above the high bound is accepted.
@@ -73,11 +79,13 @@ int linearIndex(const TextPiece& text, int dimensionCount, const QList<int>& arr
     for (int d = 0; d < dimensionCount; ++d) {
         const int low = arrayBounds.at(1 + 2 * d);
         qint32 offset = 0;
-        if (!convertNumber(takeItem(rest), arrayBounds.first(), offset))
+        if (!convertNumber(takeItem(rest), arrayBounds.first(), offset)) {
             return kIndexRefused;
+        }
         offset = wrapSubtract(offset, low);
-        if (offset < 0)
+        if (offset < 0) {
             return kIndexRefused;
+        }
         size = wrapSubtract(arrayBounds.at(2 + 2 * d), low);
         linear = wrapAdd(wrapMultiply(linear, size), offset);
     }

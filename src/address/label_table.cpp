@@ -12,8 +12,9 @@ tavmir::MemberIndex memberIndex;
 
 void PassVarName_2(QList<Label_Type_Info>* labels) TAVMIR_KX_TCP_NOTHROW
 {
-    if (!labels)
+    if (!labels) {
         return;
+    }
     const QList<Label_Type_Info>& records = *labels;
     for (QList<Label_Type_Info>::const_iterator it = records.begin(); it != records.end(); ++it) {
         PLC_driver.labelTable.insert(it->name, *it);
@@ -29,7 +30,7 @@ const Label_Type_Info* findLabel(const QString& name)
 {
     const QHash<QString, Label_Type_Info>& table = PLC_driver.labelTable;
     const QHash<QString, Label_Type_Info>::const_iterator label = table.constFind(name);
-    return label == table.constEnd() ? 0 : &*label;
+    return label == table.constEnd() ? nullptr : &*label;
 }
 
 bool membersAreComplete(const Label_Type_Info& type)
@@ -43,14 +44,15 @@ const Label_Type_Info* findMember(const Label_Type_Info& type, const TextPiece& 
     const int place = memberIndex.find(type.members, name);
     if (place != MemberIndex::kNotIndexed) {
         const bool found = place >= 0 && place < count;
-        return found ? &type.members.at(place) : 0;
+        return found ? &type.members.at(place) : nullptr;
     }
     const QList<Label_Type_Info>::const_iterator end = type.members.begin() + count;
     for (QList<Label_Type_Info>::const_iterator it = type.members.begin(); it != end; ++it) {
-        if (it->name == name)
+        if (it->name == name) {
             return &*it;
+        }
     }
-    return 0;
+    return nullptr;
 }
 
 } // namespace tavmir

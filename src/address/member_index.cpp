@@ -42,16 +42,18 @@ bool hasRecordsBelow(const Label_Type_Info& record)
 IndexedList::IndexedList(const QList<Label_Type_Info>& members) : members_(members)
 {
     std::size_t slotCount = 1;
-    while (slotCount < 2 * static_cast<std::size_t>(members.size()))
+    while (slotCount < 2 * static_cast<std::size_t>(members.size())) {
         slotCount *= 2;
-    const Slot free = {0, -1, 0};
+    }
+    const Slot free = {0, -1, nullptr};
     slots_.assign(slotCount, free);
     for (int i = 0; i < members_.size(); ++i) {
         const TextPiece name = pieceOf(members_.at(i).name);
         const quint32 hash = hashOf(name);
         Slot& slot = slots_[slotOf(name, hash)];
-        if (slot.place >= 0)
+        if (slot.place >= 0) {
             continue; // the first of equal names counts
+        }
         slot.hash = hash;
         slot.place = i;
         slot.record = &members_.at(i);
@@ -62,8 +64,9 @@ std::size_t IndexedList::slotOf(const TextPiece& name, quint32 hash) const
 {
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = hash & mask;
-    while (slots_[at].place >= 0 && !(slots_[at].hash == hash && slots_[at].record->name == name))
+    while (slots_[at].place >= 0 && !(slots_[at].hash == hash && slots_[at].record->name == name)) {
         at = (at + 1) & mask;
+    }
     return at;
 }
 
@@ -80,19 +83,23 @@ void MemberIndex::add(const Label_Type_Info& root)
         const Label_Type_Info& record = *waiting.back();
         waiting.pop_back();
 
-        if (!record.elementType.isEmpty() && seen.insert(&record.elementType.first()).second)
+        if (!record.elementType.isEmpty() && seen.insert(&record.elementType.first()).second) {
             waiting.push_back(&record.elementType.first());
+        }
 
         const QList<Label_Type_Info>& members = record.members;
         if (members.isEmpty() || !seen.insert(&members.first()).second ||
-            lists_.count(&members.first()) != 0)
+            lists_.count(&members.first()) != 0) {
             continue;
-        if (members.size() >= kIndexedFrom)
+        }
+        if (members.size() >= kIndexedFrom) {
             lists_.emplace(&members.first(), IndexedList(members));
+        }
         for (QList<Label_Type_Info>::const_iterator it = members.begin(); it != members.end();
              ++it) {
-            if (hasRecordsBelow(*it))
+            if (hasRecordsBelow(*it)) {
                 waiting.push_back(&*it);
+            }
         }
     }
 }
@@ -116,8 +123,9 @@ void MemberIndex::dropUnused()
 
 int MemberIndex::find(const QList<Label_Type_Info>& members, const TextPiece& name) const
 {
-    if (members.size() < kIndexedFrom)
+    if (members.size() < kIndexedFrom) {
         return kNotIndexed;
+    }
     const Lists::const_iterator list = lists_.find(&members.first());
     return list == lists_.end() ? static_cast<int>(kNotIndexed) : list->second.find(name);
 }

@@ -37,8 +37,9 @@ void takePendingReadList()
     // Declared before the lock: the old list is destroyed after the lock is released.
     QList<RW_VAR> old;
     QMutexLocker lock(&PLC_driver.listMutex);
-    if (PLC_driver.pendingReadList.isEmpty())
+    if (PLC_driver.pendingReadList.isEmpty()) {
         return;
+    }
     old.swap(PLC_driver.readVarList);
     PLC_driver.readVarList.swap(PLC_driver.pendingReadList);
 }
@@ -58,8 +59,9 @@ Turn chooseTurnAndBatch()
             return kOnceReadTurn;
         }
     }
-    if (PLC_driver.readVarList.isEmpty())
+    if (PLC_driver.readVarList.isEmpty()) {
         return kNoTurn;
+    }
     PLC_driver.readVarList.first().status = tavmir::kHeadInFlight;
     tavmir::formBatch(PLC_driver.readVarList);
     return kReadTurn;
@@ -106,15 +108,17 @@ void setStatus(int status)
 void countTurnEnd()
 {
     ComInfo& host = *PLC_driver.comInfo;
-    if (loadShared(host.scanDone) != 0)
+    if (loadShared(host.scanDone) != 0) {
         return;
+    }
     const qint32 before = loadShared(PLC_driver.scanCount);
     const qint32 turnEnds = tavmir::wrapAdd(before, 1);
     const bool passDone = turnEnds > PLC_driver.readVarList.size();
     // A rebuild that started the count anew meanwhile wins.
     tavmir::replaceShared(PLC_driver.scanCount, before, passDone ? 0 : turnEnds);
-    if (passDone)
+    if (passDone) {
         storeShared(host.scanDone, 1);
+    }
 }
 
 // Removes the answered request; true when its turn is over.
@@ -124,8 +128,9 @@ bool finishRequest()
     storeShared(PLC_driver.commFailed, false);
     host.replyCount = tavmir::wrapAdd(host.replyCount, 1);
     const bool turnOver = host.replyCount >= host.replyQuota;
-    if (turnOver)
+    if (turnOver) {
         countTurnEnd();
+    }
     PLC_driver.protocolList.removeFirst();
     return turnOver;
 }
@@ -144,8 +149,9 @@ bool giveUpAfterFailure()
 {
     ComInfo& host = *PLC_driver.comInfo;
     host.retryCount = tavmir::wrapAdd(host.retryCount, 1);
-    if (host.retryCount <= host.retryLimit)
+    if (host.retryCount <= host.retryLimit) {
         return false;
+    }
     storeShared(PLC_driver.commFailed, true);
     storeShared(PLC_driver.scanCount, 0);
     storeShared(host.scanDone, 0);
@@ -157,9 +163,9 @@ bool giveUpAfterFailure()
 } // namespace
 
 Communication_Protocol::Communication_Protocol()
-    : comInfo(0), varDoneCallback(0), commFailCallback(0), cycleState(0), writeTurns(0),
-      onceReadTurns(0), scanCount(0), commFailed(false), batchCount(0), batchElements(),
-      transactionCounter(0), sendBuffer()
+    : comInfo(nullptr), varDoneCallback(nullptr), commFailCallback(nullptr), cycleState(0),
+      writeTurns(0), onceReadTurns(0), scanCount(0), commFailed(false), batchCount(0),
+      batchElements(), transactionCounter(0), sendBuffer()
 {
     tavmir::diagnosticLine(kFile, "Communication_Protocol", tavmir::kLineContextConstructed,
                            tavmir::kTrace)
@@ -178,19 +184,21 @@ int Communication_Protocol::get_data_type_size(int dataType)
 
 Protocol* ComCommunication() TAVMIR_KX_TCP_NOTHROW
 {
-    if (!PLC_driver.protocolList.isEmpty())
+    if (!PLC_driver.protocolList.isEmpty()) {
         return &PLC_driver.protocolList.first();
+    }
 
     takePendingReadList();
     Turn turn = chooseTurnAndBatch();
-    while (turn != kNoTurn && !buildRequest(turn))
+    while (turn != kNoTurn && !buildRequest(turn)) {
         turn = chooseTurnAndBatch();
+    }
 
     if (PLC_driver.protocolList.isEmpty()) {
         PLC_driver.writeTurns = 0;
         PLC_driver.onceReadTurns = 0;
         storeShared(PLC_driver.comInfo->scanDone, 1);
-        return 0;
+        return nullptr;
     }
     return &PLC_driver.protocolList.first();
 }
@@ -198,22 +206,25 @@ Protocol* ComCommunication() TAVMIR_KX_TCP_NOTHROW
 RW_VAR* DataCom(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW
 {
     PLC_driver.retVar.status = kCodeGood;
-    if (PLC_driver.protocolList.isEmpty())
+    if (PLC_driver.protocolList.isEmpty()) {
         return &PLC_driver.retVar;
+    }
 
     const int code = DealDataOfLocalArea(reply, received);
     if (isGoodCode(code)) {
-        if (finishRequest())
+        if (finishRequest()) {
             tavmir::endTurn(code);
-        else
+        } else {
             setStatus(code);
+        }
         return &PLC_driver.retVar;
     }
 
     logFailure(reply);
-    if (giveUpAfterFailure())
+    if (giveUpAfterFailure()) {
         tavmir::endTurn(code);
-    else
+    } else {
         setStatus(kWillBeResent);
+    }
     return &PLC_driver.retVar;
 }

@@ -23,8 +23,9 @@ void formBatch(QList<RW_VAR>& list)
     PLC_driver.batchElements[count++] = &*entry;
     int total = 2 * elementSize;
     for (++entry; entry != end && total < kBatchByteBudget; ++entry) {
-        if (entry->dataType != dataType)
+        if (entry->dataType != dataType) {
             break;
+        }
         PLC_driver.batchElements[count++] = &*entry;
         total += elementSize;
     }
@@ -33,8 +34,9 @@ void formBatch(QList<RW_VAR>& list)
     // The next batch of a long list has left the processor's caches since its last turn; it comes
     // back while this one is on its way. A turn on 100,000 entries takes 590 ns with this and
     // 690 ns without, one on 100 entries 400 and 375 ns.
-    for (int i = 0; i < count && entry != end; ++i, ++entry)
+    for (int i = 0; i < count && entry != end; ++i, ++entry) {
         __builtin_prefetch(&entry->dataType);
+    }
 }
 
 } // namespace tavmir

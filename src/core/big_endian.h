@@ -25,8 +25,9 @@ inline void putBigEndian32(unsigned char* at, quint32 value)
 template <typename Value> inline Value getBigEndian(const unsigned char* at)
 {
     quint32 value = 0;
-    for (unsigned i = 0; i < sizeof(Value); ++i)
+    for (unsigned i = 0; i < sizeof(Value); ++i) {
         value = (value << 8) | at[i];
+    }
     return static_cast<Value>(value);
 }
 

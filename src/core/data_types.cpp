@@ -25,7 +25,7 @@ const DataType* findDataType(int code)
     case kDoubleWordType7:
         return &kDoubleWord;
     default:
-        return 0;
+        return nullptr;
     }
 }
 

@@ -1,9 +1,9 @@
 // The entry points that only keep what the host hands over, or answer a constant.
 #include "tavmir_kx_tcp/host_interface.h"
 
-void* LB = 0;
-void* LW = 0;
-void* RWI = 0;
+void* LB = nullptr;
+void* LW = nullptr;
+void* RWI = nullptr;
 
 void SetComInfo(ComInfo* comInfo) TAVMIR_KX_TCP_NOTHROW
 {

@@ -21,12 +21,15 @@ int sizeOf(const QByteArray* reply)
 int DealDataOfLocalArea(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW
 {
     const int expected = PLC_driver.protocolList.first().replyLength;
-    if (received == 0)
+    if (received == 0) {
         return GetDriverReturnValue(expected != kNoReplyExpected ? kNoAnswer : kGoodReply);
-    if (expected == kNoReplyExpected)
+    }
+    if (expected == kNoReplyExpected) {
         return GetDriverReturnValue(kGoodReply);
-    if (received != expected && expected != kAnyLength)
+    }
+    if (received != expected && expected != kAnyLength) {
         return GetDriverReturnValue(kLengthMismatch);
+    }
 
     const int check = CheckGetData(reply, sizeOf(reply));
     if (check == kStoreValues) {
@@ -41,18 +44,23 @@ int DealDataOfRemoteArea(QByteArray* reply, int received) TAVMIR_KX_TCP_NOTHROW
 {
     const Protocol& request = PLC_driver.protocolList.first();
     const int expected = request.replyLength;
-    if (received == 0 && expected != kNoReplyExpected)
+    if (received == 0 && expected != kNoReplyExpected) {
         return GetDriverReturnValue(kRemoteNoAnswer);
-    if (received != 0 && expected == kNoReplyExpected)
+    }
+    if (received != 0 && expected == kNoReplyExpected) {
         return GetDriverReturnValue(kGoodReply);
-    if (received != expected && expected != kAnyLength)
+    }
+    if (received != expected && expected != kAnyLength) {
         return GetDriverReturnValue(kRemoteLengthMismatch);
+    }
 
     const int check = CheckGetData(reply, sizeOf(reply));
-    if (check != kStoreValues && check != kNothingToStore)
+    if (check != kStoreValues && check != kNothingToStore) {
         return GetDriverReturnValue(kRemoteReplyRefused);
-    if (request.var.hostData12 != -1)
+    }
+    if (request.var.hostData12 != -1) {
         return GetDriverReturnValue(kRemoteAccepted);
+    }
     // Unlike the local check without taking `cacheMutex`, which is the caller's to hold.
     SaveToLocalDataErea(reply);
     const bool firstReply = PLC_driver.comInfo->replyCount == 1;

@@ -21,8 +21,9 @@ int SwitchErrorReturn(int base) TAVMIR_KX_TCP_NOTHROW
 {
     const int code = tavmir::wrapAdd(base, 1);
     const QList<Protocol>& requests = PLC_driver.protocolList;
-    if (requests.isEmpty())
+    if (requests.isEmpty()) {
         return code;
+    }
     const int key = requests.first().var.hostKey;
     return key >= 0 && key <= kLastRefiningKey ? tavmir::wrapAdd(code, key) : code;
 }

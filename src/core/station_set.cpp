@@ -6,12 +6,13 @@
 void EnCommStation(int station, int enable) TAVMIR_KX_TCP_NOTHROW
 {
     QMutexLocker lock(&PLC_driver.stationMutex);
-    if (station < 0)
+    if (station < 0) {
         PLC_driver.stationMap.clear();
-    else if (enable == 0)
+    } else if (enable == 0) {
         PLC_driver.stationMap.insert(station, 0);
-    else if (enable == 1)
+    } else if (enable == 1) {
         PLC_driver.stationMap.remove(station);
+    }
 }
 
 void EnableEthernet(int station, int enable) TAVMIR_KX_TCP_NOTHROW

@@ -75,8 +75,9 @@ void finishListTurn(QList<RW_VAR>& list)
 void finishReadTurn()
 {
     QList<RW_VAR>& list = PLC_driver.readVarList;
-    if (list.isEmpty() || list.first().status != kHeadInFlight)
+    if (list.isEmpty() || list.first().status != kHeadInFlight) {
         return;
+    }
     RW_VAR& head = list.first();
     head.status = 0;
     passRetValue(head, PLC_driver.retVar);
@@ -91,12 +92,13 @@ void endTurn(int code)
     QList<RW_VAR> dropped;
     QMutexLocker lock(&PLC_driver.listMutex);
 
-    if (PLC_driver.cycleState == kWriteInFlight)
+    if (PLC_driver.cycleState == kWriteInFlight) {
         finishListTurn(PLC_driver.writeVarList);
-    else if (PLC_driver.cycleState == kOnceReadInFlight)
+    } else if (PLC_driver.cycleState == kOnceReadInFlight) {
         finishListTurn(PLC_driver.onceReadList);
-    else if (PLC_driver.cycleState == kReadInFlight)
+    } else if (PLC_driver.cycleState == kReadInFlight) {
         finishReadTurn();
+    }
 
     if (loadShared(PLC_driver.commFailed)) {
         if (const CommFailCallback report = PLC_driver.commFailCallback) {
@@ -104,10 +106,11 @@ void endTurn(int code)
         }
         // Work queued behind the failed batch goes without a report of its own: the one above
         // stands for all of it.
-        if (PLC_driver.cycleState == kWriteInFlight)
+        if (PLC_driver.cycleState == kWriteInFlight) {
             dropped.swap(PLC_driver.writeVarList);
-        else if (PLC_driver.cycleState == kOnceReadInFlight)
+        } else if (PLC_driver.cycleState == kOnceReadInFlight) {
             dropped.swap(PLC_driver.onceReadList);
+        }
     }
     PLC_driver.retVar.status = code;
 }

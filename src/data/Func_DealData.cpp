@@ -21,9 +21,10 @@ void storeEntries(const unsigned char* entry, int available, QHash<int, Value>& 
     const int entryBytes = tavmir::kAddressBytes + static_cast<int>(sizeof(Value));
     const int count =
         qMin(qMin(PLC_driver.batchCount, tavmir::kBatchSlots), available / entryBytes);
-    for (int i = 0; i < count; ++i, entry += entryBytes)
+    for (int i = 0; i < count; ++i, entry += entryBytes) {
         cache.insert(PLC_driver.batchElements[i]->elementAddress,
                      tavmir::getBigEndian<Value>(entry + tavmir::kAddressBytes));
+    }
 }
 
 } // namespace
@@ -33,15 +34,17 @@ int CheckGetData(const QByteArray* reply, int size) TAVMIR_KX_TCP_NOTHROW
     Q_UNUSED(reply);
     Q_UNUSED(size);
     const QList<Protocol>& requests = PLC_driver.protocolList;
-    if (requests.isEmpty() || requests.first().var.hostData2 != 0)
+    if (requests.isEmpty() || requests.first().var.hostData2 != 0) {
         return kNothingToStore;
+    }
     return kStoreValues;
 }
 
 void SaveToLocalDataErea(QByteArray* reply) TAVMIR_KX_TCP_NOTHROW
 {
-    if (!reply || !PLC_driver.batchElements[0] || PLC_driver.protocolList.isEmpty())
+    if (!reply || !PLC_driver.batchElements[0] || PLC_driver.protocolList.isEmpty()) {
         return;
+    }
     const int offset = PLC_driver.protocolList.first().replyDataOffset;
     const int available = offset < 0 ? 0 : qMax(0, reply->size() - offset);
     const unsigned char* entries =

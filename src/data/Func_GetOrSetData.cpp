@@ -31,15 +31,17 @@ qint32 doubleWords(qint32 count)
 
 template <typename Value> void putLittleEndian(char* at, Value value)
 {
-    for (unsigned i = 0; i < sizeof(Value); ++i)
+    for (unsigned i = 0; i < sizeof(Value); ++i) {
         at[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
+    }
 }
 
 // Only texts and array elements have neighbours that a read may go on to.
 qint32 readableElements(const ControlInformationM& info, qint32 count)
 {
-    if (info.dataType == tavmir::kTextType)
+    if (info.dataType == tavmir::kTextType) {
         return count;
+    }
     return info.isArrayElement ? qMin(count, info.elementLimit) : 1;
 }
 
@@ -55,8 +57,9 @@ void readElements(const QHash<int, Value>& cache, const ControlInformationM& inf
     qint32 key = info.elementAddress;
     for (qint32 i = 0; i < elements; ++i, at += valueBytes, key = wrapAdd(key, step)) {
         const typename QHash<int, Value>::const_iterator entry = cache.constFind(key);
-        if (entry != cache.constEnd())
+        if (entry != cache.constEnd()) {
             putLittleEndian(at, *entry);
+        }
     }
 }
 
@@ -85,13 +88,15 @@ void readBits(QHash<int, Value>& cache, const ControlInformationM& info, QByteAr
 {
     const qint32 bits = 8 * static_cast<qint32>(sizeof(Value));
     qint32 bit = info.bitIndex;
-    if (data.isEmpty() || bit >= bits)
+    if (data.isEmpty() || bit >= bits) {
         return;
+    }
     const quint32 value = cache[info.elementAddress];
     char* at = data.data();
     for (int i = 0; i < data.size() && bit < bits; ++i, ++bit) {
-        if (bit >= 0)
+        if (bit >= 0) {
             at[i] = static_cast<char>((value >> bit) & 1);
+        }
     }
 }
 
@@ -104,8 +109,9 @@ void deliver(RW_VAR& record)
         return;
     }
     AddListWriteVar(&record);
-    if (tavmir::loadShared(PLC_driver.commFailed))
+    if (tavmir::loadShared(PLC_driver.commFailed)) {
         WriteDataToLocal(&record);
+    }
 }
 
 // The element that a bit write starts from, entered as zero when it was never received. Without
@@ -131,8 +137,9 @@ void writeBits(QHash<int, Value>& cache, const ControlInformationM& info, const 
     quint32 value = elementWithoutLock(cache, info.elementAddress);
     qint32 bit = info.bitIndex;
     for (int i = 0; i < data.size() && bit < bits; ++i, ++bit) {
-        if (bit < 0)
+        if (bit < 0) {
             continue;
+        }
         const quint32 mask = 1u << bit;
         value = data.at(i) != 0 ? (value | mask) : (value & ~mask);
     }
@@ -150,8 +157,9 @@ void writeBits(QHash<int, Value>& cache, const ControlInformationM& info, const 
 QByteArray elementBytes(const QByteArray& data, qint32 i, int valueBytes)
 {
     const qint64 first = static_cast<qint64>(i) * valueBytes;
-    if (first + valueBytes > data.size())
+    if (first + valueBytes > data.size()) {
         return QByteArray(valueBytes, '\0');
+    }
     return QByteArray(data.constData() + first, valueBytes);
 }
 
@@ -161,8 +169,9 @@ void writeElements(const QByteArray& data, qint32 count, qint32 step, int valueB
 {
     for (qint32 i = 0; i < count; ++i) {
         record.value = elementBytes(data, i, valueBytes);
-        if (record.dataType == tavmir::kBitType)
+        if (record.dataType == tavmir::kBitType) {
             record.value[0] = record.value.at(0) != 0 ? 1 : 0;
+        }
         deliver(record);
         record.elementAddress = wrapAdd(record.elementAddress, step);
     }
@@ -214,10 +223,11 @@ int GetRegisterData(const QString& address, int unused2, int unused3, int unused
         return 1;
     }
     fillWithZeros(values, count);
-    if (info.dataType == tavmir::kWordType)
+    if (info.dataType == tavmir::kWordType) {
         readBits(PLC_driver.wordCache, info, values);
-    else if (info.dataType == tavmir::kDoubleWordType)
+    } else if (info.dataType == tavmir::kDoubleWordType) {
         readBits(PLC_driver.dwordCache, info, values);
+    }
     return 1;
 }
 
@@ -226,8 +236,9 @@ int SetRegisterData(const QString& address, int unused2, const QString& text, in
 {
     Q_UNUSED(unused2);
     ControlInformationM info;
-    if (get_label_address_info(address, info) != kAddressResolved)
+    if (get_label_address_info(address, info) != kAddressResolved) {
         return 0;
+    }
 
     RW_VAR record;
     record.hostKey = hostKey;
@@ -244,10 +255,11 @@ int SetRegisterData(const QString& address, int unused2, const QString& text, in
 
     const QByteArray values = data ? *data : QByteArray();
     if (info.bitAccess == 1) {
-        if (info.dataType == tavmir::kWordType)
+        if (info.dataType == tavmir::kWordType) {
             writeBits(PLC_driver.wordCache, info, values, tavmir::kLineWordBitWrite, record);
-        else if (info.dataType == tavmir::kDoubleWordType)
+        } else if (info.dataType == tavmir::kDoubleWordType) {
             writeBits(PLC_driver.dwordCache, info, values, tavmir::kLineDoubleWordBitWrite, record);
+        }
     } else if (!writePlain(info, values, count, record)) {
         return 0;
     }

@@ -11,19 +11,22 @@
 void ReadAnalog() TAVMIR_KX_TCP_NOTHROW
 {
     const int length = tavmir::batchFrameLength(tavmir::kAddressBytes);
-    if (length == 0)
+    if (length == 0) {
         return;
+    }
     tavmir::putHeader(length);
     const int dataType = PLC_driver.batchElements[0]->dataType;
     // A type without encoding keeps the function code of the frame before it; hosts must not
     // poll such types.
-    if (const tavmir::DataType* type = tavmir::findDataType(dataType))
+    if (const tavmir::DataType* type = tavmir::findDataType(dataType)) {
         PLC_driver.sendBuffer[tavmir::kFunctionOffset] = type->readFunction;
+    }
 
     unsigned char* entry = PLC_driver.sendBuffer + tavmir::kHeaderBytes;
-    for (int i = 0; i < PLC_driver.batchCount; ++i, entry += tavmir::kAddressBytes)
+    for (int i = 0; i < PLC_driver.batchCount; ++i, entry += tavmir::kAddressBytes) {
         tavmir::putBigEndian32(entry,
                                static_cast<quint32>(PLC_driver.batchElements[i]->elementAddress));
+    }
 
     const int elementBytes = PLC_driver.get_data_type_size(dataType);
     tavmir::queueRequest(length, PLC_driver.batchCount * elementBytes + tavmir::kHeaderBytes,

@@ -17,8 +17,9 @@ const int kBytesBeforeCounting = 6;
 int batchFrameLength(int entryBytes)
 {
     const int count = PLC_driver.batchCount;
-    if (count < 1 || count > kBatchSlots)
+    if (count < 1 || count > kBatchSlots) {
         return 0;
+    }
     const int length = kHeaderBytes + count * entryBytes;
     return length <= static_cast<int>(sizeof PLC_driver.sendBuffer) ? length : 0;
 }

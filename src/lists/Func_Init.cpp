@@ -75,8 +75,9 @@ bool expand(const HOSTVAR& var, Expansion& expansion)
         return true;
     }
     const tavmir::DataType* type = tavmir::findDataType(info.dataType);
-    if (!type)
+    if (!type) {
         return false;
+    }
     const ExpandedVariable expanded = {&var, tavmir::effectiveStation(var.station), info.dataType};
     const qint32 record = static_cast<qint32>(expansion.variables.size());
     expansion.variables.push_back(expanded);
@@ -111,13 +112,15 @@ void appendClass(const std::vector<ExpandedVariable>& variables,
 std::vector<EntryNumbers> appendInOrder(Expansion& expansion, RW_VAR& entry, QList<RW_VAR>& list)
 {
     std::size_t total = 0;
-    for (int i = 0; i < kClasses; ++i)
+    for (int i = 0; i < kClasses; ++i) {
         total += expansion.classes[i].inOrder().size();
+    }
     std::vector<EntryNumbers> numbers;
     numbers.reserve(total);
     list.reserve(static_cast<int>(total));
-    for (int i = 0; i < kClasses; ++i)
+    for (int i = 0; i < kClasses; ++i) {
         appendClass(expansion.variables, expansion.classes[i].inOrder(), entry, list, numbers);
+    }
     return numbers;
 }
 
@@ -156,8 +159,9 @@ int ReCreatReadVarList(QList<HOSTVAR>* vars) TAVMIR_KX_TCP_NOTHROW
     for (int i = 0; i < hostVars.size(); ++i) {
         // `listMutex` stays locked, on purpose: a host that passes such a type is stopped at its
         // next call into the lists.
-        if (!expand(hostVars.at(i), expansion))
+        if (!expand(hostVars.at(i), expansion)) {
             return 0;
+        }
     }
     const std::vector<EntryNumbers> entries =
         appendInOrder(expansion, entry, PLC_driver.pendingReadList);

@@ -28,8 +28,9 @@ bool sameAddress(const Element& a, const Element& b)
 // How many steps it takes until addresses of 32 bits come round to the first one.
 qint64 distinctAddresses(qint32 step)
 {
-    if (step == 0)
+    if (step == 0) {
         return 1;
+    }
     const quint32 bits = static_cast<quint32>(step);
     const quint32 lowestBit = bits & (~bits + 1);
     return (Q_INT64_C(1) << 32) / lowestBit;
@@ -63,8 +64,9 @@ const std::vector<ClassElements::Element>& ClassElements::inOrder()
 
 void ClassElements::compact()
 {
-    if (!std::is_sorted(elements_.begin(), elements_.end(), Before()))
+    if (!std::is_sorted(elements_.begin(), elements_.end(), Before())) {
         std::sort(elements_.begin(), elements_.end(), Before());
+    }
     // From the back, so that the last of equal addresses stays.
     const std::vector<Element>::reverse_iterator kept =
         std::unique(elements_.rbegin(), elements_.rend(), sameAddress);

@@ -107,12 +107,14 @@ int AddListWriteVar(const RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
 int AddListOnceReadVar(RW_VAR* var) TAVMIR_KX_TCP_NOTHROW
 {
     ControlInformationM info;
-    if (get_label_address_info(var->addressText, info) != kAddressResolved)
+    if (get_label_address_info(var->addressText, info) != kAddressResolved) {
         return 0;
+    }
     var->station = tavmir::effectiveStation(var->station);
     var->dataType = info.dataType;
-    if (!tavmir::findDataType(info.dataType))
+    if (!tavmir::findDataType(info.dataType)) {
         return 0;
+    }
     const qint32 elements = onceReadElements(var->count, info);
     const qint32 step = info.dataType == tavmir::kTextType ? tavmir::kTextStep : info.elementWidth;
 

@@ -33,11 +33,13 @@ const int kShortList = 3;
 void rotate(QList<RW_VAR>& list, int elements)
 {
     const int size = list.size();
-    if (size < 2)
+    if (size < 2) {
         return;
+    }
     for (int i = elements % size; i > 0; --i) {
-        if (!moveFirstToEnd(list) && size >= kShortList)
+        if (!moveFirstToEnd(list) && size >= kShortList) {
             makeRoomBehind(list);
+        }
     }
 }
 

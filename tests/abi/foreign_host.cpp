@@ -19,8 +19,9 @@ public:
     template <typename Pointer> void find(const char* name, Pointer& pointer)
     {
         void* address = dlsym(library, name);
-        if (address == nullptr && missing.isEmpty())
+        if (address == nullptr && missing.isEmpty()) {
             missing = QString::fromLatin1(name);
+        }
         static_assert(sizeof pointer == sizeof address, "functions and data have one address size");
         std::memcpy(&pointer, &address, sizeof pointer);
     }

@@ -63,7 +63,7 @@ QList<Label> plant()
     type.members << plainVariable("Speed", 4, 3000) << plainVariable("Position", 6, 4096);
     type.memberCount = 2;
     Label line = Label();
-    line.name = QString::fromLatin1("Line");
+    line.name = "Line";
     line.type << type;
     return QList<Label>() << line;
 }
@@ -137,17 +137,21 @@ protected:
     ::testing::AssertionResult exchange(const char* frame, const char* reply, int expectedResult)
     {
         const Request* request = driver.nextRequest();
-        if (request == nullptr)
+        if (request == nullptr) {
             return ::testing::AssertionFailure() << "nothing to send";
-        if (hexOf(request->frame) != frame || request->frameBytes != request->frame.size())
+        }
+        if (hexOf(request->frame) != frame || request->frameBytes != request->frame.size()) {
             return ::testing::AssertionFailure()
                    << "frame " << hexOf(request->frame) << " of " << request->frameBytes;
+        }
         QByteArray answer = bytesOf(reply);
-        if (!answer.isEmpty() && request->answerBytes != answer.size())
+        if (!answer.isEmpty() && request->answerBytes != answer.size()) {
             return ::testing::AssertionFailure() << "expects " << request->answerBytes << " bytes";
+        }
         const Variable* result = driver.answer(&answer, answer.size());
-        if (result->result != expectedResult)
+        if (result->result != expectedResult) {
             return ::testing::AssertionFailure() << "result " << result->result;
+        }
         return ::testing::AssertionSuccess();
     }
 
@@ -158,8 +162,7 @@ protected:
         ASSERT_EQ(driver.rebuild(&screen), 2);
 
         QByteArray speed = bytesOf("3412");
-        ASSERT_EQ(driver.set(QString::fromLatin1("Line.Speed"), 0, QString(), 1, &speed, 1, 31, 32),
-                  1);
+        ASSERT_EQ(driver.set("Line.Speed", 0, QString(), 1, &speed, 1, 31, 32), 1);
         ASSERT_TRUE(exchange("000000000009016701"
                              "00000bb83412",
                              "000000000003016701", 1));
@@ -167,7 +170,7 @@ protected:
         Variable once = Variable();
         once.owner = 41;
         once.number = 42;
-        once.address = QString::fromLatin1("Line.Position");
+        once.address = "Line.Position";
         once.elements = 2;
         ASSERT_EQ(driver.addOnceRead(&once), 1);
         ASSERT_EQ(once.type, 6);
@@ -208,9 +211,9 @@ protected:
                              "", 41));
 
         QByteArray values;
-        ASSERT_EQ(driver.get(QString::fromLatin1("Line.Speed"), 0, 0, 0, &values, 1), 1);
+        ASSERT_EQ(driver.get("Line.Speed", 0, 0, 0, &values, 1), 1);
         ASSERT_EQ(hexOf(values), "efbe");
-        ASSERT_EQ(driver.get(QString::fromLatin1("Line.Position"), 0, 0, 0, &values, 2), 1);
+        ASSERT_EQ(driver.get("Line.Position", 0, 0, 0, &values, 2), 1);
         ASSERT_EQ(hexOf(values), "78563412");
     }
 
@@ -233,13 +236,16 @@ protected:
         reports.clear();
         givenUpCalls = 0;
         load();
-        if (HasFatalFailure())
+        if (HasFatalFailure()) {
             return;
+        }
         setUpLink();
-        if (!HasFatalFailure())
+        if (!HasFatalFailure()) {
             runCycle();
-        if (!HasFatalFailure())
+        }
+        if (!HasFatalFailure()) {
             checkReports();
+        }
         unload();
     }
 
@@ -258,10 +264,10 @@ Footprint footprint()
 {
     Footprint now;
     now.heapBytes = mallinfo2().uordblks;
-    now.openFiles = QDir(QLatin1String("/proc/self/fd"))
+    now.openFiles = QDir("/proc/self/fd")
                         .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
                         .size();
-    QFile maps(QLatin1String("/proc/self/maps"));
+    QFile maps("/proc/self/maps");
     now.mappings = maps.open(QIODevice::ReadOnly) ? maps.readAll().count("tavmir_kx_tcp.so") : -1;
     return now;
 }
@@ -274,8 +280,9 @@ TEST_F(ForeignHost, DrivesAWholeCycleThroughPlainNames)
 TEST_F(ForeignHost, CallsWhatNeedsNoLink)
 {
     load();
-    if (HasFatalFailure())
+    if (HasFatalFailure()) {
         return;
+    }
     EXPECT_EQ(driver.moveAddresses(), -1);
     EXPECT_EQ(driver.finished(), 1);
     driver.enableStation(3, 0);
@@ -289,11 +296,13 @@ TEST_F(ForeignHost, CallsWhatNeedsNoLink)
 TEST_F(ForeignHost, LoadsAndUnloadsAThousandTimesWithoutGrowth)
 {
     // Qt and the loader fill tables of their own during the first lives.
-    for (int life = 0; life < TAVMIR_LIVES / 10 && !HasFatalFailure(); ++life)
+    for (int life = 0; life < TAVMIR_LIVES / 10 && !HasFatalFailure(); ++life) {
         oneLife();
+    }
     const Footprint before = footprint();
-    for (int life = 0; life < TAVMIR_LIVES && !HasFatalFailure(); ++life)
+    for (int life = 0; life < TAVMIR_LIVES && !HasFatalFailure(); ++life) {
         oneLife();
+    }
     const Footprint after = footprint();
     // The allocator's own bookkeeping moves by some kilobytes. One block left behind by each life,
     // 16 bytes at least, would make 16,000 in a thousand lives.

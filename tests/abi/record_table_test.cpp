@@ -29,13 +29,14 @@ Tables publishedTables()
     std::string line;
     std::string record;
     while (std::getline(page, line)) {
-        if (line.compare(0, 5, "### `") == 0)
+        if (line.compare(0, 5, "### `") == 0) {
             record = line.substr(5, line.size() - 6);
-        else if (line.compare(0, 3, "## ") == 0)
+        } else if (line.compare(0, 3, "## ") == 0) {
             record.clear();
-        else if (!record.empty() &&
-                 (line.compare(0, 3, "| `") == 0 || line.compare(0, 5, "Size ") == 0))
+        } else if (!record.empty() &&
+                   (line.compare(0, 3, "| `") == 0 || line.compare(0, 5, "Size ") == 0)) {
             tables[record].push_back(line);
+        }
     }
     return tables;
 }
@@ -75,8 +76,9 @@ TEST(RecordTable, PublishedLayoutIsTheBuiltOne)
         const Tables::const_iterator table = tables.find(record.name);
         ASSERT_TRUE(table != tables.end());
         std::vector<std::string> published;
-        for (const std::string& line : table->second)
+        for (const std::string& line : table->second) {
             published.push_back(column(line));
+        }
         EXPECT_EQ(published, built(record));
     }
     EXPECT_EQ(tables.size(), recordTable().size());

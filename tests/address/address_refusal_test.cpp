@@ -19,10 +19,12 @@ protected:
 
 TEST_F(AddressRefusal, NamesAreComparedExactly)
 {
-    for (const char* address : {"main.Run", "MAIN.Run", " Main.Run", "Main .Run"})
+    for (const char* address : {"main.Run", "MAIN.Run", " Main.Run", "Main .Run"}) {
         EXPECT_EQ(resolve(address), 2) << address;
-    for (const char* address : {"Main.run", "Main. Run", "Main.Run ", "Main.RUN", "Main.Runn"})
+    }
+    for (const char* address : {"Main.run", "Main. Run", "Main.Run ", "Main.RUN", "Main.Runn"}) {
         EXPECT_EQ(resolve(address), 1) << address;
+    }
 }
 
 TEST_F(AddressRefusal, AnUnknownLabelIsLoggedWithoutItsSuffix)
@@ -62,8 +64,9 @@ TEST_F(AddressRefusal, AQuoteInALabelIsLoggedAsTheStreamPrintsIt)
 TEST_F(AddressRefusal, TheClosingBracketIsNotSearched)
 {
     // The label part loses everything from its last opening bracket on.
-    for (const char* address : {"Main[1]yz.Run", "Main[1]].Run", "Main[].Run", "Main[]x.Run"})
+    for (const char* address : {"Main[1]yz.Run", "Main[1]].Run", "Main[].Run", "Main[]x.Run"}) {
         EXPECT_EQ(resolve(address), 0) << address;
+    }
     EXPECT_EQ(resolve("Main[1.Run"), 2) << "one bracket alone is part of the name";
 }
 
@@ -116,7 +119,7 @@ TEST_F(AddressRefusal, OnAFoundVariableTheOffsetReplacesWhatTheRecordHeld)
 {
     ControlInformationM dirty;
     dirty.elementAddress = 99999;
-    EXPECT_EQ(get_label_address_info(QLatin1String("Main.Run"), dirty), 0);
+    EXPECT_EQ(get_label_address_info("Main.Run", dirty), 0);
     EXPECT_EQ(dirty.elementAddress, 100);
 }
 
@@ -127,11 +130,11 @@ TEST_F(AddressRefusal, TheParserNeverClearsTheRecord)
     dirty.bitIndex = 9;
     dirty.arrayBase = 4;
     dirty.elementLimit = 5;
-    EXPECT_EQ(get_label_address_info(QLatin1String("Main.Run"), dirty), 0);
+    EXPECT_EQ(get_label_address_info("Main.Run", dirty), 0);
     EXPECT_EQ(dirty.bitIndex, 9);
     EXPECT_EQ(dirty.arrayBase, 4);
     EXPECT_EQ(dirty.elementLimit, 5);
-    EXPECT_EQ(get_label_address_info(QLatin1String("Main.M[1,0]"), dirty), 0);
+    EXPECT_EQ(get_label_address_info("Main.M[1,0]", dirty), 0);
     EXPECT_EQ(dirty.arrayBase, 0) << "set for an array element";
 }
 
@@ -166,10 +169,11 @@ TEST_F(AddressRefusal, TheFirstOfEqualVariableNamesIsFound)
 TEST_F(AddressRefusal, ParsingChangesNoLabel)
 {
     const int before = PLC_driver.labelTable.size();
-    for (const char* address : {"Main.Run", "Nope.Run", "Main.M[1,1]", "", "Main"})
+    for (const char* address : {"Main.Run", "Nope.Run", "Main.M[1,1]", "", "Main"}) {
         resolve(address);
+    }
     EXPECT_EQ(PLC_driver.labelTable.size(), before);
-    EXPECT_FALSE(PLC_driver.labelTable.contains(QLatin1String("Nope")));
+    EXPECT_FALSE(PLC_driver.labelTable.contains("Nope"));
 }
 
 } // namespace

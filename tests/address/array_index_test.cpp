@@ -73,16 +73,18 @@ TEST_F(ArrayIndex, NoUpperBoundCheck)
 
 TEST_F(ArrayIndex, TheNumberOfIndicesMustMatch)
 {
-    for (const char* text : {"", "1", "1,2,3", "1,2,"})
+    for (const char* text : {"", "1", "1,2,3", "1,2,"}) {
         EXPECT_EQ(linear(text, 2, threeByFive), 1) << text;
+    }
     EXPECT_EQ(index, 777u);
     EXPECT_EQ(end, 888u);
 }
 
 TEST_F(ArrayIndex, NoDimensionsAreRefused)
 {
-    for (const int dimensions : {0, -1, INT_MIN})
+    for (const int dimensions : {0, -1, INT_MIN}) {
         EXPECT_EQ(linear("1", dimensions, threeByFive), 1) << dimensions;
+    }
     EXPECT_EQ(linear("", 0, threeByFive), 1);
     EXPECT_EQ(index, 777u);
 }

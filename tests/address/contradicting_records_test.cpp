@@ -35,7 +35,7 @@ TEST_F(ContradictingRecords, AStructureTypeThatPromisesMoreMembersThanItHas)
 {
     Label_Type_Info type = structureType(QList<Label_Type_Info>() << variable("M", 4, 16));
     type.memberCount = 2;
-    type.name = QLatin1String("M");
+    type.name = "M";
     type.offset = 500;
     EXPECT_EQ(resolveVariable(type, "Main.M"), 1);
     EXPECT_EQ(diagnostics.lines(), QStringList());

@@ -35,8 +35,9 @@ TEST_F(DataTypeResolution, StrideOfEachCode)
     const int strides[5] = {1, 16, 32, 32, 256};
     for (int i = 0; i < 5; ++i) {
         Label_Type_Info array = arrayVariable("V", codes[i], 640, QList<int>() << 0 << 9);
-        if (codes[i] == 10)
+        if (codes[i] == 10) {
             array.elementSizes << 48;
+        }
         EXPECT_EQ(resolveVariable(array, "Main.V[3]"), 0);
         const int width = codes[i] == 10 ? 48 : strides[i];
         EXPECT_EQ(info, parsedElement(codes[i], 640 + 3 * strides[i], width, 3, 9)) << codes[i];
@@ -61,8 +62,9 @@ TEST_F(DataTypeResolution, OtherCodesResolveToNothingAndSayNothing)
 {
     for (int code = 0; code <= 255; ++code) {
         const bool resolved = code == 1 || code == 4 || code == 6 || code == 7 || code == 10;
-        if (resolved || code == 12)
+        if (resolved || code == 12) {
             continue;
+        }
         EXPECT_EQ(resolveVariable(variable("V", code, 640), "Main.V"), 0) << code;
         EXPECT_EQ(info, parsed(0, 640, 0)) << code;
     }

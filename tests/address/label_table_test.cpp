@@ -36,11 +36,13 @@ protected:
         EXPECT_EQ(a.memberCount, b.memberCount);
         EXPECT_EQ(a.arrayBounds, b.arrayBounds);
         ASSERT_EQ(a.members.size(), b.members.size());
-        for (int i = 0; i < a.members.size(); ++i)
+        for (int i = 0; i < a.members.size(); ++i) {
             expectSame(a.members.at(i), b.members.at(i));
+        }
         ASSERT_EQ(a.elementType.size(), b.elementType.size());
-        for (int i = 0; i < a.elementType.size(); ++i)
+        for (int i = 0; i < a.elementType.size(); ++i) {
             expectSame(a.elementType.at(i), b.elementType.at(i));
+        }
         EXPECT_EQ(a.extraText, b.extraText);
         EXPECT_EQ(a.extraValue1, b.extraValue1);
         EXPECT_EQ(a.extraValue2, b.extraValue2);
@@ -84,7 +86,7 @@ TEST_F(LabelTable, ALaterCallAddsAndReplaces)
     passLabels({distinctLabel("B", 200)});
     EXPECT_EQ(PLC_driver.labelTable.size(), 2);
     Label_Type_Info bare;
-    bare.name = QLatin1String("A");
+    bare.name = "A";
     passLabels({bare});
     EXPECT_EQ(PLC_driver.labelTable.size(), 2);
     expectSame(stored("A"), bare);
@@ -96,7 +98,7 @@ TEST_F(LabelTable, TheHostMayChangeItsListAfterwards)
     QList<Label_Type_Info> labels = {distinctLabel("A", 100)};
     PassVarName_2(&labels);
     labels[0].offset = -1;
-    labels[0].members[0].name = QLatin1String("changed");
+    labels[0].members[0].name = "changed";
     labels.clear();
     expectSame(stored("A"), distinctLabel("A", 100));
 }

@@ -22,8 +22,9 @@ QString nameOf(int i)
 QList<Label_Type_Info> manyVariables(int first)
 {
     QList<Label_Type_Info> list;
-    for (int i = 0; i < kMany; ++i)
+    for (int i = 0; i < kMany; ++i) {
         list << variable(qPrintable(nameOf(i)), 4, first + 16 * i);
+    }
     return list;
 }
 
@@ -52,8 +53,9 @@ protected:
 
 TEST_F(MemberIndexTest, EveryVariableOfALongListIsFound)
 {
-    for (int i = 0; i < kMany; ++i)
+    for (int i = 0; i < kMany; ++i) {
         EXPECT_EQ(addressOf(nameOf(i)), 1000 + 16 * i) << i;
+    }
     EXPECT_EQ(addressOf("Variable100"), -1);
     EXPECT_EQ(addressOf("Variable"), -1);
     EXPECT_EQ(addressOf(""), -1);
@@ -108,18 +110,20 @@ TEST_F(MemberIndexTest, VariablesAddedAndRemovedInTheTableCount)
 TEST_F(MemberIndexTest, ARecordPutIntoTheTableDirectlyResolves)
 {
     PLC_driver.labelTable.insert("Main", label("Main", manyVariables(5000)));
-    for (int i = 0; i < kMany; ++i)
+    for (int i = 0; i < kMany; ++i) {
         EXPECT_EQ(addressOf(nameOf(i)), 5000 + 16 * i) << i;
+    }
 }
 
 TEST_F(MemberIndexTest, AListInTheMemoryOfAnOlderOneIsNotTakenForIt)
 {
     // Lists of one shape come and go, so that the allocator gives the same places again.
     for (int round = 0; round < 50; ++round) {
-        if (round % 2)
+        if (round % 2) {
             PLC_driver.labelTable.insert("Main", label("Main", manyVariables(round)));
-        else
+        } else {
             passMain(manyVariables(round));
+        }
         EXPECT_EQ(addressOf(nameOf(0)), round);
         EXPECT_EQ(addressOf(nameOf(kMany - 1)), round + 16 * (kMany - 1));
         PLC_driver.labelTable.clear();
@@ -177,8 +181,9 @@ TEST_F(MemberIndexTest, MembersOfLongStructuresAreFound)
 {
     const Label_Type_Info type = structureType(manyVariables(0));
     QList<Label_Type_Info> list;
-    for (int i = 0; i < kMany; ++i)
+    for (int i = 0; i < kMany; ++i) {
         list << structureVariable(qPrintable(nameOf(i)), 10000 * i, type);
+    }
     passMain(list);
     EXPECT_EQ(addressOf("Variable30.Variable20"), 300000 + 320);
     ControlInformationM info;
@@ -194,8 +199,9 @@ TEST_F(MemberIndexTest, TypesThatShareTypesAreSeenOnce)
     Label_Type_Info type = structureType(manyVariables(0));
     for (int depth = 0; depth < 30; ++depth) {
         QList<Label_Type_Info> members;
-        for (int i = 0; i < kMembers; ++i)
+        for (int i = 0; i < kMembers; ++i) {
             members << structureVariable(qPrintable(nameOf(i)), i, type);
+        }
         type = structureType(members);
     }
     passMain(type.members);

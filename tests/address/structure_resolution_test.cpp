@@ -101,11 +101,11 @@ TEST_F(StructureResolution, TheInstancesOwnResultIsReturned)
 TEST_F(StructureResolution, AVariableThatIsItselfAStructureTypeIsSearchedAtItsOwnPart)
 {
     Label_Type_Info type = axisType;
-    type.name = QLatin1String("Pos");
+    type.name = "Pos";
     type.offset = 5000;
     EXPECT_EQ(resolveVariable(type, "Main.Pos"), 0);
     EXPECT_EQ(info, parsed(6, 5000, 32)) << "the part Pos names the member Pos too";
-    type.name = QLatin1String("Other");
+    type.name = "Other";
     EXPECT_EQ(resolveVariable(type, "Main.Other"), 7);
     EXPECT_EQ(info, parsed(0, 5000, 0));
     EXPECT_EQ(diagnostics.lines(), QStringList() << treeLine(376));
@@ -114,7 +114,7 @@ TEST_F(StructureResolution, AVariableThatIsItselfAStructureTypeIsSearchedAtItsOw
 TEST_F(StructureResolution, MembersInsideAStructureTypeReachedDirectlyReturnTheirOwnResult)
 {
     Label_Type_Info type = axisType;
-    type.name = QLatin1String("In");
+    type.name = "In";
     type.offset = 5000;
     EXPECT_EQ(resolveVariable(type, "Main.In[x]"), 3);
     EXPECT_EQ(diagnostics.lines(), QStringList() << treeLine(347));
@@ -125,7 +125,7 @@ TEST_F(StructureResolution, MembersInsideAStructureTypeReachedDirectlyReturnThei
 TEST_F(StructureResolution, AnArrayThatIsAStructureTypeChecksItsIndexButDoesNotUseIt)
 {
     Label_Type_Info both = axisType;
-    both.name = QLatin1String("Pos");
+    both.name = "Pos";
     both.offset = 5000;
     both.typeFlags = static_cast<quint16>(both.typeFlags | kArray);
     both.dimensionCount = 1;
@@ -135,7 +135,7 @@ TEST_F(StructureResolution, AnArrayThatIsAStructureTypeChecksItsIndexButDoesNotU
     EXPECT_EQ(resolveVariable(both, "Main.Pos[4]"), 1)
         << "the member Pos is no array, so the same suffix is one too many";
     EXPECT_EQ(info, parsed(6, 5000, 32)) << "the index moved nothing";
-    both.name = QLatin1String("In");
+    both.name = "In";
     EXPECT_EQ(resolveVariable(both, "Main.In[4]"), 0);
     EXPECT_EQ(info, parsedElement(4, 5000 + 32 + 64, 16, 4, 10));
 }
@@ -196,12 +196,12 @@ TEST_F(StructureResolution, ResolvingOutsideThePartsGivesOne)
 TEST_F(StructureResolution, DeepNestingResolves)
 {
     Label_Type_Info type = structureType(QList<Label_Type_Info>() << variable("V", 4, 1));
-    QString address = QLatin1String(".V");
+    QString address = ".V";
     for (int level = 0; level < 200; ++level) {
         type = structureType(QList<Label_Type_Info>() << structureVariable("N", 16, type));
-        address = QLatin1String(".N") + address;
+        address = ".N" + address;
     }
-    const QByteArray text = (QLatin1String("Main.S") + address).toUtf8();
+    const QByteArray text = ("Main.S" + address).toUtf8();
     EXPECT_EQ(resolveVariable(structureVariable("S", 0, type), text.constData()), 0);
     EXPECT_EQ(info, parsed(4, 200 * 16 + 1, 16));
 }

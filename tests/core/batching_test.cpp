@@ -30,12 +30,15 @@ TEST_F(Batching, LargestBatchOfEachType)
 
 TEST_F(Batching, EveryLengthBelowTheLargestIsTakenWhole)
 {
-    for (int entries = 1; entries <= 45; ++entries)
+    for (int entries = 1; entries <= 45; ++entries) {
         EXPECT_EQ(polledBatch(entries, 1), entries);
-    for (int entries = 1; entries <= 38; ++entries)
+    }
+    for (int entries = 1; entries <= 38; ++entries) {
         EXPECT_EQ(polledBatch(entries, 4), entries);
-    for (int entries = 1; entries <= 28; ++entries)
+    }
+    for (int entries = 1; entries <= 28; ++entries) {
         EXPECT_EQ(polledBatch(entries, 6), entries);
+    }
     EXPECT_EQ(polledBatch(46, 1), 45);
     EXPECT_EQ(polledBatch(39, 4), 38);
     EXPECT_EQ(polledBatch(29, 6), 28);
@@ -63,8 +66,9 @@ TEST_F(Batching, TheSameLimitsHoldForWritesAndOneShotReads)
 
 TEST_F(Batching, NeverMixesDataTypes)
 {
-    for (const int dataType : {1, 1, 4, 1})
+    for (const int dataType : {1, 1, 4, 1}) {
         poll(dataType, 0);
+    }
     ComCommunication();
     EXPECT_EQ(PLC_driver.batchCount, 2);
     answer();
@@ -102,20 +106,23 @@ TEST_F(Batching, PointsAtTheListEntriesThemselves)
 {
     pollMany(3, 4);
     ComCommunication();
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(PLC_driver.batchElements[i], &PLC_driver.readVarList[i]);
+    }
 
     PLC_driver.protocolList.clear();
     queueOnces(2, 6);
     ComCommunication();
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(PLC_driver.batchElements[i], &PLC_driver.onceReadList[i]);
+    }
 
     PLC_driver.protocolList.clear();
     queueWrites(2, 1);
     ComCommunication();
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(PLC_driver.batchElements[i], &PLC_driver.writeVarList[i]);
+    }
 }
 
 TEST_F(Batching, EntriesKeepTheirPlaceWhileOthersAreQueuedBehind)

@@ -23,8 +23,9 @@ void release(void* memory) noexcept
     if (memory != nullptr && memory == watched.load()) {
         watched = nullptr;
         released = true;
-        while (!mayGoOn)
+        while (!mayGoOn) {
             std::this_thread::yield();
+        }
     }
     std::free(memory);
 }
@@ -34,8 +35,9 @@ void release(void* memory) noexcept
 void* operator new(std::size_t size)
 {
     void* memory = std::malloc(size);
-    if (memory == nullptr)
+    if (memory == nullptr) {
         throw std::bad_alloc();
+    }
     return memory;
 }
 

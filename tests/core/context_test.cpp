@@ -54,11 +54,13 @@ TEST_F(Context, ConstructionGivesEveryMemberItsDefault)
     EXPECT_EQ(context.scanCount, 0);
     EXPECT_FALSE(context.commFailed);
     EXPECT_EQ(context.batchCount, 0);
-    for (const RW_VAR* batchElement : context.batchElements)
+    for (const RW_VAR* batchElement : context.batchElements) {
         EXPECT_EQ(batchElement, nullptr);
+    }
     EXPECT_EQ(context.transactionCounter, 0);
-    for (const unsigned char byte : context.sendBuffer)
+    for (const unsigned char byte : context.sendBuffer) {
         EXPECT_EQ(byte, 0);
+    }
     EXPECT_TRUE(context.labelTable.isEmpty());
     EXPECT_TRUE(context.byteCache.isEmpty());
     EXPECT_TRUE(context.wordCache.isEmpty());

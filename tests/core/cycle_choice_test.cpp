@@ -157,8 +157,9 @@ TEST_F(Cycle, SixthTurnGoesToAOneShotReadWhenOneWaits)
 
 TEST_F(Cycle, AOneShotTurnDoesNotResetTheWriteTurns)
 {
-    for (int i = 0; i < 12; ++i)
+    for (int i = 0; i < 12; ++i) {
         queueWrite(i % 2 == 0 ? 4 : 1, 0);
+    }
     queueOnce(4, 0);
     poll(4, 0);
     EXPECT_EQ(turns(8), "wwwwwopw");
@@ -166,8 +167,9 @@ TEST_F(Cycle, AOneShotTurnDoesNotResetTheWriteTurns)
 
 TEST_F(Cycle, WithNothingElseToDoTheSixthWriteWaitsForOneEmptyCall)
 {
-    for (int i = 0; i < 7; ++i)
+    for (int i = 0; i < 7; ++i) {
         queueWrite(i % 2 == 0 ? 4 : 1, 0);
+    }
     EXPECT_EQ(turns(5), "wwwww");
     EXPECT_EQ(PLC_driver.writeTurns, 5);
     host.info.scanDone = 0;

@@ -37,9 +37,7 @@ TEST_F(CycleLocks, ACallbackMayReadValues)
     passLabels({mainLabel()});
     PLC_driver.wordCache.insert(3000, 0x1234);
     QByteArray value;
-    callbacks.insideCallback = [&] {
-        GetRegisterData(QLatin1String("Main.W"), 0, 0, 0, &value, 1);
-    };
+    callbacks.insideCallback = [&] { GetRegisterData("Main.W", 0, 0, 0, &value, 1); };
     queueWrite(4, 0, 1, 1);
     turn();
     EXPECT_EQ(value, hex("34 12"));

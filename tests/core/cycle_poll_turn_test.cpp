@@ -16,8 +16,8 @@ TEST_F(PollTurn, TheHeadIsReportedInTheResultRecordWithoutValue)
     head.hostKey = 5;
     head.varKey = 6;
     head.hostData3 = 33;
-    head.addressText = QLatin1String("Main.W");
-    head.auxText = QLatin1String("aux");
+    head.addressText = "Main.W";
+    head.auxText = "aux";
     head.hostData13 = 1313;
     head.value = hex("01 02");
     PLC_driver.readVarList << head << element(4, 32);
@@ -33,8 +33,9 @@ TEST_F(PollTurn, TheHeadIsReportedInTheResultRecordWithoutValue)
 
 TEST_F(PollTurn, TheListIsRotatedByTheBatch)
 {
-    for (const int dataType : {1, 1, 4, 1})
+    for (const int dataType : {1, 1, 4, 1}) {
         poll(dataType, PLC_driver.readVarList.size());
+    }
     turn();
     EXPECT_EQ(addressesOf(PLC_driver.readVarList), (std::vector<int>{2, 3, 0, 1}));
     turn();
@@ -49,21 +50,24 @@ TEST_F(PollTurn, EveryEntryIsPolledBeforeTheFirstComesAgain)
     std::vector<int> polled;
     for (int i = 0; i < 3; ++i) {
         ComCommunication();
-        for (int entry = 0; entry < PLC_driver.batchCount; ++entry)
+        for (int entry = 0; entry < PLC_driver.batchCount; ++entry) {
             polled.push_back(PLC_driver.batchElements[entry]->elementAddress);
+        }
         answer();
     }
     ASSERT_EQ(polled.size(), 3u * 38);
-    for (std::size_t i = 0; i < polled.size(); ++i)
+    for (std::size_t i = 0; i < polled.size(); ++i) {
         EXPECT_EQ(polled[i], 32 * static_cast<int>(i % 100));
+    }
 }
 
 TEST_F(PollTurn, ListsOfEveryLengthKeepTheirOrderOverManyTurns)
 {
     for (int size = 1; size <= 40; ++size) {
         PLC_driver.readVarList.clear();
-        for (int i = 0; i < size; ++i)
+        for (int i = 0; i < size; ++i) {
             poll(i % 3 == 0 ? 1 : 4, i, i, i);
+        }
         int first = 0;
         for (int round = 0; round < 60; ++round) {
             ComCommunication();
@@ -71,8 +75,9 @@ TEST_F(PollTurn, ListsOfEveryLengthKeepTheirOrderOverManyTurns)
             answer();
             first = (first + batch) % size;
             ASSERT_EQ(PLC_driver.readVarList.size(), size);
-            for (int i = 0; i < size; ++i)
+            for (int i = 0; i < size; ++i) {
                 ASSERT_EQ(PLC_driver.readVarList.at(i).hostKey, (first + i) % size);
+            }
         }
     }
 }
@@ -91,8 +96,9 @@ TEST_F(PollTurn, TheMarkOfTheHeadIsTakenBack)
 {
     pollMany(3, 4);
     turn();
-    for (const RW_VAR& var : PLC_driver.readVarList)
+    for (const RW_VAR& var : PLC_driver.readVarList) {
         EXPECT_EQ(var.status, 0);
+    }
     EXPECT_EQ(PLC_driver.readVarList.size(), 3);
 }
 

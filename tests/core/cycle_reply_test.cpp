@@ -135,8 +135,9 @@ TEST_F(CycleReply, AReachedOrPassedQuotaEndsTheTurn)
 
 TEST_F(CycleReply, APassIsDoneWhenMoreTurnsEndedThanThePolledListHasEntries)
 {
-    for (const int dataType : {1, 4, 6})
+    for (const int dataType : {1, 4, 6}) {
         poll(dataType, 0);
+    }
     host.info.scanDone = 0;
     for (int turnEnds = 1; turnEnds <= 3; ++turnEnds) {
         turn();

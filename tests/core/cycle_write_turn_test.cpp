@@ -21,17 +21,19 @@ protected:
 
     void queue(int dataType, int address, int hostKey, int varKey)
     {
-        if (GetParam() == Kind::write)
+        if (GetParam() == Kind::write) {
             queueWrite(dataType, address, hostKey, varKey);
-        else
+        } else {
             queueOnce(dataType, address, hostKey, varKey);
+        }
     }
 };
 
 TEST_P(ReportedTurn, FinishedEntriesLeaveTheListAndTheOthersStay)
 {
-    for (const int dataType : {4, 4, 1, 4})
+    for (const int dataType : {4, 4, 1, 4}) {
         queue(dataType, list().size(), list().size(), 0);
+    }
     ComCommunication();
     EXPECT_EQ(answer(), 1);
     EXPECT_EQ(addressesOf(list()), (std::vector<int>{2, 3}));
@@ -117,14 +119,16 @@ TEST_P(ReportedTurn, AListShorterThanTheBatchIsEmptied)
 
 TEST_P(ReportedTurn, AFullBatchOfDistinctVariablesReportsEach)
 {
-    for (int i = 0; i < 45; ++i)
+    for (int i = 0; i < 45; ++i) {
         queue(1, i, i, 100 + i);
+    }
     ComCommunication();
     ASSERT_EQ(PLC_driver.batchCount, 45);
     answer();
     ASSERT_EQ(callbacks.done.size(), 45u);
-    for (int i = 0; i < 45; ++i)
+    for (int i = 0; i < 45; ++i) {
         EXPECT_EQ(callbacks.done[static_cast<std::size_t>(i)], (VarDone{70, 44 - i, 144 - i, 1}));
+    }
 }
 
 TEST_P(ReportedTurn, GivenUpVariablesAreReportedWithTwoEvenWhenTheyWaitAgain)
@@ -154,11 +158,13 @@ TEST_P(ReportedTurn, AGiveUpLeavesTheOtherListsAlone)
 {
     queue(4, 0, 1, 1);
     poll(4, 0);
-    if (GetParam() == Kind::write)
+    if (GetParam() == Kind::write) {
         queueOnce(4, 0, 2, 2);
+    }
     ComCommunication();
-    if (GetParam() == Kind::once)
+    if (GetParam() == Kind::once) {
         queueWrite(4, 0, 2, 2);
+    }
     answerNothing();
     EXPECT_TRUE(list().isEmpty());
     const QList<RW_VAR>& other =

@@ -27,8 +27,9 @@ const char* const kStampPattern = "yyyy.MM.dd.hh:mm:ss";
 QByteArray logContent()
 {
     QFile file(QString::fromLatin1(kLogFile));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         return QByteArray();
+    }
     return file.readAll();
 }
 
@@ -44,8 +45,9 @@ QList<QByteArray> linesOf(const QByteArray& message)
 {
     QList<QByteArray> found;
     for (const QByteArray& line : logContent().split('\n')) {
-        if (line.endsWith(":" + message))
+        if (line.endsWith(":" + message)) {
             found << line;
+        }
     }
     return found;
 }
@@ -80,8 +82,9 @@ TEST(DebugLogFile, AMessageIsAppendedAsStampColonMessage)
 TEST(DebugLogFile, TheTypeDoesNotChangeTheLineAndNothingAborts)
 {
     const QByteArray message = uniqueText();
-    for (const QtMsgType type : {QtDebugMsg, QtWarningMsg, QtCriticalMsg, QtFatalMsg})
+    for (const QtMsgType type : {QtDebugMsg, QtWarningMsg, QtCriticalMsg, QtFatalMsg}) {
         customMessageHandler(type, message.constData());
+    }
     EXPECT_EQ(linesOf(message).size(), 4);
 }
 
@@ -124,8 +127,9 @@ TEST(DebugLogFile, NoHandleStaysOpen)
     const int probe = dup(0);
     ASSERT_GE(probe, 0);
     close(probe);
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < 50; ++i) {
         customMessageHandler(QtDebugMsg, uniqueText().constData());
+    }
     const int again = dup(0);
     EXPECT_EQ(again, probe);
     close(again);
@@ -162,12 +166,14 @@ TEST(DebugLogFile, LinesOfSeveralThreadsAllArrive)
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&message] {
-            for (int i = 0; i < 50; ++i)
+            for (int i = 0; i < 50; ++i) {
                 customMessageHandler(QtDebugMsg, message.constData());
+            }
         });
     }
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     EXPECT_EQ(logContent().count(":" + message), 200);
 }
 

@@ -87,15 +87,16 @@ struct Symbol {
 QList<Symbol> exportedSymbols()
 {
     QList<Symbol> symbols;
-    const ProcessResult nm = runProcess(QLatin1String(TAVMIR_NM),
-                                        QStringList() << "-D"
-                                                      << "-C"
-                                                      << "--defined-only" << TAVMIR_DRIVER_FILE);
+    const ProcessResult nm =
+        runProcess(TAVMIR_NM, QStringList() << "-D"
+                                            << "-C"
+                                            << "--defined-only" << TAVMIR_DRIVER_FILE);
     EXPECT_TRUE(nm.finished && nm.exitStatus == 0) << nm.errors.toUtf8().constData();
-    QRegExp line(QLatin1String("[0-9a-fA-F]+ (.) (.*)"));
-    for (const QString& text : nm.output.split(QLatin1Char('\n'))) {
-        if (line.exactMatch(text))
+    QRegExp line("[0-9a-fA-F]+ (.) (.*)");
+    for (const QString& text : nm.output.split('\n')) {
+        if (line.exactMatch(text)) {
             symbols << Symbol{line.cap(1).at(0).toLatin1(), line.cap(2)};
+        }
     }
     return symbols;
 }
@@ -103,15 +104,16 @@ QList<Symbol> exportedSymbols()
 // Long type names of the Qt that is used instead of the short ones of the list.
 QString normalised(QString name)
 {
-    name.replace(QLatin1String("QList<QString>"), QLatin1String("QStringList"));
+    name.replace("QList<QString>", "QStringList");
     return name;
 }
 
 QSet<QString> exportedNames()
 {
     QSet<QString> names;
-    for (const Symbol& symbol : exportedSymbols())
+    for (const Symbol& symbol : exportedSymbols()) {
         names << normalised(symbol.name);
+    }
     return names;
 }
 
@@ -119,12 +121,13 @@ QStringList dynamicEntries(const char* tag)
 {
     QStringList values;
     const ProcessResult readelf =
-        runProcess(QLatin1String(TAVMIR_READELF), QStringList() << "-dW" << TAVMIR_DRIVER_FILE);
+        runProcess(TAVMIR_READELF, QStringList() << "-dW" << TAVMIR_DRIVER_FILE);
     EXPECT_TRUE(readelf.finished && readelf.exitStatus == 0);
-    QRegExp line(QString::fromLatin1(".*\\(%1\\).*\\[(.*)\\].*").arg(QLatin1String(tag)));
-    for (const QString& text : readelf.output.split(QLatin1Char('\n'))) {
-        if (line.exactMatch(text))
+    QRegExp line(QString(".*\\(%1\\).*\\[(.*)\\].*").arg(QLatin1String(tag)));
+    for (const QString& text : readelf.output.split('\n')) {
+        if (line.exactMatch(text)) {
             values << line.cap(1);
+        }
     }
     return values;
 }
@@ -132,26 +135,30 @@ QStringList dynamicEntries(const char* tag)
 TEST(LibraryFile, OffersEveryPlainName)
 {
     const QSet<QString> names = exportedNames();
-    for (const QString& name : plainNames() + globals())
+    for (const QString& name : plainNames() + globals()) {
         EXPECT_TRUE(names.contains(name)) << name.toUtf8().constData();
+    }
 }
 
 TEST(LibraryFile, OffersEveryCppName)
 {
     const QSet<QString> names = exportedNames();
-    for (const QString& name : cppNames())
+    for (const QString& name : cppNames()) {
         EXPECT_TRUE(names.contains(name)) << name.toUtf8().constData();
+    }
 }
 
 TEST(LibraryFile, OffersNothingElseOfItsOwn)
 {
-    if (TAVMIR_INSTRUMENTED)
+    if (TAVMIR_INSTRUMENTED) {
         GTEST_SKIP() << "the instrumentation adds names of its own to the file";
+    }
     const QStringList offered = plainNames() + globals() + cppNames();
     for (const Symbol& symbol : exportedSymbols()) {
         const bool instantiatedTemplate = QByteArray("WVuwv").contains(symbol.kind);
-        if (instantiatedTemplate)
+        if (instantiatedTemplate) {
             continue;
+        }
         EXPECT_TRUE(offered.contains(normalised(symbol.name)))
             << symbol.kind << ' ' << symbol.name.toUtf8().constData();
     }
@@ -164,12 +171,13 @@ TEST(LibraryFile, BearsItsSoname)
 
 TEST(LibraryFile, NeedsQtCoreAndTheRuntimesOnly)
 {
-    if (TAVMIR_INSTRUMENTED)
+    if (TAVMIR_INSTRUMENTED) {
         GTEST_SKIP() << "the instrumentation needs its own runtime";
+    }
     const QRegExp runtime(QLatin1String(
         "libstdc\\+\\+\\.so\\.6|libgcc_s\\.so\\.1|lib(c|m|pthread)\\.so\\.6|libpthread\\.so\\.0|"
         "ld-linux.*"));
-    const QRegExp qtCore(QLatin1String("libQt5Core\\.so\\.5|libQtCore\\.so\\.4"));
+    const QRegExp qtCore("libQt5Core\\.so\\.5|libQtCore\\.so\\.4");
     int qtCores = 0;
     for (const QString& needed : dynamicEntries("NEEDED")) {
         if (qtCore.exactMatch(needed)) {

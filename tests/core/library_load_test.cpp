@@ -17,8 +17,9 @@ protected:
     void* load()
     {
         void* library = dlopen(TAVMIR_DRIVER_FILE, RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr)
+        if (library == nullptr) {
             ADD_FAILURE() << dlerror();
+        }
         return library;
     }
 

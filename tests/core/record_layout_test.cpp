@@ -131,10 +131,11 @@ TEST(RecordLayout, ParsedAddress)
 TEST(RecordLayout, FreshRecordsAreZero)
 {
     const RW_VAR var;
-    for (const qint32 word :
-         {var.hostKey, var.varKey, var.hostData2, var.hostData3, var.hostData4, var.status,
-          var.dataType, var.elementAddress, var.station, var.count, var.hostData12, var.hostData13})
+    for (const qint32 word : {var.hostKey, var.varKey, var.hostData2, var.hostData3, var.hostData4,
+                              var.status, var.dataType, var.elementAddress, var.station, var.count,
+                              var.hostData12, var.hostData13}) {
         EXPECT_EQ(word, 0);
+    }
     EXPECT_TRUE(var.addressText.isEmpty() && var.auxText.isEmpty() && var.value.isEmpty());
 }
 

@@ -18,8 +18,8 @@ RW_VAR distinctRecord()
     var.hostData3 = 103;
     var.hostData4 = 104;
     var.status = -1;
-    var.addressText = QLatin1String("Main.Run");
-    var.auxText = QLatin1String("aux");
+    var.addressText = "Main.Run";
+    var.auxText = "aux";
     var.dataType = 108;
     var.elementAddress = 109;
     var.station = 110;

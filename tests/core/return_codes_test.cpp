@@ -29,8 +29,9 @@ TEST_F(ReturnCodes, BandOfEachOutcome)
 {
     const int codes[8] = {1, 11, 41, 71, 100, 111, 141, 171};
     requestInFlight(0);
-    for (int kind = 0; kind < 8; ++kind)
+    for (int kind = 0; kind < 8; ++kind) {
         EXPECT_EQ(GetDriverReturnValue(kind), codes[kind]) << kind;
+    }
 }
 
 TEST_F(ReturnCodes, GoodAndRemoteAcceptanceDoNotDependOnTheRequest)
@@ -52,8 +53,9 @@ TEST_F(ReturnCodes, GoodAndUnknownKindsNeedNoRequest)
 TEST_F(ReturnCodes, UnknownKindsGive200)
 {
     requestInFlight(3);
-    for (const int kind : {8, 9, 100, -1, -7, INT_MAX, INT_MIN})
+    for (const int kind : {8, 9, 100, -1, -7, INT_MAX, INT_MIN}) {
         EXPECT_EQ(GetDriverReturnValue(kind), 200) << kind;
+    }
 }
 
 TEST_F(ReturnCodes, HostKeyZeroToElevenMovesTheCodeInsideItsBand)

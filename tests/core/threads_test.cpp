@@ -29,22 +29,25 @@ protected:
             const bool lastRound = producersDone;
             Protocol* request = ComCommunication();
             if (request == nullptr) {
-                if (lastRound && allListsEmpty())
+                if (lastRound && allListsEmpty()) {
                     return;
+                }
                 continue;
             }
             QByteArray reply = answerTo(*request);
             DataCom(&reply, reply.size());
-            if (lastRound && allListsEmpty())
+            if (lastRound && allListsEmpty()) {
                 return;
+            }
         }
     }
 
     static QByteArray answerTo(const Protocol& request)
     {
         QByteArray reply(request.replyLength, '\0');
-        if (request.replyLength == 9)
+        if (request.replyLength == 9) {
             return reply;
+        }
         const int entries = static_cast<unsigned char>(request.frame.at(8));
         const int size = (request.replyLength - 9) / entries;
         for (int i = 0; i < entries; ++i) {
@@ -93,26 +96,28 @@ TEST_F(Threads, EveryWriteAndOneShotReadIsReportedExactlyOnce)
             RW_VAR var;
             var.hostKey = 50;
             var.varKey = i;
-            var.addressText = QString::fromLatin1("P.W[%1]").arg(i);
+            var.addressText = QString("P.W[%1]").arg(i);
             var.count = 1;
             AddListOnceReadVar(&var);
         }
     });
     producers.emplace_back([&] {
-        for (int i = 0; i < 100; ++i)
+        for (int i = 0; i < 100; ++i) {
             ReCreatReadVarList(&polled);
+        }
     });
     producers.emplace_back([&] {
         for (int i = 0; i < 2000; ++i) {
             QByteArray data;
-            EXPECT_EQ(GetRegisterData(QLatin1String("P.W[3]"), 0, 0, 0, &data, 10), 1);
+            EXPECT_EQ(GetRegisterData("P.W[3]", 0, 0, 0, &data, 10), 1);
             EXPECT_EQ(data.size(), 20);
             EnCommStation(i % 7, i % 2);
             Ethernetcontains(i % 7);
         }
     });
-    for (std::thread& producer : producers)
+    for (std::thread& producer : producers) {
         producer.join();
+    }
     producersDone = true;
     cycle.join();
 
@@ -123,8 +128,9 @@ TEST_F(Threads, EveryWriteAndOneShotReadIsReportedExactlyOnce)
         ++reports[std::make_pair(done.hostKey, done.varKey)];
     }
     EXPECT_EQ(reports.size(), static_cast<std::size_t>(kWriters * kWritesEach + kOnceReadsEach));
-    for (const auto& report : reports)
+    for (const auto& report : reports) {
         EXPECT_EQ(report.second, 1) << report.first.first << '/' << report.first.second;
+    }
     EXPECT_TRUE(callbacks.failed.empty());
     EXPECT_TRUE(PLC_driver.writeVarList.isEmpty());
     EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
@@ -134,17 +140,19 @@ TEST_F(Threads, AReaderSeesAReplyWholeOrNotAtAll)
 {
     passLabels({label("P", QList<Label_Type_Info>()
                                << arrayVariable("W", 4, 0, QList<int>() << 0 << 38))});
-    for (int i = 0; i < 38; ++i)
+    for (int i = 0; i < 38; ++i) {
         poll(4, 16 * i);
+    }
     std::atomic<bool> stop(false);
     std::atomic<int> torn(0);
     std::thread reader([&] {
         while (!stop) {
             QByteArray data;
-            GetRegisterData(QLatin1String("P.W[0]"), 0, 0, 0, &data, 38);
+            GetRegisterData("P.W[0]", 0, 0, 0, &data, 38);
             for (int i = 1; i < 38; ++i) {
-                if (data.mid(2 * i, 2) != data.left(2))
+                if (data.mid(2 * i, 2) != data.left(2)) {
                     ++torn;
+                }
             }
         }
     });

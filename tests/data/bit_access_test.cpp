@@ -96,8 +96,8 @@ TEST_F(BitWrite, ChangesOneBitOfTheCachedWordAndQueuesTheWord)
     RW_VAR expected = writeOf(4, 1000, hex("08 01"), 11, 12);
     expected.hostData3 = 14014;
     expected.hostData4 = 15015;
-    expected.addressText = QLatin1String("P.W.b[3]");
-    expected.auxText = QLatin1String("aux");
+    expected.addressText = "P.W.b[3]";
+    expected.auxText = "aux";
     expected.station = 7;
     expected.count = 2;
     ASSERT_EQ(PLC_driver.writeVarList.size(), 1);
@@ -165,7 +165,7 @@ TEST_F(BitWrite, WithoutBytesTheWordIsDeliveredUnchanged)
     PLC_driver.wordCache.insert(1000, 0x1234);
     EXPECT_EQ(write("P.W.b[3]", QByteArray(), 1), 1);
     EXPECT_EQ(PLC_driver.writeVarList.last().value, hex("34 12"));
-    EXPECT_EQ(SetRegisterData(QLatin1String("P.W.b[3]"), 0, QString(), 0, nullptr, 1, 0, 0), 2);
+    EXPECT_EQ(SetRegisterData("P.W.b[3]", 0, QString(), 0, nullptr, 1, 0, 0), 2);
     EXPECT_EQ(PLC_driver.writeVarList.last().value, hex("34 12"));
 }
 
@@ -231,7 +231,7 @@ TEST_F(BitWrite, AQueuedBitWriteSendsTheWholeWord)
 TEST_F(BitWrite, TheLineQuotesTheAuxText)
 {
     QByteArray data = hex("01");
-    SetRegisterData(QLatin1String("P.W.b[0]"), 0, QLatin1String("say \"hi\""), 0, &data, 1, 0, 0);
+    SetRegisterData("P.W.b[0]", 0, "say \"hi\"", 0, &data, 1, 0, 0);
     EXPECT_EQ(diagnostics.lines(), QStringList() << infoLine(362, "say \"hi\"", 1000, 2, "0100"));
 }
 

@@ -88,8 +88,9 @@ TEST(Checksums, LeaveTheBytesAlone)
 TEST(Digits, ToAscii)
 {
     const char* const digits = "0123456789ABCDEF";
-    for (int digit = 0; digit < 16; ++digit)
+    for (int digit = 0; digit < 16; ++digit) {
         EXPECT_EQ(DigitalToASCII(digit), digits[digit]);
+    }
 }
 
 TEST(Digits, ToAsciiChecksNoRange)
@@ -105,8 +106,9 @@ TEST(Digits, ToAsciiChecksNoRange)
 TEST(Digits, FromAscii)
 {
     const char* const digits = "0123456789ABCDEF";
-    for (int digit = 0; digit < 16; ++digit)
+    for (int digit = 0; digit < 16; ++digit) {
         EXPECT_EQ(ASCIIToDigital(digits[digit]), digit);
+    }
 }
 
 TEST(Digits, FromAsciiOfWhatIsNoDigit)

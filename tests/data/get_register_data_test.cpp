@@ -95,12 +95,14 @@ TEST_F(GetData, TextsAreSteppedBy16AndNotCut)
     PLC_driver.wordCache.insert(4016, 0x4443);
     PLC_driver.wordCache.insert(4048, 0xFFFF);
     EXPECT_EQ(read("P.T", 3), hex("41 42 43 44 00 00"));
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 20; ++i) {
         PLC_driver.wordCache.insert(40000 + 256 + 16 * i, static_cast<unsigned short>(i + 1));
+    }
     QByteArray text = read("P.Ts[1]", 15);
     ASSERT_EQ(text.size(), 30);
-    for (int i = 0; i < 15; ++i)
+    for (int i = 0; i < 15; ++i) {
         EXPECT_EQ(text.at(2 * i), i + 1);
+    }
 }
 
 TEST_F(GetData, ATextOutsideAnArrayIsReadWhole)
@@ -141,8 +143,9 @@ TEST_F(GetData, CountsBelowOneReadNothing)
     PLC_driver.dwordCache.insert(20000, 1);
     for (const char* address : {"P.B", "P.Bs[0]", "P.W", "P.Ws[0]", "P.T", "P.Ts[0]", "P.D",
                                 "P.Ds[0]", "P.W.b[1]", "P.D.b[1]", "P.Bit.b[1]"}) {
-        for (const int count : {0, -1, -2, -3, -1073741825, -1073741830, INT_MIN})
+        for (const int count : {0, -1, -2, -3, -1073741825, -1073741830, INT_MIN}) {
             EXPECT_EQ(read(address, count), QByteArray()) << address << ' ' << count;
+        }
     }
     for (const int count : {0, -1, -1073741825, INT_MIN}) {
         EXPECT_EQ(read("P.Nope", count, 0), QByteArray()) << count;
@@ -158,8 +161,9 @@ TEST_F(GetData, ASizeThatWrapsBelowZeroIsNoSize)
     PLC_driver.dwordCache.insert(2000, 1);
     PLC_driver.dwordCache.insert(20000, 1);
     for (const char* address : {"P.W", "P.Ws[0]", "P.T", "P.Ts[0]", "P.D", "P.Ds[0]", "P.X3"}) {
-        for (const int count : {0x40000000, 0x60000000, INT_MAX - 1, INT_MAX})
+        for (const int count : {0x40000000, 0x60000000, INT_MAX - 1, INT_MAX}) {
             EXPECT_EQ(read(address, count), QByteArray()) << address << ' ' << count;
+        }
     }
 }
 
@@ -191,8 +195,8 @@ TEST_F(GetData, KeysWrapIn32Bits)
 TEST_F(GetData, WithoutABufferNothingIsStored)
 {
     PLC_driver.wordCache.insert(1000, 1);
-    EXPECT_EQ(GetRegisterData(QLatin1String("P.W"), 0, 0, 0, nullptr, 3), 1);
-    EXPECT_EQ(GetRegisterData(QLatin1String("P.Nope"), 0, 0, 0, nullptr, 3), 0);
+    EXPECT_EQ(GetRegisterData("P.W", 0, 0, 0, nullptr, 3), 1);
+    EXPECT_EQ(GetRegisterData("P.Nope", 0, 0, 0, nullptr, 3), 0);
     EXPECT_TRUE(isFree(PLC_driver.cacheMutex));
 }
 
@@ -200,7 +204,7 @@ TEST_F(GetData, TheUnusedArgumentsChangeNothing)
 {
     PLC_driver.wordCache.insert(1000, 0x1234);
     QByteArray data;
-    EXPECT_EQ(GetRegisterData(QLatin1String("P.W"), -1, INT_MAX, INT_MIN, &data, 1), 1);
+    EXPECT_EQ(GetRegisterData("P.W", -1, INT_MAX, INT_MIN, &data, 1), 1);
     EXPECT_EQ(data, hex("34 12"));
 }
 

@@ -69,8 +69,9 @@ TEST_F(LocalValues, BytesPastTheValueCountAsZero)
 TEST_F(LocalValues, NoElementsStoreNothing)
 {
     for (const int count : {0, -1, INT_MIN}) {
-        for (const int dataType : {1, 4, 6, 7, 10})
+        for (const int dataType : {1, 4, 6, 7, 10}) {
             store(dataType, 16, "01 02 03 04", count);
+        }
     }
     EXPECT_TRUE(PLC_driver.byteCache.isEmpty());
     EXPECT_TRUE(PLC_driver.wordCache.isEmpty());
@@ -79,8 +80,9 @@ TEST_F(LocalValues, NoElementsStoreNothing)
 
 TEST_F(LocalValues, OtherTypesStoreNothingAndSayNothing)
 {
-    for (const int dataType : {0, 2, 3, 5, 8, 9, 11, 12, -1})
+    for (const int dataType : {0, 2, 3, 5, 8, 9, 11, 12, -1}) {
         store(dataType, 16, "01 02 03 04", 2);
+    }
     EXPECT_TRUE(PLC_driver.byteCache.isEmpty());
     EXPECT_TRUE(PLC_driver.wordCache.isEmpty());
     EXPECT_TRUE(PLC_driver.dwordCache.isEmpty());

@@ -21,8 +21,9 @@ protected:
         makeBatch(batch);
         Protocol request;
         request.replyDataOffset = dataOffset;
-        if (!batch.empty())
+        if (!batch.empty()) {
             request.var = batch.front();
+        }
         PLC_driver.protocolList.clear();
         PLC_driver.protocolList << request << Protocol();
     }

@@ -16,8 +16,9 @@ protected:
     static QList<QByteArray> queuedValues()
     {
         QList<QByteArray> values;
-        for (const RW_VAR& var : PLC_driver.writeVarList)
+        for (const RW_VAR& var : PLC_driver.writeVarList) {
             values << var.value;
+        }
         return values;
     }
 
@@ -34,8 +35,9 @@ typedef std::vector<int> Addresses;
 TEST_F(SetData, ARefusedAddressReturnsZeroAndChangesNothing)
 {
     PLC_driver.writeVarList << element(4, 0);
-    for (const char* address : {"", "P", "Q.W", "P.Nope", "P.W[1]", "P.Ws[x]"})
+    for (const char* address : {"", "P", "Q.W", "P.Nope", "P.W[1]", "P.Ws[x]"}) {
         EXPECT_EQ(write(address, hex("01 02"), 1), 0) << address;
+    }
     EXPECT_EQ(PLC_driver.writeVarList.size(), 1);
     EXPECT_TRUE(cachesAreEmpty());
 }
@@ -45,8 +47,10 @@ TEST_F(SetData, ATypeWithoutValueReturnsZeroAndChangesNothing)
     PLC_driver.writeVarList << element(4, 0);
     for (const qint32 mode : {2, 0}) {
         host.info.writeMode = mode;
-        for (const char* address : {"P.X0", "P.X2", "P.X3", "P.X5", "P.X8", "P.X9", "P.X11", "P.S"})
+        for (const char* address :
+             {"P.X0", "P.X2", "P.X3", "P.X5", "P.X8", "P.X9", "P.X11", "P.S"}) {
             EXPECT_EQ(write(address, hex("01 02 03 04"), 2), 0) << address;
+        }
     }
     EXPECT_EQ(PLC_driver.writeVarList.size(), 1);
     EXPECT_TRUE(cachesAreEmpty());
@@ -67,8 +71,8 @@ TEST_F(SetData, EveryMemberOfAQueuedRecordIsSet)
     expected.hostData3 = 14014;
     expected.hostData4 = 15015;
     expected.status = 0;
-    expected.addressText = QLatin1String("P.Ws[2]");
-    expected.auxText = QLatin1String("aux");
+    expected.addressText = "P.Ws[2]";
+    expected.auxText = "aux";
     expected.station = 7;
     expected.count = 1;
     ASSERT_EQ(PLC_driver.writeVarList.size(), 2);
@@ -179,9 +183,9 @@ TEST_F(SetData, BytesBeyondTheCountAreIgnored)
 
 TEST_F(SetData, AMissingArrayCountsAsEmpty)
 {
-    EXPECT_EQ(SetRegisterData(QLatin1String("P.W"), 0, QString(), 0, nullptr, 1, 0, 0), 1);
-    EXPECT_EQ(SetRegisterData(QLatin1String("P.B"), 0, QString(), 0, nullptr, 1, 0, 0), 2);
-    EXPECT_EQ(SetRegisterData(QLatin1String("P.D"), 0, QString(), 0, nullptr, 1, 0, 0), 3);
+    EXPECT_EQ(SetRegisterData("P.W", 0, QString(), 0, nullptr, 1, 0, 0), 1);
+    EXPECT_EQ(SetRegisterData("P.B", 0, QString(), 0, nullptr, 1, 0, 0), 2);
+    EXPECT_EQ(SetRegisterData("P.D", 0, QString(), 0, nullptr, 1, 0, 0), 3);
     EXPECT_EQ(queuedValues(), Values() << hex("00 00") << hex("00") << hex("00 00 00 00"));
 }
 
@@ -196,8 +200,9 @@ TEST_F(SetData, CountsBelowOneReturnTheSizeAndWriteNothing)
 {
     PLC_driver.writeVarList << element(4, 0);
     for (const char* address : {"P.B", "P.W", "P.D", "P.U", "P.T", "P.Ws[0]"}) {
-        for (const int count : {0, -1, -2, INT_MIN})
+        for (const int count : {0, -1, -2, INT_MIN}) {
             EXPECT_EQ(write(address, hex("01 02 03 04"), count), 1) << address << ' ' << count;
+        }
     }
     EXPECT_TRUE(cachesAreEmpty());
 }

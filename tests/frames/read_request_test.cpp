@@ -25,8 +25,9 @@ protected:
     static std::vector<RW_VAR> elementsOf(int number, int dataType)
     {
         std::vector<RW_VAR> elements;
-        for (int i = 0; i < number; ++i)
+        for (int i = 0; i < number; ++i) {
             elements.push_back(element(dataType, 0x01020300 + i));
+        }
         return elements;
     }
 
@@ -96,8 +97,9 @@ TEST_F(ReadRequest, TheStationIsTheLowByteOfTheFirstElements)
 {
     const int stations[5] = {1, 255, 256, 0x12345, -1};
     const char bytes[5] = {1, '\xFF', 0, 0x45, '\xFF'};
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(build({element(4, 0, stations[i])}).frame.at(6), bytes[i]) << stations[i];
+    }
     EXPECT_EQ(build({element(4, 0, 1), element(4, 16, 2)}).frame.at(6), char(1));
     EXPECT_EQ(PLC_driver.protocolList.last().frame.at(8), char(2));
 }
@@ -120,7 +122,7 @@ TEST_F(ReadRequest, TheRecordIsAppendedWithItsDefaults)
     RW_VAR first = element(4, 100, 3);
     first.hostKey = 5;
     first.varKey = 6;
-    first.addressText = QLatin1String("Main.W");
+    first.addressText = "Main.W";
     first.status = -1;
     first.value = hex("01");
     const Protocol& request = build({first, element(4, 116)});

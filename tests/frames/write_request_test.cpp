@@ -25,8 +25,9 @@ protected:
     static std::vector<RW_VAR> elementsOf(int number, int dataType, const QByteArray& value)
     {
         std::vector<RW_VAR> elements;
-        for (int i = 0; i < number; ++i)
+        for (int i = 0; i < number; ++i) {
             elements.push_back(writeOf(dataType, i, value));
+        }
         return elements;
     }
 
@@ -116,7 +117,7 @@ TEST_F(WriteRequest, TheRecordIsAppendedWithItsDefaults)
 {
     PLC_driver.protocolList.append(Protocol());
     RW_VAR first = writeOf(4, 100, hex("01 02"), 5, 6);
-    first.addressText = QLatin1String("Main.W");
+    first.addressText = "Main.W";
     const Protocol& request = build({first, writeOf(4, 116, hex("03 04"))});
     ASSERT_EQ(PLC_driver.protocolList.size(), 2);
     EXPECT_EQ(request.replyLength, 9);

@@ -86,7 +86,7 @@ TEST_F(LabelsOfThePage, AnArrayHasAsManyElementsAsHighMinusLow)
 TEST_F(LabelsOfThePage, ATextIsReadOnceInAsManyWordsAsItHas)
 {
     RW_VAR var;
-    var.addressText = QString::fromLatin1("Main.Operator");
+    var.addressText = "Main.Operator";
     var.count = 100;
     EXPECT_EQ(AddListOnceReadVar(&var), 10);
     EXPECT_EQ(PLC_driver.onceReadList.first().elementAddress, 5000);
@@ -95,7 +95,7 @@ TEST_F(LabelsOfThePage, ATextIsReadOnceInAsManyWordsAsItHas)
 TEST_F(LabelsOfThePage, ATextPolledWholeIsOneEntry)
 {
     HOSTVAR var;
-    var.addressText = QString::fromLatin1("Main.Operator");
+    var.addressText = "Main.Operator";
     var.count = 10;
     QList<HOSTVAR> screen;
     screen << var;

@@ -277,12 +277,12 @@ TEST(RunView, EachFormatHasItsView)
     {
         CapturedConsole captured; // no terminal
         Console& console = captured.console();
-        json = dynamic_cast<JsonView*>(
-                   makeRunView(OutputFormat::json, false, console).get()) != nullptr;
-        csv = dynamic_cast<CsvView*>(makeRunView(OutputFormat::csv, false, console).get()) !=
-              nullptr;
-        plain = dynamic_cast<PlainView*>(
-                    makeRunView(OutputFormat::table, false, console).get()) != nullptr;
+        json = dynamic_cast<JsonView*>(makeRunView(OutputFormat::json, false, console).get()) !=
+               nullptr;
+        csv =
+            dynamic_cast<CsvView*>(makeRunView(OutputFormat::csv, false, console).get()) != nullptr;
+        plain = dynamic_cast<PlainView*>(makeRunView(OutputFormat::table, false, console).get()) !=
+                nullptr;
     }
     EXPECT_TRUE(json);
     EXPECT_TRUE(csv);

@@ -19,8 +19,9 @@ const int kLengthFieldEnd = 6;
 bool readAtLeast(QTcpSocket& socket, QByteArray& bytes, int size)
 {
     while (bytes.size() < size) {
-        if (socket.bytesAvailable() == 0 && !socket.waitForReadyRead(kDeadlineMs))
+        if (socket.bytesAvailable() == 0 && !socket.waitForReadyRead(kDeadlineMs)) {
             return false;
+        }
         bytes += socket.read(size - bytes.size());
     }
     return true;
@@ -30,8 +31,9 @@ bool readAtLeast(QTcpSocket& socket, QByteArray& bytes, int size)
 bool readReply(QTcpSocket& socket, QByteArray& reply)
 {
     reply.clear();
-    if (!readAtLeast(socket, reply, kLengthFieldEnd))
+    if (!readAtLeast(socket, reply, kLengthFieldEnd)) {
         return false;
+    }
     const int rest =
         256 * static_cast<unsigned char>(reply.at(4)) + static_cast<unsigned char>(reply.at(5));
     return readAtLeast(socket, reply, kLengthFieldEnd + rest);
@@ -70,11 +72,13 @@ LoopResult runHostLoop(quint16 port, const std::function<bool()>& done)
     }
     while (!done()) {
         const Protocol* request = ComCommunication();
-        if (request == nullptr)
+        if (request == nullptr) {
             continue;
+        }
         QByteArray reply;
-        if (!exchange(socket, request->frame, reply, result.error))
+        if (!exchange(socket, request->frame, reply, result.error)) {
             return result;
+        }
         result.statuses.push_back(DataCom(&reply, reply.size())->status);
     }
     return result;

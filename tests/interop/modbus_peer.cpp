@@ -29,6 +29,7 @@ int valueBytes(char readFunction)
 
 QModbusResponse refusal(const QModbusPdu& request, QModbusPdu::ExceptionCode code)
 {
+    // All that an exception consists of is in its base. NOLINTNEXTLINE(cppcoreguidelines-slicing)
     return QModbusExceptionResponse(request.functionCode(), code);
 }
 
@@ -67,7 +68,7 @@ ModbusPeer::ModbusPeer(int unit)
 {
     teachRequestSizes();
     setServerAddress(unit);
-    setConnectionParameter(QModbusDevice::NetworkAddressParameter, QStringLiteral("127.0.0.1"));
+    setConnectionParameter(QModbusDevice::NetworkAddressParameter, "127.0.0.1");
     setConnectionParameter(QModbusDevice::NetworkPortParameter, 0);
 }
 
@@ -106,14 +107,17 @@ QModbusResponse ModbusPeer::processPrivateRequest(const QModbusPdu& request)
 {
     const int code = request.functionCode();
     const QByteArray data = request.data();
-    if (data.isEmpty())
+    if (data.isEmpty()) {
         return refusal(request, QModbusPdu::IllegalDataValue);
+    }
     requests.push_back(SeenRequest{code, static_cast<unsigned char>(data.at(0))});
-    if (valueBytes(static_cast<char>(code)) != 0)
+    if (valueBytes(static_cast<char>(code)) != 0) {
         return answerRead(request, static_cast<char>(code));
+    }
     // Each write code is the read code of its type plus one.
-    if (valueBytes(static_cast<char>(code - 1)) != 0)
+    if (valueBytes(static_cast<char>(code - 1)) != 0) {
         return answerWrite(request, static_cast<char>(code - 1));
+    }
     return refusal(request, QModbusPdu::IllegalFunction);
 }
 
@@ -123,13 +127,15 @@ QModbusResponse ModbusPeer::answerRead(const QModbusPdu& request, char readFunct
 {
     const QByteArray data = request.data();
     const int elements = static_cast<unsigned char>(data.at(0));
-    if (data.size() != 1 + 4 * elements)
+    if (data.size() != 1 + 4 * elements) {
         return refusal(request, QModbusPdu::IllegalDataValue);
+    }
     QByteArray reply = data.left(1);
     for (int i = 0; i < elements; ++i) {
         const quint32 address = addressAt(data, 1 + 4 * i);
-        if (!hasValue(readFunction, address))
+        if (!hasValue(readFunction, address)) {
             return refusal(request, QModbusPdu::IllegalDataAddress);
+        }
         char valueText[4];
         qToBigEndian<quint32>(value(readFunction, address), valueText);
         const int size = valueBytes(readFunction);
@@ -145,13 +151,15 @@ QModbusResponse ModbusPeer::answerWrite(const QModbusPdu& request, char readFunc
     const QByteArray data = request.data();
     const int elements = static_cast<unsigned char>(data.at(0));
     const int size = valueBytes(readFunction);
-    if (data.size() != 1 + (4 + size) * elements)
+    if (data.size() != 1 + (4 + size) * elements) {
         return refusal(request, QModbusPdu::IllegalDataValue);
+    }
     for (int i = 0; i < elements; ++i) {
         const int entry = 1 + (4 + size) * i;
         quint32 written = 0;
-        for (int byte = size - 1; byte >= 0; --byte)
+        for (int byte = size - 1; byte >= 0; --byte) {
             written = (written << 8) | static_cast<unsigned char>(data.at(entry + 4 + byte));
+        }
         setValue(readFunction, addressAt(data, entry), written);
     }
     return QModbusResponse(request.functionCode(), data.left(1));

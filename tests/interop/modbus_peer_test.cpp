@@ -78,12 +78,14 @@ protected:
 TEST_F(Interop, PolledValuesOfEveryTypeArrive)
 {
     peer.setValue('d', 100, 1);
-    for (quint32 i = 0; i < 3; ++i)
+    for (quint32 i = 0; i < 3; ++i) {
         peer.setValue('f', 16 * i, 0x1234 + i);
+    }
     peer.setValue('l', 2000, 0xFEDCBA98u);
     peer.setValue('l', 3000, 100000);
-    for (quint32 i = 0; i < 3; ++i)
+    for (quint32 i = 0; i < 3; ++i) {
         peer.setValue('f', 4000 + 16 * i, 0x4241 + 0x0202 * i);
+    }
     QList<HOSTVAR> polled = {hostVar("P.B", 1), hostVar("P.Ws[0]", 3), hostVar("P.D", 1),
                              hostVar("P.U", 1), hostVar("P.T", 1)};
     ASSERT_EQ(ReCreatReadVarList(&polled), 7);

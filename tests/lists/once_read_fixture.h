@@ -33,8 +33,9 @@ protected:
         Label_Type_Info empty = arrayVariable("Empty", 4, 9000, QList<int>() << 5 << 5);
         Label_Type_Info reversed = arrayVariable("Reversed", 4, 9500, QList<int>() << 5 << 3);
         variables << empty << reversed;
-        for (const int code : {0, 2, 3, 5, 8, 9, 11, 12})
-            variables << variable(qPrintable(QString::fromLatin1("X%1").arg(code)), code, 9900);
+        for (const int code : {0, 2, 3, 5, 8, 9, 11, 12}) {
+            variables << variable(qPrintable(QString("X%1").arg(code)), code, 9900);
+        }
         passLabels({label("P", variables)});
     }
 

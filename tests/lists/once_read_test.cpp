@@ -54,7 +54,7 @@ TEST_F(OnceRead, TheDefaultStationReplacesTheRecordsOwnWhileTheModeIsZero)
 TEST_F(OnceRead, AnEntryIsACopyOfTheRecordWithItsOwnAddress)
 {
     RW_VAR var = request("P.Ws[0]", 2);
-    var.auxText = QLatin1String("aux");
+    var.auxText = "aux";
     var.hostData2 = 2;
     var.hostData3 = 3;
     var.hostData4 = 4;
@@ -123,7 +123,7 @@ TEST_F(OnceRead, OtherMembersDoNotMakeADifference)
     other.hostData2 = 99;
     other.hostData3 = 99;
     other.status = 99;
-    other.auxText = QLatin1String("other");
+    other.auxText = "other";
     other.hostData12 = 99;
     other.value = hex("99");
     EXPECT_EQ(AddListOnceReadVar(&other), 1);
@@ -132,12 +132,14 @@ TEST_F(OnceRead, OtherMembersDoNotMakeADifference)
 
 TEST_F(OnceRead, ADuplicateIsFoundAnywhereInTheList)
 {
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         PLC_driver.onceReadList.append(element(4, i));
+    }
     RW_VAR var = request("P.W", 1);
     EXPECT_EQ(AddListOnceReadVar(&var), 6);
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         PLC_driver.onceReadList.append(element(4, i));
+    }
     RW_VAR again = request("P.W", 1);
     EXPECT_EQ(AddListOnceReadVar(&again), 11);
 }
@@ -168,8 +170,9 @@ TEST_F(OnceRead, DuplicatesAreFoundWhereAddressesWrap)
 
 TEST_F(OnceRead, TheListHoldsAtMost1024)
 {
-    for (int i = 0; i < 1023; ++i)
+    for (int i = 0; i < 1023; ++i) {
         PLC_driver.onceReadList.append(element(1, i));
+    }
     RW_VAR var = request("P.Ws[0]", 3);
     EXPECT_EQ(AddListOnceReadVar(&var), 1024) << "one of three fits";
     EXPECT_EQ(PLC_driver.onceReadList.last().elementAddress, 2000);
@@ -183,8 +186,9 @@ TEST_F(OnceRead, TheListHoldsAtMost1024)
 
 TEST_F(OnceRead, AnOverfullListOfTheHostStaysAsItIs)
 {
-    for (int i = 0; i < 1030; ++i)
+    for (int i = 0; i < 1030; ++i) {
         PLC_driver.onceReadList.append(element(1, i));
+    }
     RW_VAR var = request("P.W", 1);
     EXPECT_EQ(AddListOnceReadVar(&var), 1030);
 }

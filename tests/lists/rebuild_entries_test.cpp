@@ -54,8 +54,9 @@ TEST_F(Rebuild, ClassesComeInOrderBitsWordsDoubleWords)
     EXPECT_EQ(rebuilt({hostVar("P.D100", 1), hostVar("P.W200", 2), hostVar("P.B500", 1)}),
               (Addresses{500, 200, 216, 100}));
     std::vector<int> types;
-    for (const RW_VAR& var : PLC_driver.pendingReadList)
+    for (const RW_VAR& var : PLC_driver.pendingReadList) {
         types.push_back(var.dataType);
+    }
     EXPECT_EQ(types, (std::vector<int>{1, 4, 4, 6}));
 }
 
@@ -102,8 +103,9 @@ TEST_F(Rebuild, CountsBelowOneGiveNoEntryAndNoLine)
 
 TEST_F(Rebuild, ATextOutsideAnArrayIsOneEntry)
 {
-    for (const int count : {20, 1, 0, -4})
+    for (const int count : {20, 1, 0, -4}) {
         EXPECT_EQ(rebuilt({hostVar("P.T200", count)}), Addresses{200}) << count;
+    }
 }
 
 TEST_F(Rebuild, ATextOfAnArrayIsCutToItsLimitAndSteppedByItsWidth)
@@ -127,7 +129,7 @@ TEST_F(Rebuild, AtOneAddressOfAClassTheLaterVariableWins)
     rebuild({hostVar("P.B10", 1, 1, "first"), hostVar("P.B10", 1, 2, "second")});
     ASSERT_EQ(PLC_driver.pendingReadList.size(), 1);
     EXPECT_EQ(PLC_driver.pendingReadList.first().station, 2);
-    EXPECT_EQ(PLC_driver.pendingReadList.first().auxText, QLatin1String("second"));
+    EXPECT_EQ(PLC_driver.pendingReadList.first().auxText, "second");
 }
 
 TEST_F(Rebuild, WordsAndTextsReplaceEachOther)
@@ -168,8 +170,8 @@ TEST_F(Rebuild, EveryMemberOfAnEntryIsSet)
     expected.hostData3 = 14014;
     expected.hostData4 = 15015;
     expected.status = 0;
-    expected.addressText = QLatin1String("P.Ws[1]");
-    expected.auxText = QLatin1String("aux");
+    expected.addressText = "P.Ws[1]";
+    expected.auxText = "aux";
     expected.dataType = 4;
     expected.station = 200;
     expected.count = 1;
@@ -252,8 +254,8 @@ TEST_F(Rebuild, TheHostsListIsNotChanged)
     ReCreatReadVarList(&vars);
     ASSERT_EQ(vars.size(), 1);
     EXPECT_EQ(vars.at(0).count, 2);
-    EXPECT_EQ(vars.at(0).addressText, QLatin1String("P.W200"));
-    EXPECT_EQ(vars.at(0).auxText, QLatin1String("aux"));
+    EXPECT_EQ(vars.at(0).addressText, "P.W200");
+    EXPECT_EQ(vars.at(0).auxText, "aux");
 }
 
 TEST_F(Rebuild, AddressesWrapIn32Bits)

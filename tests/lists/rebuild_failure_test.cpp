@@ -15,8 +15,9 @@ protected:
     {
         QList<Label_Type_Info> variables;
         variables << variable("B", 1, 10) << variable("W", 4, 16) << variable("R", 4, 99);
-        for (const int code : {0, 2, 3, 5, 8, 9, 11, 200})
-            variables << variable(qPrintable(QString::fromLatin1("X%1").arg(code)), code, 1);
+        for (const int code : {0, 2, 3, 5, 8, 9, 11, 200}) {
+            variables << variable(qPrintable(QString("X%1").arg(code)), code, 1);
+        }
         variables << structureVariable("S", 0, structureType(QList<Label_Type_Info>()));
         passLabels({label("P", variables)});
         PLC_driver.pendingReadList << element(4, 0) << element(4, 16);

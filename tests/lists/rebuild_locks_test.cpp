@@ -39,8 +39,9 @@ TEST_F(RebuildLocks, ClosingLinesNameTheListThatWasBuiltThoughTheCycleTookIt)
     // A message handler that lets the cycle run, as another thread may at that moment.
     bool taken = false;
     diagnostics.onLine([&](const QString& line) {
-        if (taken || !line.contains(QLatin1String("357")))
+        if (taken || !line.contains("357")) {
             return;
+        }
         taken = true;
         ComCommunication();
         EXPECT_TRUE(PLC_driver.pendingReadList.isEmpty());

@@ -26,8 +26,9 @@ TEST_F(RebuildOverlap, OfVeryManyRecordsForTheSameAddressesTheLastOneCounts)
     const int kElements = 100;
     const int kRecords = 1500; // 150,000 elements wanted
     QList<HOSTVAR> vars;
-    for (int i = 0; i < kRecords; ++i)
+    for (int i = 0; i < kRecords; ++i) {
         vars << hostVar("P.Ws[0]", kElements, 1, qPrintable(QString::number(i)));
+    }
     vars << hostVar("P.W", 1, 1, "last");
 
     ASSERT_EQ(rebuild(vars), kElements);

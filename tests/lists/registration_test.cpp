@@ -19,8 +19,8 @@ protected:
     static RW_VAR oddRecord()
     {
         RW_VAR var = writeOf(99, INT_MIN, hex("01 02 03"), -5, 6);
-        var.addressText = QLatin1String("no such address");
-        var.auxText = QLatin1String("aux");
+        var.addressText = "no such address";
+        var.auxText = "aux";
         var.station = -7;
         var.count = -8;
         var.hostData3 = 3;
@@ -64,7 +64,7 @@ TEST_F(Registration, TheHostMayChangeItsRecordAfterwards)
     AddListWriteVar(&var);
     AddListReadVar(&var);
     var.value[0] = 'x';
-    var.addressText = QLatin1String("changed");
+    var.addressText = "changed";
     EXPECT_TRUE(sameRecord(PLC_driver.writeVarList.at(0), oddRecord()));
     EXPECT_TRUE(sameRecord(PLC_driver.readVarList.at(0), oddRecord()));
 }
@@ -72,8 +72,9 @@ TEST_F(Registration, TheHostMayChangeItsRecordAfterwards)
 TEST_F(Registration, WritesAreNotLimitedInNumber)
 {
     const RW_VAR var = writeOf(4, 0, hex("00 00"));
-    for (int i = 1; i <= 3000; ++i)
+    for (int i = 1; i <= 3000; ++i) {
         ASSERT_EQ(AddListWriteVar(&var), i);
+    }
 }
 
 TEST_F(Registration, APolledRecordIsAppendedWithoutAnyLock)

@@ -37,14 +37,16 @@ std::string differs(const char* name, std::int64_t expected, std::int64_t actual
 std::string differenceOfLists(const char* name, const VarList& expected,
                               const QList<RW_VAR>& actual)
 {
-    if (expected.size() != static_cast<std::size_t>(actual.size()))
+    if (expected.size() != static_cast<std::size_t>(actual.size())) {
         return differs((std::string(name) + ".size").c_str(),
                        static_cast<std::int64_t>(expected.size()), actual.size());
+    }
     for (std::size_t i = 0; i < expected.size(); ++i) {
         const std::string difference =
             differenceOfVars(expected[i], actual.at(static_cast<int>(i)));
-        if (!difference.empty())
+        if (!difference.empty()) {
             return std::string(name) + '[' + std::to_string(i) + "]." + difference;
+        }
     }
     return std::string();
 }
@@ -55,15 +57,18 @@ std::string differenceOfCaches(const char* name, const std::map<std::int32_t, Ex
 {
     for (const auto& entry : expected) {
         const auto found = actual.constFind(entry.first);
-        if (found == actual.constEnd())
+        if (found == actual.constEnd()) {
             return std::string(name) + " lacks key " + std::to_string(entry.first);
-        if (found.value() != entry.second)
+        }
+        if (found.value() != entry.second) {
             return differs((std::string(name) + '[' + std::to_string(entry.first) + ']').c_str(),
                            entry.second, found.value());
+        }
     }
-    if (expected.size() != static_cast<std::size_t>(actual.size()))
+    if (expected.size() != static_cast<std::size_t>(actual.size())) {
         return differs((std::string(name) + ".size").c_str(),
                        static_cast<std::int64_t>(expected.size()), actual.size());
+    }
     return std::string();
 }
 
@@ -75,41 +80,48 @@ std::string differenceOfCounters(const DriverModel& expected, const Communicatio
     RETURN_DIFFERENCE(scanCount);
     RETURN_DIFFERENCE(commFailed);
     RETURN_DIFFERENCE(transactionCounter);
-    if (static_cast<std::int64_t>(expected.batch.size()) != actual.batchCount)
+    if (static_cast<std::int64_t>(expected.batch.size()) != actual.batchCount) {
         return differs("batchCount", static_cast<std::int64_t>(expected.batch.size()),
                        actual.batchCount);
-    if (std::memcmp(expected.sendBuffer.data(), actual.sendBuffer, sizeof actual.sendBuffer) != 0)
+    }
+    if (std::memcmp(expected.sendBuffer.data(), actual.sendBuffer, sizeof actual.sendBuffer) != 0) {
         return "sendBuffer";
+    }
     return std::string();
 }
 
 // While a request is in flight its batch points at the head of the list it came from.
 std::string differenceOfBatch(const DriverModel& model, const Communication_Protocol& driver)
 {
-    if (model.protocolList.empty())
+    if (model.protocolList.empty()) {
         return std::string();
+    }
     const QList<RW_VAR>& list = model.cycleState == 1   ? driver.writeVarList
                                 : model.cycleState == 2 ? driver.onceReadList
                                                         : driver.readVarList;
     for (int i = 0; i < driver.batchCount; ++i) {
-        if (i >= list.size() || driver.batchElements[i] != &list.at(i))
+        if (i >= list.size() || driver.batchElements[i] != &list.at(i)) {
             return "batchElements[" + std::to_string(i) + "] does not point at the list's entry";
+        }
         const std::string difference =
             differenceOfVars(model.batch[static_cast<std::size_t>(i)], list.at(i));
-        if (!difference.empty())
+        if (!difference.empty()) {
             return "batch element " + std::to_string(i) + ": " + difference;
+        }
     }
     return std::string();
 }
 
 std::string differenceOfStations(const DriverModel& model, const Communication_Protocol& driver)
 {
-    if (model.disabledStations.size() != static_cast<std::size_t>(driver.stationMap.size()))
+    if (model.disabledStations.size() != static_cast<std::size_t>(driver.stationMap.size())) {
         return "stationMap.size";
+    }
     for (const int station : model.disabledStations) {
         const auto found = driver.stationMap.constFind(station);
-        if (found == driver.stationMap.constEnd() || found.value() != 0)
+        if (found == driver.stationMap.constEnd() || found.value() != 0) {
             return "stationMap lacks " + std::to_string(station);
+        }
     }
     return std::string();
 }
@@ -120,8 +132,9 @@ std::string differenceOfWords(const DriverModel& model, const ComInfo& words)
     for (std::size_t i = 0; i < ComWords; ++i) {
         std::int32_t word = 0;
         std::memcpy(&word, reinterpret_cast<const char*>(&words) + 4 * i, sizeof word);
-        if (word != model.com[i])
+        if (word != model.com[i]) {
             return differs(("ComInfo word " + std::to_string(i)).c_str(), model.com[i], word);
+        }
     }
     return std::string();
 }
@@ -142,13 +155,16 @@ std::string differenceOfVars(const Var& expected, const RW_VAR& actual)
     RETURN_DIFFERENCE(count);
     RETURN_DIFFERENCE(hostData12);
     RETURN_DIFFERENCE(hostData13);
-    if (!same(expected.addressText, actual.addressText))
+    if (!same(expected.addressText, actual.addressText)) {
         return "addressText: expected " + shown(expected.addressText);
-    if (!same(expected.auxText, actual.auxText))
+    }
+    if (!same(expected.auxText, actual.auxText)) {
         return "auxText: expected " + shown(expected.auxText);
-    if (!same(expected.value, actual.value))
+    }
+    if (!same(expected.value, actual.value)) {
         return "value: expected " + shown(expected.value) + ", driver has " +
                shown(modelBytes(actual.value));
+    }
     return std::string();
 }
 
@@ -192,23 +208,26 @@ std::string differenceOfRequests(const Request& expected, const Protocol& actual
     RETURN_DIFFERENCE(replyLength);
     RETURN_DIFFERENCE(replyDataOffset);
     RETURN_DIFFERENCE(replyState);
-    if (!same(expected.frame, actual.frame))
+    if (!same(expected.frame, actual.frame)) {
         return "frame: expected " + shown(expected.frame) + ", driver has " +
                shown(modelBytes(actual.frame));
+    }
     return differenceOfVars(expected.var, actual.var);
 }
 
 std::string differenceOfState(const DriverModel& model, const Communication_Protocol& driver,
                               const ComInfo& words)
 {
-    if (model.protocolList.size() != static_cast<std::size_t>(driver.protocolList.size()))
+    if (model.protocolList.size() != static_cast<std::size_t>(driver.protocolList.size())) {
         return differs("protocolList.size", static_cast<std::int64_t>(model.protocolList.size()),
                        driver.protocolList.size());
+    }
     for (std::size_t i = 0; i < model.protocolList.size(); ++i) {
         const std::string difference = differenceOfRequests(
             model.protocolList[i], driver.protocolList.at(static_cast<int>(i)));
-        if (!difference.empty())
+        if (!difference.empty()) {
             return "protocolList[" + std::to_string(i) + "]." + difference;
+        }
     }
     const std::string retVar = differenceOfVars(model.retVar, driver.retVar);
     const std::string differences[] = {
@@ -225,8 +244,9 @@ std::string differenceOfState(const DriverModel& model, const Communication_Prot
         differenceOfCaches("dwordCache", model.dwordCache, driver.dwordCache),
         differenceOfStations(model, driver)};
     for (const std::string& difference : differences) {
-        if (!difference.empty())
+        if (!difference.empty()) {
             return difference;
+        }
     }
     const bool unusedListsEmpty = driver.auxVarList.isEmpty() && driver.extendVarList.isEmpty();
     return unusedListsEmpty ? std::string() : "auxVarList or extendVarList is not empty";

@@ -22,16 +22,18 @@ void DriverModel::formBatch(const VarList& list)
     int total = 2 * size;
     for (std::size_t i = 1; i < list.size() && total < kBudget; ++i) {
         total += size;
-        if (list[i].dataType != list.front().dataType)
+        if (list[i].dataType != list.front().dataType) {
             return;
+        }
         batch.push_back(list[i]);
     }
 }
 
 const Request* DriverModel::comCommunication()
 {
-    if (!protocolList.empty())
+    if (!protocolList.empty()) {
         return &protocolList.front();
+    }
     if (!pendingReadList.empty()) {
         readVarList = pendingReadList;
         pendingReadList.clear();
@@ -73,8 +75,9 @@ const Request* DriverModel::comCommunication()
 void DriverModel::dataCom(const Bytes& reply, int received)
 {
     retVar.status = 1;
-    if (protocolList.empty())
+    if (protocolList.empty()) {
         return;
+    }
     const int result = checkLocal(reply, received);
     if (result == 1 || result == 100) {
         commFailed = false;
@@ -113,10 +116,12 @@ void DriverModel::dataCom(const Bytes& reply, int received)
 
 void DriverModel::endTurn()
 {
-    if (cycleState == 1)
+    if (cycleState == 1) {
         finishVariables(writeVarList);
-    if (cycleState == 2)
+    }
+    if (cycleState == 2) {
         finishVariables(onceReadList);
+    }
     if (cycleState == 0 && !readVarList.empty() && readVarList.front().status == -1) {
         readVarList.front().status = 0;
         retVar = readVarList.front();
@@ -126,14 +131,18 @@ void DriverModel::endTurn()
             readVarList.pop_front();
         }
     }
-    if (!commFailed)
+    if (!commFailed) {
         return;
-    if (hasCommFailCallback)
+    }
+    if (hasCommFailCallback) {
         report(Event::CommFail, {0, retVar.hostKey, 1, 0});
-    if (cycleState == 1)
+    }
+    if (cycleState == 1) {
         writeVarList.clear();
-    if (cycleState == 2)
+    }
+    if (cycleState == 2) {
         onceReadList.clear();
+    }
 }
 
 void DriverModel::finishVariables(VarList& list)
@@ -156,8 +165,9 @@ void DriverModel::finishVariables(VarList& list)
     for (const Key& key : pairs) {
         const bool waiting = std::any_of(list.begin(), list.end(),
                                          [&](const Var& var) { return keyOf(var) == key; });
-        if (!hasVarDoneCallback || (!commFailed && waiting))
+        if (!hasVarDoneCallback || (!commFailed && waiting)) {
             continue;
+        }
         report(Event::VarDone, {com[ComStation], key.first, key.second, commFailed ? 2 : 1});
     }
 }

@@ -17,8 +17,9 @@ void DriverModel::report(Event::Kind kind, std::array<std::int32_t, 4> numbers)
     event.kind = kind;
     event.numbers = numbers;
     events.push_back(event);
-    if (callbackReadAddress.empty())
+    if (callbackReadAddress.empty()) {
         return;
+    }
     Event read;
     read.kind = Event::CallbackRead;
     std::vector<Event> before;
@@ -37,8 +38,9 @@ void DriverModel::setComInfo()
 
 void DriverModel::passVarNames(const std::vector<Label>& labels)
 {
-    for (const Label& label : labels)
+    for (const Label& label : labels) {
         labelTable[label.name] = label;
+    }
 }
 
 int DriverModel::resolve(const Text& address, Resolved& resolved)
@@ -56,12 +58,13 @@ int DriverModel::resolve(const Text& address, Resolved& resolved)
 
 void DriverModel::enableStation(int station, int enable)
 {
-    if (station < 0)
+    if (station < 0) {
         disabledStations.clear();
-    else if (enable == 0)
+    } else if (enable == 0) {
         disabledStations.insert(station);
-    else if (enable == 1)
+    } else if (enable == 1) {
         disabledStations.erase(station);
+    }
 }
 
 int DriverModel::sizeOfType(int dataType)

@@ -27,9 +27,10 @@ void copyOut(const std::map<std::int32_t, Value>& cache, std::int32_t key, std::
     for (std::int32_t i = 0; i < elements; ++i) {
         const auto found = cache.find(key);
         if (found != cache.end()) {
-            for (std::size_t byte = 0; byte < sizeof(Value); ++byte)
+            for (std::size_t byte = 0; byte < sizeof(Value); ++byte) {
                 data[static_cast<std::size_t>(i) * sizeof(Value) + byte] =
                     static_cast<unsigned char>(found->second >> (8 * byte));
+            }
         }
         key = wrapped(std::int64_t{key} + step);
     }
@@ -40,11 +41,13 @@ void copyBits(std::map<std::int32_t, Value>& cache, std::int32_t key, std::int64
               std::int32_t count, Bytes& data)
 {
     const auto bits = static_cast<std::int64_t>(8 * sizeof(Value));
-    if (count < 1 || bit >= bits)
+    if (count < 1 || bit >= bits) {
         return;
+    }
     const Value word = cache[key];
-    for (std::size_t j = 0; j < data.size() && bit < bits; ++j, ++bit)
+    for (std::size_t j = 0; j < data.size() && bit < bits; ++j, ++bit) {
         data[j] = static_cast<unsigned char>(bit < 0 ? 0 : (word >> bit) & 1);
+    }
 }
 
 template <typename Value>
@@ -54,14 +57,16 @@ Bytes bitsInto(std::map<std::int32_t, Value>& cache, std::int32_t key, std::int6
     const auto bits = static_cast<std::int64_t>(8 * sizeof(Value));
     std::uint32_t word = cache[key];
     for (std::size_t j = 0; j < data.size() && bit < bits; ++j, ++bit) {
-        if (bit < 0)
+        if (bit < 0) {
             continue;
+        }
         const std::uint32_t mask = std::uint32_t{1} << bit;
         word = data[j] != 0 ? word | mask : word & ~mask;
     }
     Bytes value;
-    for (std::size_t byte = 0; byte < sizeof(Value); ++byte)
+    for (std::size_t byte = 0; byte < sizeof(Value); ++byte) {
         value.push_back(static_cast<unsigned char>(word >> (8 * byte)));
+    }
     return value;
 }
 
@@ -80,10 +85,12 @@ int DriverModel::getRegisterData(const Text& address, Bytes& data, int count)
     };
     if (at.bitAccess == 1) {
         data = zeros(count);
-        if (at.dataType == 4)
+        if (at.dataType == 4) {
             copyBits(wordCache, at.elementAddress, at.bitIndex, count, data);
-        if (at.dataType == 6)
+        }
+        if (at.dataType == 6) {
             copyBits(dwordCache, at.elementAddress, at.bitIndex, count, data);
+        }
         return 1;
     }
     switch (at.dataType) {
@@ -114,8 +121,9 @@ int DriverModel::setRegisterData(const Text& address, const Text& text, int stat
                                  const Bytes& data, int count, int hostKey, int varKey)
 {
     Resolved at;
-    if (resolve(address, at) != 0)
+    if (resolve(address, at) != 0) {
         return 0;
+    }
     Var var;
     var.hostKey = hostKey;
     var.varKey = varKey;
@@ -157,24 +165,26 @@ int DriverModel::setRegisterData(const Text& address, const Text& text, int stat
     for (std::int32_t i = 0; i < elements; ++i) {
         const std::size_t first = static_cast<std::size_t>(i) * bytes;
         var.value.assign(bytes, 0);
-        if (first + bytes <= data.size())
+        if (first + bytes <= data.size()) {
             std::copy_n(data.begin() + static_cast<std::ptrdiff_t>(first), bytes,
                         var.value.begin());
-        if (bytes == 1)
+        }
+        if (bytes == 1) {
             var.value[0] = var.value[0] != 0 ? 1 : 0;
+        }
         deliver(var);
         var.elementAddress = wrapped(std::int64_t{var.elementAddress} + step);
     }
     return static_cast<int>(writeVarList.size());
 }
 
-void DriverModel::writeBits(Var& var, const Resolved& at, const Bytes& data)
+void DriverModel::writeBits(Var& var, const Resolved& resolved, const Bytes& data)
 {
     int number = 362;
-    if (at.dataType == 4) {
-        var.value = bitsInto(wordCache, at.elementAddress, at.bitIndex, data);
-    } else if (at.dataType == 6) {
-        var.value = bitsInto(dwordCache, at.elementAddress, at.bitIndex, data);
+    if (resolved.dataType == 4) {
+        var.value = bitsInto(wordCache, resolved.elementAddress, resolved.bitIndex, data);
+    } else if (resolved.dataType == 6) {
+        var.value = bitsInto(dwordCache, resolved.elementAddress, resolved.bitIndex, data);
         number = 412;
     } else {
         return;
@@ -192,8 +202,9 @@ void DriverModel::deliver(const Var& var)
 {
     if (com[WriteMode] == 2) {
         addListWriteVar(var);
-        if (!commFailed)
+        if (!commFailed) {
             return;
+        }
     }
     writeDataToLocal(var);
 }

@@ -37,9 +37,10 @@ std::optional<Code> codeOf(int dataType)
 
 void DriverModel::putBig(std::size_t offset, std::uint32_t value, int bytes)
 {
-    for (int i = 0; i < bytes; ++i)
+    for (int i = 0; i < bytes; ++i) {
         sendBuffer[offset + static_cast<std::size_t>(i)] =
             static_cast<unsigned char>(value >> (8 * (bytes - 1 - i)));
+    }
 }
 
 void DriverModel::putHeader(std::size_t frameLength)
@@ -71,10 +72,12 @@ void DriverModel::readRegister()
     const std::size_t frameLength = kHeader + 4 * batch.size();
     putHeader(frameLength);
     const std::optional<Code> code = codeOf(batch[0].dataType);
-    if (code)
+    if (code) {
         putBig(7, static_cast<unsigned char>(code->read), 1);
-    for (std::size_t i = 0; i < batch.size(); ++i)
+    }
+    for (std::size_t i = 0; i < batch.size(); ++i) {
         putBig(kHeader + 4 * i, static_cast<std::uint32_t>(batch[i].elementAddress), 4);
+    }
     const int reply = static_cast<int>(batch.size()) * sizeOfType(batch[0].dataType) + 9;
     queueRequest(frameLength, reply, 9);
 }
@@ -95,14 +98,16 @@ bool DriverModel::writeRegister()
         const std::size_t at = kHeader + entry * i;
         const Bytes& value = batch[i].value;
         putBig(at, static_cast<std::uint32_t>(batch[i].elementAddress), 4);
-        for (std::size_t byte = 0; byte < entry - 4; ++byte)
+        for (std::size_t byte = 0; byte < entry - 4; ++byte) {
             sendBuffer[at + 4 + byte] = byte < value.size() ? value[byte] : 0;
+        }
     }
     queueRequest(frameLength, 9, 0);
     emit(line("Func_Write", "WriteAnalog", 109, "TRACE ").quotedHex(protocolList.back().frame));
     if (!commFailed) {
-        for (const Var& var : batch)
+        for (const Var& var : batch) {
             writeDataToLocal(var);
+        }
     }
     return true;
 }

@@ -36,8 +36,9 @@ LineText& LineText::quoted(const Text& text)
 LineText& LineText::quotedList(const std::vector<Text>& texts)
 {
     text_ += u"(";
-    for (std::size_t i = 0; i < texts.size(); ++i)
+    for (std::size_t i = 0; i < texts.size(); ++i) {
         text_ += (i == 0 ? u"" : u", ") + inQuotes(texts[i]);
+    }
     text_ += u") ";
     return *this;
 }
@@ -68,8 +69,9 @@ Text LineText::inQuotes(const Text& text) const
             printed += u"\\t";
             continue;
         }
-        if (stream_ == Stream::Qt5 && (c == u'"' || c == u'\\'))
+        if (stream_ == Stream::Qt5 && (c == u'"' || c == u'\\')) {
             printed += u'\\';
+        }
         printed += c;
     }
     return printed + u'"';

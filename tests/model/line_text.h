@@ -19,7 +19,7 @@ class LineText
 {
 public:
     // Begins with the items that every line has.
-    LineText(Stream stream, const char* file, const char* function, int number, const char* level);
+    LineText(Stream stream, const char* file, const char* function, int line, const char* level);
 
     LineText& plain(const char* ascii);
     LineText& number(std::int32_t value);

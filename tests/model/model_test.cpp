@@ -37,12 +37,15 @@ Options optionsFrom(int argc, char** argv)
             options.sequences = 5000;
             options.seed = std::random_device()();
         }
-        if (std::strcmp(argv[i], "--sequences") == 0)
+        if (std::strcmp(argv[i], "--sequences") == 0) {
             options.sequences = std::strtoul(value, nullptr, 10);
-        if (std::strcmp(argv[i], "--calls") == 0)
+        }
+        if (std::strcmp(argv[i], "--calls") == 0) {
             options.calls = std::strtoul(value, nullptr, 10);
-        if (std::strcmp(argv[i], "--seed") == 0)
+        }
+        if (std::strcmp(argv[i], "--seed") == 0) {
             options.seed = std::strtoull(value, nullptr, 10);
+        }
     }
     return options;
 }
@@ -62,8 +65,9 @@ Outcome run(std::uint64_t world, const std::vector<Step>& steps, bool tracing, S
         ++outcome.calls;
         outcome.difference = session.perform(step);
         sightings.look(session.model());
-        if (!outcome.difference.empty())
+        if (!outcome.difference.empty()) {
             break;
+        }
     }
     outcome.trace = session.trace;
     return outcome;
@@ -101,15 +105,18 @@ int main(int argc, char** argv)
         const auto steps = *sequenceOf(options.calls);
         const Outcome outcome = run(world, steps, false, sightings);
         calls += outcome.calls;
-        if (outcome.difference.empty())
+        if (outcome.difference.empty()) {
             return;
+        }
         std::string report = outcome.difference + "\nafter:\n";
-        for (const std::string& call : run(world, steps, true, sightings).trace)
+        for (const std::string& call : run(world, steps, true, sightings).trace) {
             report += "  " + call + "\n";
+        }
         RC_FAIL(report);
     });
-    for (const auto& sighting : sightings.counts())
+    for (const auto& sighting : sightings.counts()) {
         std::printf("%10lu  %s\n", sighting.second, sighting.first.c_str());
+    }
     std::printf("%llu calls, seed %llu: %s\n", calls, options.seed,
                 agreed ? "driver and model agree" : "they differ");
     // A short run need not meet everything.

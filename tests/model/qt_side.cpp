@@ -15,8 +15,9 @@ Text modelText(const QString& text)
 {
     Text result;
     result.reserve(static_cast<std::size_t>(text.size()));
-    for (int i = 0; i < text.size(); ++i)
+    for (int i = 0; i < text.size(); ++i) {
         result += static_cast<char16_t>(text.at(i).unicode());
+    }
     return result;
 }
 
@@ -73,15 +74,19 @@ Label_Type_Info qtLabel(const Label& label)
     result.offset = label.offset;
     result.dimensionCount = label.dimensionCount;
     result.memberCount = label.memberCount;
-    for (const std::int32_t bound : label.arrayBounds)
+    for (const std::int32_t bound : label.arrayBounds) {
         result.arrayBounds.append(bound);
-    for (const Label& member : label.members)
+    }
+    for (const Label& member : label.members) {
         result.members.append(qtLabel(member));
-    for (const Label& type : label.elementType)
+    }
+    for (const Label& type : label.elementType) {
         result.elementType.append(qtLabel(type));
+    }
     result.extraText = qtText(label.extraText);
-    for (const std::int32_t size : label.elementSizes)
+    for (const std::int32_t size : label.elementSizes) {
         result.elementSizes.append(size);
+    }
     return result;
 }
 
@@ -98,12 +103,14 @@ std::string shown(const Bytes& bytes)
 
 std::string shown(const Event& event)
 {
-    if (event.kind == Event::Line)
+    if (event.kind == Event::Line) {
         return "line " + shown(event.line);
+    }
     const char* const names[] = {"line", "varDoneCallback", "commFailCallback", "callback read"};
     std::string text = names[event.kind];
-    for (const std::int32_t number : event.numbers)
+    for (const std::int32_t number : event.numbers) {
         text += ' ' + std::to_string(number);
+    }
     return text + (event.kind == Event::CallbackRead ? ' ' + shown(event.bytes) : std::string());
 }
 

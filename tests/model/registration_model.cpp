@@ -40,8 +40,9 @@ int DriverModel::addListWriteVar(const Var& var)
 int DriverModel::addListOnceReadVar(Var& var)
 {
     Resolved resolved;
-    if (resolve(var.addressText, resolved) != 0)
+    if (resolve(var.addressText, resolved) != 0) {
         return 0;
+    }
     var.station = effectiveStation(var.station);
     var.dataType = resolved.dataType;
     std::int32_t elements = var.count;
@@ -68,8 +69,9 @@ int DriverModel::addListOnceReadVar(Var& var)
     for (std::int32_t i = 0; i < elements; ++i) {
         const bool queued = std::any_of(onceReadList.begin(), onceReadList.end(),
                                         [&](const Var& one) { return isSameOnceRead(one, var); });
-        if (!queued && onceReadList.size() < kOnceReadLimit)
+        if (!queued && onceReadList.size() < kOnceReadLimit) {
             onceReadList.push_back(var);
+        }
         var.elementAddress = wrapped(std::int64_t{var.elementAddress} + step);
     }
     return static_cast<int>(onceReadList.size());
@@ -134,8 +136,9 @@ int DriverModel::recreateReadVarList(const std::vector<PolledVariable>& variable
         }
     }
     for (const auto& entries : classes) {
-        for (const auto& entry : entries)
+        for (const auto& entry : entries) {
             pendingReadList.push_back(entry.second);
+        }
     }
     for (const Var& var : pendingReadList) {
         emit(line("Func_Init", function, 357, "INFO ")

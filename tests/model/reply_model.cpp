@@ -37,28 +37,36 @@ int DriverModel::driverReturnValue(int kind) const
 int DriverModel::checkLocal(const Bytes& reply, int received)
 {
     const std::int32_t expected = protocolList.front().replyLength;
-    if (received == 0)
+    if (received == 0) {
         return driverReturnValue(expected != 0 ? 2 : 0);
-    if (expected == 0)
+    }
+    if (expected == 0) {
         return driverReturnValue(0);
-    if (received != expected && expected != -1)
+    }
+    if (received != expected && expected != -1) {
         return driverReturnValue(3);
-    if (protocolList.front().var.hostData2 == 0)
+    }
+    if (protocolList.front().var.hostData2 == 0) {
         storeReply(reply);
+    }
     return driverReturnValue(0);
 }
 
 int DriverModel::checkRemote(const Bytes& reply, int received)
 {
     const std::int32_t expected = protocolList.front().replyLength;
-    if (received == 0 && expected != 0)
+    if (received == 0 && expected != 0) {
         return driverReturnValue(6);
-    if (received != 0 && expected == 0)
+    }
+    if (received != 0 && expected == 0) {
         return driverReturnValue(0);
-    if (received != expected && expected != -1)
+    }
+    if (received != expected && expected != -1) {
         return driverReturnValue(7);
-    if (protocolList.front().var.hostData12 != -1)
+    }
+    if (protocolList.front().var.hostData12 != -1) {
         return driverReturnValue(4);
+    }
     storeReply(reply);
     return driverReturnValue(com[ReplyCount] == 1 ? 4 : 0);
 }
@@ -75,18 +83,21 @@ void DriverModel::storeReply(const Bytes& reply)
     const auto size = static_cast<std::size_t>(sizeOfType(type));
     std::size_t at = static_cast<std::size_t>(protocolList.front().replyDataOffset);
     for (std::size_t i = 0; i < batch.size(); ++i, at += size) {
-        if (at + size > reply.size())
+        if (at + size > reply.size()) {
             return;
+        }
         std::uint32_t value = 0;
-        for (std::size_t byte = 4; byte < size; ++byte)
+        for (std::size_t byte = 4; byte < size; ++byte) {
             value = value * 256 + reply[at + byte];
+        }
         const std::int32_t key = batch[i].elementAddress;
-        if (size == 5)
+        if (size == 5) {
             byteCache[key] = static_cast<std::uint8_t>(value);
-        else if (size == 6)
+        } else if (size == 6) {
             wordCache[key] = static_cast<std::uint16_t>(value);
-        else
+        } else {
             dwordCache[key] = value;
+        }
     }
 }
 

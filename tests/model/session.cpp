@@ -65,21 +65,24 @@ void Session::setWord(ComWord word, std::int32_t value)
 
 void Session::note(const std::string& text)
 {
-    if (tracing)
+    if (tracing) {
         trace.push_back(text);
+    }
 }
 
 void Session::differ(const std::string& text)
 {
-    if (difference_.empty())
+    if (difference_.empty()) {
         difference_ = text;
+    }
 }
 
 void Session::compareResults(std::int64_t expected, std::int64_t actual)
 {
-    if (expected != actual)
+    if (expected != actual) {
         differ("result: expected " + std::to_string(expected) + ", driver returned " +
                std::to_string(actual));
+    }
 }
 
 std::string Session::perform(const Step& step)
@@ -90,8 +93,9 @@ std::string Session::perform(const Step& step)
     (this->*StepTable::callOf(step.kind))(random);
 
     for (std::size_t i = 0; i < std::max(events_.size(), model_.events.size()); ++i) {
-        if (i < events_.size() && i < model_.events.size() && events_[i] == model_.events[i])
+        if (i < events_.size() && i < model_.events.size() && events_[i] == model_.events[i]) {
             continue;
+        }
         differ("event " + std::to_string(i) + ": expected " +
                (i < model_.events.size() ? shown(model_.events[i]) : "none") + ", driver made " +
                (i < events_.size() ? shown(events_[i]) : "none"));
@@ -105,14 +109,17 @@ std::string Session::differenceOfLocks()
 {
     if (model_.listMutexLeftLocked) {
         model_.listMutexLeftLocked = false;
-        if (test::isFree(PLC_driver.listMutex))
+        if (test::isFree(PLC_driver.listMutex)) {
             return "listMutex is free after a rebuild that was abandoned";
+        }
         PLC_driver.listMutex.unlock();
     }
-    if (!test::isFree(PLC_driver.listMutex))
+    if (!test::isFree(PLC_driver.listMutex)) {
         return "listMutex was left locked";
-    if (!test::isFree(PLC_driver.cacheMutex))
+    }
+    if (!test::isFree(PLC_driver.cacheMutex)) {
         return "cacheMutex was left locked";
+    }
     return test::isFree(PLC_driver.stationMutex) ? "" : "stationMutex was left locked";
 }
 
@@ -139,12 +146,15 @@ int Session::commFail(QList<RW_VAR> vars, int hostKey, int flag)
 // The one call that a callback may make: `listMutex` is held, the caches are free.
 void Session::readInCallback()
 {
-    if (test::isFree(PLC_driver.listMutex))
+    if (test::isFree(PLC_driver.listMutex)) {
         differ("a callback ran without listMutex");
-    if (!test::isFree(PLC_driver.cacheMutex))
+    }
+    if (!test::isFree(PLC_driver.cacheMutex)) {
         differ("a callback ran with cacheMutex held");
-    if (model_.callbackReadAddress.empty())
+    }
+    if (model_.callbackReadAddress.empty()) {
         return;
+    }
     Event event;
     event.kind = Event::CallbackRead;
     QByteArray data("stale");
@@ -162,18 +172,18 @@ void Session::message(QtMsgType type, const QString& text)
     Event event;
     event.line = modelText(text);
     active->events_.push_back(event);
-    if (type != QtDebugMsg)
+    if (type != QtDebugMsg) {
         active->differ("a diagnostic line of another type than QtDebugMsg");
-    const bool outsideLocks = text.contains(QLatin1String("  197 TRACE")) ||
-                              text.contains(QLatin1String("  204 ERROR")) ||
-                              text.contains(QLatin1String("  357 INFO")) ||
-                              text.contains(QLatin1String("  109 TRACE")) ||
-                              text.contains(QLatin1String("\"DataCom\"")) ||
-                              text.contains(QLatin1String("\"SetRegisterData\""));
-    if (outsideLocks && !test::isFree(PLC_driver.listMutex))
+    }
+    const bool outsideLocks = text.contains("  197 TRACE") || text.contains("  204 ERROR") ||
+                              text.contains("  357 INFO") || text.contains("  109 TRACE") ||
+                              text.contains("\"DataCom\"") || text.contains("\"SetRegisterData\"");
+    if (outsideLocks && !test::isFree(PLC_driver.listMutex)) {
         active->differ("listMutex was held while a line was written: " + shown(event));
-    if (outsideLocks && !test::isFree(PLC_driver.cacheMutex))
+    }
+    if (outsideLocks && !test::isFree(PLC_driver.cacheMutex)) {
         active->differ("cacheMutex was held while a line was written: " + shown(event));
+    }
 }
 
 } // namespace tavmir::model

@@ -14,8 +14,9 @@ namespace
 Bytes noise(SeededRandom& random, std::int64_t count)
 {
     Bytes bytes(count < 0 ? 0 : static_cast<std::size_t>(count));
-    for (unsigned char& byte : bytes)
+    for (unsigned char& byte : bytes) {
         byte = static_cast<unsigned char>(random.next());
+    }
     return bytes;
 }
 
@@ -26,16 +27,20 @@ void Session::communicate(SeededRandom&)
     note("ComCommunication");
     const Protocol* request = ComCommunication();
     const Request* expected = model_.comCommunication();
-    if ((request == nullptr) != (expected == nullptr))
+    if ((request == nullptr) != (expected == nullptr)) {
         return differ(expected == nullptr ? "a request, where there is nothing to send"
                                           : "no request, where one is to be sent");
-    if (request == nullptr)
+    }
+    if (request == nullptr) {
         return;
-    if (request != &PLC_driver.protocolList.at(0))
+    }
+    if (request != &PLC_driver.protocolList.at(0)) {
         differ("the request is not the head of protocolList");
+    }
     const std::string difference = differenceOfRequests(*expected, *request);
-    if (!difference.empty())
+    if (!difference.empty()) {
         differ("request." + difference);
+    }
 }
 
 Bytes Session::randomReply(SeededRandom& random, int& received)
@@ -44,8 +49,9 @@ Bytes Session::randomReply(SeededRandom& random, int& received)
     const int length = expected < 0 ? random.between(0, 240) : expected;
     const int kind = random.between(0, 99);
     received = length;
-    if (kind < 74)
+    if (kind < 74) {
         return noise(random, length);
+    }
     if (kind < 84) {
         received = 0;
         return noise(random, random.percent(80) ? 0 : 5);
@@ -55,8 +61,9 @@ Bytes Session::randomReply(SeededRandom& random, int& received)
         received = static_cast<int>(reply.size());
         return reply;
     }
-    if (kind < 98) // the count says one thing, the array holds another
+    if (kind < 98) { // the count says one thing, the array holds another
         return noise(random, random.between(0, 2 * length));
+    }
     received = random.pick<int>({-1, INT32_MAX, INT32_MIN});
     return noise(random, length);
 }
@@ -70,8 +77,9 @@ void Session::answer(SeededRandom& random)
     const bool nothing = received == 0 && reply.empty() && random.percent(50);
     const RW_VAR* result = DataCom(nothing ? nullptr : &bytes, received);
     model_.dataCom(reply, received);
-    if (result != &PLC_driver.retVar)
+    if (result != &PLC_driver.retVar) {
         return differ("DataCom did not return retVar");
+    }
     compareResults(model_.retVar.status, result->status);
 }
 
@@ -88,12 +96,14 @@ void Session::wholeTurn(SeededRandom& random)
 
 void Session::checkRemote(SeededRandom& random)
 {
-    if (model_.protocolList.empty())
+    if (model_.protocolList.empty()) {
         return;
+    }
     int received = 0;
     const Bytes reply = randomReply(random, received);
-    if (random.percent(50))
+    if (random.percent(50)) {
         setWord(ReplyCount, random.between(0, 2));
+    }
     note("DealDataOfRemoteArea received " + std::to_string(received) + " " + shown(reply));
     QByteArray bytes = qtBytes(reply);
     const int result = DealDataOfRemoteArea(&bytes, received);
@@ -104,8 +114,9 @@ void Session::checkRemote(SeededRandom& random)
 
 void Session::tamperWithRequest(SeededRandom& random)
 {
-    if (model_.protocolList.empty())
+    if (model_.protocolList.empty()) {
         return;
+    }
     const std::int32_t length = random.pick<std::int32_t>({0, -1, -1, 9});
     note("replyLength of the request: " + std::to_string(length));
     model_.protocolList[0].replyLength = length;

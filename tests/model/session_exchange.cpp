@@ -16,8 +16,9 @@ void Session::get(SeededRandom& random)
     Bytes expected;
     const int result = GetRegisterData(qtText(address), 1, 2, 3, &data, count);
     compareResults(model_.getRegisterData(address, expected, count), result);
-    if (expected != modelBytes(data))
+    if (expected != modelBytes(data)) {
         differ("data: expected " + shown(expected) + ", driver gave " + shown(modelBytes(data)));
+    }
 }
 
 void Session::set(SeededRandom& random)
@@ -37,8 +38,9 @@ void Session::set(SeededRandom& random)
     const int expected =
         model_.setRegisterData(address, text, station, bytes, count, hostKey, varKey);
     compareResults(expected, result);
-    if (bytes != modelBytes(data))
+    if (bytes != modelBytes(data)) {
         differ("the caller's data was changed");
+    }
 }
 
 void Session::storeLocally(SeededRandom& random)
@@ -61,8 +63,9 @@ void Session::parse(SeededRandom& random)
     const int result = get_label_address_info(qtText(address), info);
     compareResults(model_.resolve(address, resolved), result);
     const std::string difference = differenceOfResolved(resolved, info);
-    if (!difference.empty())
+    if (!difference.empty()) {
         differ("resolved." + difference);
+    }
 }
 
 void Session::stations(SeededRandom& random)
@@ -70,13 +73,15 @@ void Session::stations(SeededRandom& random)
     const int station = random.between(-1, 9);
     const int enable = random.percent(85) ? random.between(0, 1) : random.between(-1, 5);
     note("EnCommStation " + std::to_string(station) + " " + std::to_string(enable));
-    if (random.percent(50))
+    if (random.percent(50)) {
         EnCommStation(station, enable);
-    else
+    } else {
         EnableEthernet(station, enable);
+    }
     model_.enableStation(station, enable);
-    for (int asked = -1; asked < 10; ++asked)
+    for (int asked = -1; asked < 10; ++asked) {
         compareResults(model_.isStationDisabled(asked), Ethernetcontains(asked));
+    }
 }
 
 void Session::changeWords(SeededRandom& random)

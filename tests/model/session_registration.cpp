@@ -51,14 +51,18 @@ void Session::passLabels(SeededRandom& random)
     for (const auto& entry : model_.labelTable) {
         labels_.push_back(entry.second);
         const auto stored = PLC_driver.labelTable.constFind(qtText(entry.first));
-        if (stored == PLC_driver.labelTable.constEnd() || !sameLabel(entry.second, stored.value()))
+        if (stored == PLC_driver.labelTable.constEnd() ||
+            !sameLabel(entry.second, stored.value())) {
             differ("labelTable lacks or changed " + shown(entry.first));
+        }
     }
-    if (model_.labelTable.size() != static_cast<std::size_t>(PLC_driver.labelTable.size()))
+    if (model_.labelTable.size() != static_cast<std::size_t>(PLC_driver.labelTable.size())) {
         differ("labelTable.size");
+    }
     addresses_.clear();
-    while (addresses_.size() < kAddresses)
+    while (addresses_.size() < kAddresses) {
         addresses_.push_back(randomAddress(random, labels_));
+    }
 }
 
 void Session::rebuild(SeededRandom& random)
@@ -75,8 +79,9 @@ void Session::rebuild(SeededRandom& random)
         // A host checks the types first; now and then one does not.
         AddressModel probe(model_.labelTable, Stream::Qt5);
         const bool accepted = probe.resolve(variable.addressText) == 0;
-        if (accepted && probe.resolved.dataType == 0 && !random.percent(2))
+        if (accepted && probe.resolved.dataType == 0 && !random.percent(2)) {
             continue;
+        }
         variables.push_back(variable);
         list.append(qtPolled(variable));
         note("  polled " + shown(variable.addressText) + " count " +
@@ -90,8 +95,9 @@ void Session::rebuild(SeededRandom& random)
 void Session::addRead(SeededRandom& random)
 {
     Var var = randomRecord(random);
-    if (random.percent(70))
+    if (random.percent(70)) {
         var.hostData2 = 0;
+    }
     note("AddListReadVar " + shownVar(var));
     const RW_VAR record = qtVar(var);
     const int result = AddListReadVar(&record);
@@ -105,10 +111,12 @@ void Session::addWrite(SeededRandom& random)
     for (int i = 0; i < times; ++i) {
         var.varKey = random.between(0, 3);
         var.elementAddress = wrapped(std::int64_t{var.elementAddress} + 16);
-        if (random.percent(10))
+        if (random.percent(10)) {
             var.dataType = randomRecord(random).dataType;
-        if (random.percent(15))
+        }
+        if (random.percent(15)) {
             var.count = random.between(-1, 5);
+        }
         var.value =
             randomBytes(random, random.percent(85) ? (var.dataType == 6 ? 4 : 2) : random.below(7));
         note("AddListWriteVar " + shownVar(var));
@@ -124,16 +132,18 @@ void Session::addOnceRead(SeededRandom& random)
     const int times = random.percent(4) ? 120 : 1;
     for (int i = 0; i < times; ++i) {
         Var var = randomRecord(random);
-        if (random.percent(85))
+        if (random.percent(85)) {
             var.hostData2 = 0;
+        }
         var.count = random.percent(10) ? random.between(-2, 0) : random.between(1, 40);
         note("AddListOnceReadVar " + shownVar(var));
         RW_VAR record = qtVar(var);
         const int result = AddListOnceReadVar(&record);
         compareResults(model_.addListOnceReadVar(var), result);
         const std::string difference = differenceOfVars(var, record);
-        if (!difference.empty())
+        if (!difference.empty()) {
             differ("the caller's record: " + difference);
+        }
     }
 }
 

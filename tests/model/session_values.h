@@ -21,8 +21,9 @@ inline std::string shownVar(const Var& var)
 inline Bytes randomBytes(SeededRandom& random, std::size_t count)
 {
     Bytes bytes(count);
-    for (unsigned char& byte : bytes)
+    for (unsigned char& byte : bytes) {
         byte = random.percent(25) ? 0 : static_cast<unsigned char>(random.next());
+    }
     return bytes;
 }
 

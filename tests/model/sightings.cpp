@@ -77,12 +77,14 @@ void Sightings::lookAtEvent(const Event& event)
 
 void Sightings::look(const DriverModel& model)
 {
-    for (const Event& event : model.events)
+    for (const Event& event : model.events) {
         lookAtEvent(event);
+    }
     ++counts_["status " + std::to_string(model.retVar.status)];
     const auto saw = [&](const char* name, bool now) {
-        if (now)
+        if (now) {
             ++counts_[name];
+        }
     };
     const bool inFlight = !model.protocolList.empty();
     const std::size_t size = model.batch.size();
@@ -105,8 +107,9 @@ std::vector<std::string> Sightings::missing() const
 {
     std::vector<std::string> names;
     for (const char* name : kExpected) {
-        if (counts_.count(name) == 0)
+        if (counts_.count(name) == 0) {
             names.push_back(name);
+        }
     }
     return names;
 }

@@ -28,8 +28,9 @@ StepTable::Call StepTable::callOf(unsigned kind)
                                    {99, &Session::checkRemote},
                                    {100, &Session::constants}};
     for (const Share& share : shares) {
-        if (kind < share.upTo)
+        if (kind < share.upTo) {
             return share.call;
+        }
     }
     return &Session::constants;
 }

@@ -13,10 +13,12 @@ const std::vector<Text> kNames = {u"A",   u"B",   u"a",      u"Run",  u"Axis",  
 
 std::int32_t randomOffset(SeededRandom& random)
 {
-    if (random.percent(2))
+    if (random.percent(2)) {
         return random.pick<std::int32_t>({INT32_MAX, INT32_MIN, INT32_MAX - 40, -64});
-    if (random.percent(30))
+    }
+    if (random.percent(30)) {
         return random.between(0, 200);
+    }
     return 16 * random.between(0, 30);
 }
 
@@ -30,10 +32,12 @@ std::vector<std::int32_t> randomBounds(SeededRandom& random, std::int32_t dimens
         bounds.push_back(low);
         bounds.push_back(low + random.between(random.percent(4) ? -2 : 0, 12));
     }
-    if (random.percent(2))
+    if (random.percent(2)) {
         bounds.resize(random.below(bounds.size()));
-    if (random.percent(1))
+    }
+    if (random.percent(1)) {
         bounds[bounds.size() / 2] = INT32_MIN;
+    }
     return bounds;
 }
 
@@ -42,19 +46,22 @@ void makeArray(SeededRandom& random, Label& label)
     label.typeFlags = static_cast<std::uint16_t>(label.typeFlags | 0x100);
     label.dimensionCount = random.between(1, 3);
     label.arrayBounds = randomBounds(random, label.dimensionCount);
-    if (random.percent(3))
+    if (random.percent(3)) {
         label.dimensionCount = random.between(-1, 4);
+    }
 }
 
 Label randomVariable(SeededRandom& random, int depth);
 
 void fillMembers(SeededRandom& random, Label& type, int depth, int count)
 {
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         type.members.push_back(randomVariable(random, depth + 1));
+    }
     type.memberCount = static_cast<std::uint32_t>(type.members.size());
-    if (random.percent(4))
+    if (random.percent(4)) {
         type.memberCount = static_cast<std::uint32_t>(random.below(type.members.size() + 3));
+    }
 }
 
 Label randomStructureType(SeededRandom& random, int depth)
@@ -73,20 +80,25 @@ Label randomVariable(SeededRandom& random, int depth)
     label.offset = randomOffset(random);
     label.extraText = randomText(random);
     std::vector<std::uint16_t> codes = {1, 4, 4, 6, 6, 7, 10, 1, 4, 10};
-    if (depth < 3)
+    if (depth < 3) {
         codes.insert(codes.end(), {12, 12, 12});
+    }
     label.typeFlags =
         random.percent(3) ? static_cast<std::uint16_t>(random.below(14)) : random.pick(codes);
-    if (random.percent(40))
+    if (random.percent(40)) {
         label.typeFlags = static_cast<std::uint16_t>(label.typeFlags | 0x400);
-    if (random.percent(45))
+    }
+    if (random.percent(45)) {
         makeArray(random, label);
+    }
     const bool isStructure = (label.typeFlags & 0xFF) == 12;
-    if (isStructure && !random.percent(4))
+    if (isStructure && !random.percent(4)) {
         label.elementType.push_back(randomStructureType(random, depth));
-    if (!random.percent(5))
+    }
+    if (!random.percent(5)) {
         label.elementSizes.push_back(isStructure ? 16 * random.between(1, 12)
                                                  : random.between(random.percent(5) ? -4 : 1, 40));
+    }
     if (depth < 3 && random.percent(5)) {
         label.typeFlags = static_cast<std::uint16_t>(label.typeFlags | 0x200);
         fillMembers(random, label, depth, random.between(1, 3));
@@ -96,8 +108,9 @@ Label randomVariable(SeededRandom& random, int depth)
 
 Text indexText(SeededRandom& random, std::int32_t number, std::int32_t radix)
 {
-    if (radix < 2 || radix > 36)
+    if (radix < 2 || radix > 36) {
         radix = 10;
+    }
     const char digits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
     std::int64_t rest = number < 0 ? -std::int64_t{number} : number;
     Text text;
@@ -105,23 +118,27 @@ Text indexText(SeededRandom& random, std::int32_t number, std::int32_t radix)
         text.insert(text.begin(), static_cast<char16_t>(digits[rest % radix]));
         rest /= radix;
     } while (rest != 0);
-    if (radix == 16 && random.percent(10))
+    if (radix == 16 && random.percent(10)) {
         text.insert(0, u"0x");
-    if (number < 0)
+    }
+    if (number < 0) {
         text.insert(0, u"-");
-    else if (random.percent(2))
+    } else if (random.percent(2)) {
         text.insert(0, u"+");
+    }
     return random.percent(2) ? u" " + text + u"\t" : text;
 }
 
 Text randomIndices(SeededRandom& random, const Label& label)
 {
-    if (random.percent(2))
+    if (random.percent(2)) {
         return random.pick<Text>({u"", u"x", u"1,", u"99999999999", u"--1", u"4294967296"});
+    }
     Text text;
     std::int32_t dimensions = label.dimensionCount;
-    if (random.percent(2))
+    if (random.percent(2)) {
         ++dimensions;
+    }
     for (std::int32_t d = 0; d < dimensions; ++d) {
         const std::size_t at = 1 + 2 * static_cast<std::size_t>(d);
         std::int32_t number = 0;
@@ -137,8 +154,9 @@ Text randomIndices(SeededRandom& random, const Label& label)
 
 Text randomBitSuffix(SeededRandom& random)
 {
-    if (random.percent(8))
+    if (random.percent(8)) {
         return random.pick<Text>({u".[3]", u".b[x]", u".b]3[", u".b[", u".b[5].c", u".bit"});
+    }
     const std::int32_t bit = random.percent(90) ? random.between(0, 33) : random.between(-40, 2);
     return u".b[" + textOf(std::to_string(bit)) + u"]";
 }
@@ -153,14 +171,17 @@ Text walkInto(SeededRandom& random, const Label& entry, int depth)
         text = end->name;
     }
     const bool wantsIndex = (end->typeFlags & 0x100) != 0;
-    if (wantsIndex ? !random.percent(3) : random.percent(2))
+    if (wantsIndex ? !random.percent(3) : random.percent(2)) {
         text += u"[" + randomIndices(random, *end) + u"]";
+    }
     const bool isInstance = (end->typeFlags & 0xFF) == 12;
     if (isInstance && depth < 6 && !end->elementType.empty() &&
-        !end->elementType[0].members.empty() && !random.percent(3))
+        !end->elementType[0].members.empty() && !random.percent(3)) {
         return text + u"." + walkInto(random, random.pick(end->elementType[0].members), depth + 1);
-    if ((end->typeFlags & 0x400) != 0 && random.percent(70))
+    }
+    if ((end->typeFlags & 0x400) != 0 && random.percent(70)) {
         text += randomBitSuffix(random);
+    }
     return text;
 }
 
@@ -168,10 +189,11 @@ void scratch(SeededRandom& random, Text& text)
 {
     const Text letters = u".[],0aA1 ";
     const std::size_t at = random.below(text.size() + 1);
-    if (at < text.size() && random.percent(50))
+    if (at < text.size() && random.percent(50)) {
         text.erase(at, 1);
-    else
+    } else {
         text.insert(at, 1, letters[random.below(letters.size())]);
+    }
 }
 
 } // namespace
@@ -188,15 +210,19 @@ Label randomLabel(SeededRandom& random)
     label.name = random.percent(3) ? random.pick<Text>({u"a.b", u"M[1]"})
                                    : random.pick<Text>({u"Main", u"Line", u"Main2", u"L\u00E9"});
     label.extraText = randomText(random);
-    if (!random.percent(2))
+    if (!random.percent(2)) {
         label.elementType.push_back(randomStructureType(random, 0));
-    if (label.elementType.empty())
+    }
+    if (label.elementType.empty()) {
         return label;
+    }
     Label& type = label.elementType.front();
-    for (int i = random.between(2, 6); i > 0; --i)
+    for (int i = random.between(2, 6); i > 0; --i) {
         type.members.push_back(randomVariable(random, 1));
-    if (!random.percent(4))
+    }
+    if (!random.percent(4)) {
         type.memberCount = static_cast<std::uint32_t>(type.members.size());
+    }
     return label;
 }
 
@@ -204,12 +230,15 @@ Text randomAddress(SeededRandom& random, const std::vector<Label>& labels)
 {
     const Label& label = random.pick(labels);
     Text text = label.name + (random.percent(3) ? u"[7]" : u"");
-    if (!label.elementType.empty() && !label.elementType[0].members.empty())
+    if (!label.elementType.empty() && !label.elementType[0].members.empty()) {
         text += u"." + walkInto(random, random.pick(label.elementType[0].members), 0);
-    if (random.percent(3))
+    }
+    if (random.percent(3)) {
         return random.pick<Text>({u"", u"Main", u"Nowhere.A", u"Main.Nowhere", u"Main..A", u"."});
-    if (random.percent(4))
+    }
+    if (random.percent(4)) {
         scratch(random, text);
+    }
     return text;
 }
 

@@ -75,8 +75,9 @@ TEST_F(ControllerComesAndGoes, GiveUpsInEachKindOfTurnReportAndDropWhatTheyMust)
     replyTimeoutMs = 30;
     connectLink();
     pollLevels(2);
-    for (int i = 0; i < 40; ++i) // 38 go with the first batch
+    for (int i = 0; i < 40; ++i) { // 38 go with the first batch
         writeLevel(i, i, 20, i);
+    }
     readLevelOnce(3, 21, 1);
     readLevelOnce(4, 21, 2);
 

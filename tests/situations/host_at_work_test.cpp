@@ -26,7 +26,7 @@ TEST_F(HostAtWork, ARebuildWhileARequestIsInFlightLeavesThatRequestWhole)
             if (rebuilt == 0) { // the request is in flight: another thread of the host rebuilds
                 QList<HOSTVAR> list;
                 HOSTVAR variable;
-                variable.addressText = QString::fromLatin1("Main.Level[20]");
+                variable.addressText = "Main.Level[20]";
                 variable.count = 2;
                 list.append(variable);
                 rebuilt = ReCreatReadVarList(&list);
@@ -55,8 +55,9 @@ TEST_F(HostAtWork, TheTransactionIdWrapsAfter65536Requests)
     pollLevels(1);
     const Turn first = turn();
     ASSERT_EQ(1, first.status);
-    for (int request = 1; request < 65536; ++request)
+    for (int request = 1; request < 65536; ++request) {
         ASSERT_EQ(1, turn().status) << request;
+    }
     EXPECT_EQ(0, PLC_driver.transactionCounter);
     const Turn again = turn();
     EXPECT_EQ(1, again.status);

@@ -21,8 +21,9 @@ int transactionOf(const QByteArray& frame)
 TEST_F(Replies, OneByteAtATimeMakeAWholeReply)
 {
     controller.start([](Peer& peer) {
-        for (QByteArray request = peer.request(); !request.isEmpty(); request = peer.request())
+        for (QByteArray request = peer.request(); !request.isEmpty(); request = peer.request()) {
             peer.sendByteByByte(rightReply(request, 0x0102));
+        }
     });
     replyTimeoutMs = 20000;
     connectLink();
@@ -43,8 +44,9 @@ TEST_F(Replies, TwoInOneSegmentAreToldApart)
     replyTimeoutMs = 20000;
     connectLink();
     pollLevels(2);
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(1, turn().status);
+    }
     EXPECT_EQ(0x600D, level(1));
     EXPECT_EQ(5U, link->figures.discarded);
 }
@@ -66,8 +68,9 @@ TEST_F(Replies, ALateReplyIsNotTakenForTheNextRequests)
     pollLevels(1);
     ASSERT_EQ(41, turn().status) << "nothing comes before the second request";
     Turn answered = turn();
-    for (int tries = 0; tries < 100 && answered.status != 1; ++tries)
+    for (int tries = 0; tries < 100 && answered.status != 1; ++tries) {
         answered = turn();
+    }
     ASSERT_EQ(1, answered.status);
     EXPECT_EQ(transactionOf(answered.frame), level());
     EXPECT_GE(link->figures.discarded, 1U);
@@ -94,8 +97,9 @@ TEST_F(Replies, DuplicatesAreDropped)
 TEST_F(Replies, AReplyToAnotherTransactionIsNoAnswer)
 {
     controller.start([](Peer& peer) {
-        for (QByteArray request = peer.request(); !request.isEmpty(); request = peer.request())
+        for (QByteArray request = peer.request(); !request.isEmpty(); request = peer.request()) {
             peer.send(withTransaction(rightReply(request, 5), transactionOf(request) + 1));
+        }
     });
     replyTimeoutMs = 100;
     connectLink();
@@ -107,8 +111,9 @@ TEST_F(Replies, AReplyToAnotherTransactionIsNoAnswer)
 TEST_F(Replies, AnExceptionReplyFailsAReadAndAWrite)
 {
     controller.start([](Peer& peer) {
-        for (QByteArray request = peer.request(); !request.isEmpty(); request = peer.request())
+        for (QByteArray request = peer.request(); !request.isEmpty(); request = peer.request()) {
             peer.send(exceptionReply(request, 1));
+        }
     });
     replyTimeoutMs = 20000;
     connectLink();

@@ -22,8 +22,9 @@ bool awaitReadable(int socket, const std::atomic<bool>& stopping)
 {
     while (!stopping) {
         pollfd waiting = {socket, POLLIN, 0};
-        if (poll(&waiting, 1, kLookUpMs) > 0)
+        if (poll(&waiting, 1, kLookUpMs) > 0) {
             return true;
+        }
     }
     return false;
 }
@@ -39,12 +40,14 @@ bool Peer::receive(QByteArray& bytes, int count)
 {
     while (count > 0) {
         char piece[512];
-        if (!awaitReadable(socket_, stopping_))
+        if (!awaitReadable(socket_, stopping_)) {
             return false;
+        }
         const auto wanted = static_cast<std::size_t>(qMin<int>(count, sizeof piece));
         const ssize_t got = recv(socket_, piece, wanted, 0);
-        if (got <= 0)
+        if (got <= 0) {
             return false;
+        }
         bytes.append(piece, static_cast<int>(got));
         count -= static_cast<int>(got);
     }
@@ -54,8 +57,9 @@ bool Peer::receive(QByteArray& bytes, int count)
 QByteArray Peer::request()
 {
     QByteArray frame;
-    if (!receive(frame, 6) || !receive(frame, lengthOf(frame)))
+    if (!receive(frame, 6) || !receive(frame, lengthOf(frame))) {
         return QByteArray();
+    }
     return frame;
 }
 
@@ -63,8 +67,9 @@ void Peer::send(const QByteArray& bytes)
 {
     // The host may have left: then there is nobody to tell.
     if (::send(socket_, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL) <
-        0)
+        0) {
         return;
+    }
 }
 
 void Peer::sendByteByByte(const QByteArray& bytes)
@@ -97,23 +102,26 @@ void ScriptedController::bindTo(int port)
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener_, generic, size) != 0 || getsockname(listener_, generic, &size) != 0)
+    if (bind(listener_, generic, size) != 0 || getsockname(listener_, generic, &size) != 0) {
         throw std::runtime_error("no loopback port");
+    }
     port_ = ntohs(address.sin_port);
 }
 
 void ScriptedController::start(const Script& script)
 {
-    if (listen(listener_, 4) != 0)
+    if (listen(listener_, 4) != 0) {
         throw std::runtime_error("cannot listen");
+    }
     stopping_ = false;
     thread_ = std::thread([this, script] { run(script); });
 }
 
 void ScriptedController::stop()
 {
-    if (!thread_.joinable())
+    if (!thread_.joinable()) {
         return;
+    }
     stopping_ = true;
     thread_.join();
     close(listener_);
@@ -124,8 +132,9 @@ void ScriptedController::run(const Script& script)
 {
     while (awaitReadable(listener_, stopping_)) {
         const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (socket < 0)
+        if (socket < 0) {
             continue;
+        }
         const int on = 1;
         setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
         Peer peer(socket, stopping_);
@@ -145,8 +154,9 @@ QByteArray readReply(const QByteArray& request, quint32 value)
     QByteArray reply = request.left(9);
     for (int at = 9; at + 4 <= request.size(); at += 4) {
         reply += request.mid(at, 4);
-        for (int byte = valueBytes - 1; byte >= 0; --byte)
+        for (int byte = valueBytes - 1; byte >= 0; --byte) {
             reply += static_cast<char>((value >> (8 * byte)) & 0xFF);
+        }
     }
     const int length = reply.size() - 6;
     reply[4] = static_cast<char>(length / 256);

@@ -11,7 +11,7 @@ namespace
 
 QString levelText(int index)
 {
-    return QString::fromLatin1("Main.Level[%1]").arg(index);
+    return QString("Main.Level[%1]").arg(index);
 }
 
 } // namespace
@@ -25,7 +25,7 @@ SituationTest::SituationTest()
 void SituationTest::connectLink()
 {
     host::LinkOptions options;
-    options.host = QString::fromLatin1("127.0.0.1");
+    options.host = "127.0.0.1";
     options.port = controller.port();
     options.connectTimeoutMs = 5000;
     options.replyTimeoutMs = replyTimeoutMs;
@@ -38,8 +38,9 @@ SituationTest::Turn SituationTest::turn()
 {
     Turn done;
     const Protocol* request = ComCommunication();
-    if (request == nullptr)
+    if (request == nullptr) {
         return done;
+    }
     done.sent = true;
     done.frame = request->frame;
     QByteArray reply;
@@ -52,8 +53,9 @@ SituationTest::Turn SituationTest::turn()
 bool SituationTest::recovers(int most)
 {
     for (int i = 0; i < most; ++i) {
-        if (turn().status == 1)
+        if (turn().status == 1) {
             return true;
+        }
     }
     return false;
 }
@@ -93,8 +95,9 @@ int SituationTest::readLevelOnce(int index, int hostKey, int varKey)
 ScriptedController::Script SituationTest::answering(quint32 value)
 {
     return [value](Peer& peer) {
-        for (QByteArray request = peer.request(); !request.isEmpty(); request = peer.request())
+        for (QByteArray request = peer.request(); !request.isEmpty(); request = peer.request()) {
             peer.send(rightReply(request, value));
+        }
     };
 }
 

@@ -17,11 +17,12 @@ TEST(Unload, WhileARequestIsInFlight)
     std::atomic<int> requests{0};
     ScriptedController controller;
     controller.start([&](Peer& peer) {
-        while (!peer.request().isEmpty())
+        while (!peer.request().isEmpty()) {
             ++requests;
+        }
     });
     host::LinkOptions options;
-    options.host = QString::fromLatin1("127.0.0.1");
+    options.host = "127.0.0.1";
     options.port = controller.port();
     options.replyTimeoutMs = 60000;
 

@@ -16,7 +16,7 @@ const int kReadKey = 200; // hostKey of one-shot reads; writes have 100 and up
 host::LinkOptions linkTo(int port, int replyTimeoutMs)
 {
     host::LinkOptions options;
-    options.host = QString::fromLatin1("127.0.0.1");
+    options.host = "127.0.0.1";
     options.port = port;
     options.replyTimeoutMs = replyTimeoutMs;
     options.reconnectMinMs = 2;
@@ -27,8 +27,9 @@ host::LinkOptions linkTo(int port, int replyTimeoutMs)
 std::vector<int> keysOf(const QList<RW_VAR>& list)
 {
     std::vector<int> keys;
-    for (int i = 0; i < list.size(); ++i)
+    for (int i = 0; i < list.size(); ++i) {
         keys.push_back(list.at(i).varKey);
+    }
     return keys;
 }
 
@@ -73,8 +74,9 @@ void HostUnderTest::start()
 void HostUnderTest::stopWork()
 {
     stopWork_ = true;
-    for (std::thread& worker : workers_)
+    for (std::thread& worker : workers_) {
         worker.join();
+    }
     workers_.clear();
 }
 
@@ -82,8 +84,9 @@ void HostUnderTest::stopCycle()
 {
     stopCycle_ = true;
     link_.stop();
-    if (cycle_.joinable())
+    if (cycle_.joinable()) {
         cycle_.join();
+    }
 }
 
 bool HostUnderTest::tick(Worker worker)
@@ -95,8 +98,9 @@ bool HostUnderTest::tick(Worker worker)
 void HostUnderTest::found(const std::string& finding)
 {
     const std::lock_guard<std::mutex> guard(findingsMutex_);
-    if (findings_.size() < 20)
+    if (findings_.size() < 20) {
         findings_.push_back(finding);
+    }
 }
 
 std::vector<std::string> HostUnderTest::findings() const
@@ -141,9 +145,10 @@ void HostUnderTest::runCycle()
 
 int HostUnderTest::varDone(int station, int hostKey, int varKey, int result)
 {
-    if (station != 7 || (result != 1 && result != 2))
+    if (station != 7 || (result != 1 && result != 2)) {
         active->found("a report with station " + std::to_string(station) + " and result " +
                       std::to_string(result));
+    }
     Ledger& ledger = hostKey == kReadKey ? active->reads_ : active->writes_;
     ledger.end(varKey, result == 1);
     return 0;
@@ -152,13 +157,16 @@ int HostUnderTest::varDone(int station, int hostKey, int varKey, int result)
 // The driver holds its list lock while it calls, and empties the list behind this call.
 int HostUnderTest::commFail(QList<RW_VAR> vars, int hostKey, int flag)
 {
-    if (!vars.isEmpty() || flag != 1)
+    if (!vars.isEmpty() || flag != 1) {
         active->found("a failure report with host key " + std::to_string(hostKey));
+    }
     ++active->giveUps_;
-    if (PLC_driver.cycleState == 1)
+    if (PLC_driver.cycleState == 1) {
         active->writes_.drop(keysOf(PLC_driver.writeVarList));
-    if (PLC_driver.cycleState == 2)
+    }
+    if (PLC_driver.cycleState == 2) {
         active->reads_.drop(keysOf(PLC_driver.onceReadList));
+    }
     return 0;
 }
 

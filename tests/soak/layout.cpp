@@ -24,14 +24,15 @@ std::int32_t addressOf(Area area, int index)
 
 QString addressText(Area area, int index)
 {
-    return QString::fromLatin1("Soak.%1[%2]").arg(QLatin1String(kNames[area])).arg(index);
+    return QString("Soak.%1[%2]").arg(QLatin1String(kNames[area])).arg(index);
 }
 
 std::uint32_t valueOf(Area area, int index, std::uint32_t number)
 {
     const auto place = static_cast<std::uint32_t>(index);
-    if (bitsOf(area) == 32)
+    if (bitsOf(area) == 32) {
         return (place << 24) | (number & 0xFFFFFF);
+    }
     return (place << 10) | (number & 0x3FF);
 }
 
@@ -42,22 +43,26 @@ std::uint32_t constantOf(int index)
 
 bool mayHold(Area area, int index, std::uint32_t value, std::uint32_t written)
 {
-    if (value == 0)
+    if (value == 0) {
         return true;
-    if (area == Constants)
+    }
+    if (area == Constants) {
         return value == constantOf(index);
-    if (area == Flags)
+    }
+    if (area == Flags) {
         return value <= 0xFFFF;
+    }
     const auto place = static_cast<std::uint32_t>(index);
-    if (bitsOf(area) == 16)
+    if (bitsOf(area) == 16) {
         return value >> 10 == place;
+    }
     return value >> 24 == place && (value & 0xFFFFFF) <= written;
 }
 
 Label_Type_Info soakLabel()
 {
     Label_Type_Info type;
-    type.name = QLatin1String("SoakType");
+    type.name = "SoakType";
     type.typeFlags = 0x200;
     type.memberCount = kAreas;
     for (int i = 0; i < kAreas; ++i) {
@@ -71,7 +76,7 @@ Label_Type_Info soakLabel()
         type.members.append(variable);
     }
     Label_Type_Info label;
-    label.name = QLatin1String("Soak");
+    label.name = "Soak";
     label.elementType.append(type);
     return label;
 }

@@ -31,10 +31,12 @@ void Ledger::end(int key, bool succeeded)
     ++(succeeded ? figures_.succeeded : figures_.failed);
     settle(key, found->second, succeeded);
     open_.erase(found);
-    if (!succeeded)
+    if (!succeeded) {
         lastFailed_.push_back(key);
-    if (lastFailed_.size() > kRememberedFailures)
+    }
+    if (lastFailed_.size() > kRememberedFailures) {
         lastFailed_.erase(lastFailed_.begin());
+    }
 }
 
 void Ledger::drop(const std::vector<int>& keys)
@@ -45,14 +47,16 @@ void Ledger::drop(const std::vector<int>& keys)
         if (found != open_.end()) {
             ++figures_.dropped;
             // Of several elements the first may have gone out already.
-            if (found->second.values.size() > 1)
+            if (found->second.values.size() > 1) {
                 settle(key, found->second, false);
+            }
             open_.erase(found);
             lastFailed_.push_back(key);
             continue;
         }
-        if (std::find(lastFailed_.begin(), lastFailed_.end(), key) == lastFailed_.end())
+        if (std::find(lastFailed_.begin(), lastFailed_.end(), key) == lastFailed_.end()) {
             findings_.push_back("operation " + std::to_string(key) + " was queued after its end");
+        }
     }
     lastFailed_.clear();
 }
@@ -61,8 +65,9 @@ void Ledger::settle(int key, const Operation& operation, bool succeeded)
 {
     for (std::size_t i = 0; i < operation.values.size(); ++i) {
         Slot& slot = slots_[Place(operation.area, operation.index + static_cast<int>(i))];
-        if (key < slot.lastKey)
+        if (key < slot.lastKey) {
             continue; // reports of one batch come from its back
+        }
         if (!succeeded) {
             slot.uncertain[key] = operation.values[i];
             continue;
@@ -95,8 +100,9 @@ bool Ledger::mayBeLeft(Area area, int index, std::uint32_t value) const
 {
     const std::lock_guard<std::mutex> guard(mutex_);
     const auto found = slots_.find(Place(area, index));
-    if (found == slots_.end())
+    if (found == slots_.end()) {
         return value == 0;
+    }
     const Slot& slot = found->second;
     return slot.lastValue == value ||
            std::any_of(slot.uncertain.begin(), slot.uncertain.end(),

@@ -38,21 +38,22 @@ Options optionsFrom(int argc, char** argv)
     Options options;
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string name = argv[i];
-        if (name == "--seconds")
+        if (name == "--seconds") {
             options.seconds = std::atol(argv[i + 1]);
-        else if (name == "--faults")
+        } else if (name == "--faults") {
             options.faults = std::strtoul(argv[i + 1], nullptr, 10);
-        else if (name == "--seed")
+        } else if (name == "--seed") {
             options.line.seed = std::strtoul(argv[i + 1], nullptr, 10);
-        else if (name == "--rate")
+        } else if (name == "--rate") {
             options.line.rate = std::atof(argv[i + 1]);
-        else if (name == "--line")
+        } else if (name == "--line") {
             options.line.frames =
                 std::strcmp(argv[i + 1], "half-frames") == 0 ? Frames::half : Frames::whole;
-        else if (name == "--memory-slack")
+        } else if (name == "--memory-slack") {
             options.memorySlackKiB = std::atol(argv[i + 1]);
-        else if (name == "--timeout")
+        } else if (name == "--timeout") {
             options.replyTimeoutMs = std::atoi(argv[i + 1]);
+        }
     }
     return options;
 }
@@ -84,10 +85,11 @@ std::vector<std::string> findingsInMemory(ControllerThread& controller, const Ho
                 controller.simulation().memory().read(kStation, address, bitsOf(area));
             const bool right = area == Constants ? value == constantOf(index)
                                                  : host.writes().mayBeLeft(area, index, value);
-            if (!right)
+            if (!right) {
                 findings.push_back("the controller holds " + std::to_string(value) +
                                    " in element " + std::to_string(index) + " of area " +
                                    std::to_string(i));
+            }
         }
     }
     return findings;
@@ -126,8 +128,9 @@ bool workUntilDone(const Options& options, HostUnderTest& host, ControllerThread
     Watchdog watchdog(
         [&] {
             std::vector<std::uint64_t> progress;
-            for (int worker = 0; worker < kWorkers; ++worker)
+            for (int worker = 0; worker < kWorkers; ++worker) {
                 progress.push_back(host.progressOf(worker));
+            }
             return progress;
         },
         30);
@@ -135,10 +138,12 @@ bool workUntilDone(const Options& options, HostUnderTest& host, ControllerThread
     for (long second = 0; second < options.seconds || controller.faults() < options.faults;
          ++second) {
         sleepSeconds(1);
-        if (second == warmUp)
+        if (second == warmUp) {
             warm = Resources::now();
-        if (!watchdog.look())
+        }
+        if (!watchdog.look()) {
             return false;
+        }
         if (second % 60 == 59) {
             std::printf("after %ld s: %llu faults; %s\n", second + 1,
                         static_cast<unsigned long long>(controller.faults()),
@@ -153,8 +158,9 @@ bool workUntilDone(const Options& options, HostUnderTest& host, ControllerThread
 bool drain(const HostUnderTest& host)
 {
     for (int second = 0; second < 60; ++second) {
-        if (host.isIdle())
+        if (host.isIdle()) {
             return true;
+        }
         sleepSeconds(1);
     }
     return false;
@@ -163,14 +169,18 @@ bool drain(const HostUnderTest& host)
 int verdict(ControllerThread& controller, const HostUnderTest& host, const std::string& grown)
 {
     std::vector<std::string> findings = host.findings();
-    for (const std::string& finding : findingsInMemory(controller, host))
+    for (const std::string& finding : findingsInMemory(controller, host)) {
         findings.push_back(finding);
-    if (!grown.empty())
+    }
+    if (!grown.empty()) {
         findings.push_back(grown);
-    if (!host.writes().figures().close() || !host.reads().figures().close())
+    }
+    if (!host.writes().figures().close() || !host.reads().figures().close()) {
         findings.push_back("the books do not close");
-    for (const std::string& finding : findings)
+    }
+    for (const std::string& finding : findings) {
         std::printf("finding: %s\n", finding.c_str());
+    }
     std::printf("%s\n", findings.empty() ? "all held" : "NOT all held");
     return findings.empty() ? 0 : 1;
 }
@@ -207,8 +217,9 @@ int main(int argc, char** argv)
     controller.stop();
     print(host, controller);
     std::printf("warmed up: %s\nat the end: %s\n", warm.text().c_str(), end.text().c_str());
-    if (!drained)
+    if (!drained) {
         std::printf("finding: operations never ended on a quiet line\n");
+    }
     const int result = verdict(controller, host, growth(warm, end, options.memorySlackKiB));
     return drained ? result : 1;
 }

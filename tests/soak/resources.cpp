@@ -16,11 +16,13 @@ const int kDescriptorsInTheMaking = 6;
 int entriesOf(const char* folder)
 {
     DIR* open = opendir(folder);
-    if (open == nullptr)
+    if (open == nullptr) {
         return 0;
+    }
     int entries = -2; // "." and ".."
-    while (readdir(open) != nullptr)
+    while (readdir(open) != nullptr) {
         ++entries;
+    }
     closedir(open);
     return entries;
 }
@@ -33,8 +35,9 @@ Resources Resources::now()
     std::ifstream status("/proc/self/status");
     std::string line;
     while (std::getline(status, line)) {
-        if (line.compare(0, 6, "VmRSS:") == 0)
+        if (line.compare(0, 6, "VmRSS:") == 0) {
             resources.residentKiB = std::strtol(line.c_str() + 6, nullptr, 10);
+        }
     }
     resources.threads = entriesOf("/proc/self/task");
     resources.descriptors = entriesOf("/proc/self/fd");
@@ -49,12 +52,15 @@ std::string Resources::text() const
 
 std::string growth(const Resources& warm, const Resources& end, long slackKiB)
 {
-    if (end.threads > warm.threads)
+    if (end.threads > warm.threads) {
         return "threads grew";
-    if (end.descriptors > warm.descriptors + kDescriptorsInTheMaking)
+    }
+    if (end.descriptors > warm.descriptors + kDescriptorsInTheMaking) {
         return "descriptors grew";
-    if (slackKiB > 0 && end.residentKiB > warm.residentKiB + slackKiB)
+    }
+    if (slackKiB > 0 && end.residentKiB > warm.residentKiB + slackKiB) {
         return "memory grew";
+    }
     return std::string();
 }
 

@@ -23,16 +23,18 @@ void rest(int microseconds)
 std::uint32_t littleEndian(const QByteArray& bytes, int at, int count)
 {
     std::uint32_t value = 0;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         value |= static_cast<std::uint32_t>(static_cast<unsigned char>(bytes.at(at + i)))
                  << (8 * i);
+    }
     return value;
 }
 
 void appendLittleEndian(QByteArray& bytes, std::uint32_t value, int count)
 {
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         bytes.append(static_cast<char>((value >> (8 * i)) & 0xFF));
+    }
 }
 
 Area arrayOf(int writer, bool doubleWords)
@@ -64,13 +66,15 @@ void HostUnderTest::check(Area area, int index, int count)
     // Loaded after the read: a write in between only adds values that may stand there.
     const std::uint32_t written =
         area <= DoubleWords1 ? written_[static_cast<std::size_t>(area)].load() : 0;
-    if (data.size() != bytes * count)
+    if (data.size() != bytes * count) {
         return found("a read of " + std::to_string(data.size()) + " bytes");
+    }
     for (int i = 0; i < count; ++i) {
         const std::uint32_t value = littleEndian(data, i * bytes, bytes);
-        if (!mayHold(area, index + i, value, written))
+        if (!mayHold(area, index + i, value, written)) {
             found("element " + std::to_string(index + i) + " of area " + std::to_string(area) +
                   " holds " + std::to_string(value));
+        }
     }
     valuesRead_ += static_cast<std::uint64_t>(count);
 }
@@ -86,14 +90,15 @@ void HostUnderTest::runWriter(int writer, std::uint64_t seed)
         const Area area = arrayOf(writer, dice.below(2) == 0);
         const int kind = dice.below(20);
         const int index = dice.below(kElements - 8);
-        if (kind == 0)
+        if (kind == 0) {
             writeBit(writer, index % 8 + 8 * writer, dice.below(16), dice.below(2) == 0);
-        else if (kind < 5)
+        } else if (kind < 5) {
             write(writer, area, index, 2 + dice.below(6));
-        else if (kind < 10)
+        } else if (kind < 10) {
             queueRecord(writer, area, index);
-        else
+        } else {
             write(writer, area, index, 1);
+        }
         rest(300 + dice.below(900));
     }
 }
@@ -113,10 +118,11 @@ void HostUnderTest::write(int writer, Area area, int index, int count)
     const int key = writes_.begin(operation);
     std::shared_lock<std::shared_mutex> shared(gate_, std::defer_lock);
     std::unique_lock<std::shared_mutex> alone(gate_, std::defer_lock);
-    if (count == 1)
+    if (count == 1) {
         shared.lock();
-    else
+    } else {
         alone.lock();
+    }
     SetRegisterData(addressText(area, index), 0, QString(), kStation, &data,
                     bytes == 4 ? 2 * count : count, kWriteKey + writer, key);
 }
@@ -145,7 +151,7 @@ void HostUnderTest::writeBit(int writer, int index, int bit, bool on)
 {
     const int key = writes_.begin(Operation{Flags, index, 1, {}});
     QByteArray data(1, on ? '\1' : '\0');
-    const QString address = addressText(Flags, index) + QString::fromLatin1(".b[%1]").arg(bit);
+    const QString address = addressText(Flags, index) + QString(".b[%1]").arg(bit);
     const std::unique_lock<std::shared_mutex> gate(gate_);
     SetRegisterData(address, 0, QString(), kStation, &data, 1, kWriteKey + writer, key);
 }
@@ -155,16 +161,17 @@ void HostUnderTest::runOperator(std::uint64_t seed)
     Dice dice(seed);
     while (tick(Operator)) {
         const int kind = dice.below(40);
-        if (kind == 0)
+        if (kind == 0) {
             rebuild(dice.below(3));
-        else if (kind == 1 && dice.below(4) == 0)
+        } else if (kind == 1 && dice.below(4) == 0) {
             EnCommStation(kStation, 0);
-        else if (kind == 2)
+        } else if (kind == 2) {
             EnCommStation(-1, 0);
-        else if (kind < 6)
+        } else if (kind < 6) {
             EnableEthernet(2 + dice.below(20), dice.below(2));
-        else if (reads_.open() < kMostOpenReads)
+        } else if (reads_.open() < kMostOpenReads) {
             readOnce(dice.below(kElements - 8), 1 + dice.below(7));
+        }
         rest(1000);
         EnCommStation(kStation, 1);
     }
@@ -179,8 +186,9 @@ void HostUnderTest::readOnce(int index, int count)
     record.addressText = addressText(Constants, index);
     record.count = 2 * count;
     const std::shared_lock<std::shared_mutex> gate(gate_);
-    if (AddListOnceReadVar(&record) < 1)
+    if (AddListOnceReadVar(&record) < 1) {
         found("a one-shot read was refused");
+    }
 }
 
 void HostUnderTest::rebuild(int variant)
@@ -188,8 +196,9 @@ void HostUnderTest::rebuild(int variant)
     QList<HOSTVAR> list;
     int expected = 0;
     for (int area = 0; area < kAreas; ++area) {
-        if (variant == area % 3 && variant != 0)
+        if (variant == area % 3 && variant != 0) {
             continue;
+        }
         HOSTVAR variable;
         variable.addressText = addressText(static_cast<Area>(area), 0);
         variable.count = bitsOf(static_cast<Area>(area)) == 32 ? 2 * kElements : kElements;
@@ -197,8 +206,9 @@ void HostUnderTest::rebuild(int variant)
         expected += kElements;
     }
     const std::shared_lock<std::shared_mutex> gate(gate_);
-    if (ReCreatReadVarList(&list) != expected)
+    if (ReCreatReadVarList(&list) != expected) {
         found("a rebuild of another size than " + std::to_string(expected));
+    }
     ++rebuilds_;
 }
 

@@ -23,16 +23,18 @@ CallbackRecorder::~CallbackRecorder()
 int CallbackRecorder::varDoneFunction(int station, int hostKey, int varKey, int result)
 {
     active->done.push_back(VarDone{station, hostKey, varKey, result});
-    if (active->insideCallback)
+    if (active->insideCallback) {
         active->insideCallback();
+    }
     return -1;
 }
 
 int CallbackRecorder::commFailFunction(QList<RW_VAR> vars, int hostKey, int flag)
 {
     active->failed.push_back(CommFail{vars.size(), hostKey, flag});
-    if (active->insideCallback)
+    if (active->insideCallback) {
         active->insideCallback();
+    }
     return -1;
 }
 

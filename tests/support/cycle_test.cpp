@@ -39,20 +39,23 @@ void CycleTest::poll(int dataType, int address, int hostKey, int varKey)
 
 void CycleTest::queueWrites(int number, int dataType)
 {
-    for (int i = 0; i < number; ++i)
+    for (int i = 0; i < number; ++i) {
         queueWrite(dataType, 32 * i, i, i);
+    }
 }
 
 void CycleTest::queueOnces(int number, int dataType)
 {
-    for (int i = 0; i < number; ++i)
+    for (int i = 0; i < number; ++i) {
         queueOnce(dataType, 32 * i, i, i);
+    }
 }
 
 void CycleTest::pollMany(int number, int dataType)
 {
-    for (int i = 0; i < number; ++i)
+    for (int i = 0; i < number; ++i) {
         poll(dataType, 32 * i, i, i);
+    }
 }
 
 int CycleTest::answer()
@@ -69,20 +72,23 @@ int CycleTest::answerNothing()
 
 char CycleTest::turn()
 {
-    if (ComCommunication() == nullptr)
+    if (ComCommunication() == nullptr) {
         return '-';
+    }
     const qint32 state = PLC_driver.cycleState;
     answer();
-    if (state == 0)
+    if (state == 0) {
         return 'p';
+    }
     return state == 1 ? 'w' : 'o';
 }
 
 std::string CycleTest::turns(int number)
 {
     std::string letters;
-    for (int i = 0; i < number; ++i)
+    for (int i = 0; i < number; ++i) {
         letters += turn();
+    }
     return letters;
 }
 

@@ -51,15 +51,17 @@ void DiagnosticCapture::onLine(const std::function<void(const QString&)>& watch)
 
 void DiagnosticCapture::receive(QtMsgType type, const QString& text)
 {
-    if (active == nullptr)
+    if (active == nullptr) {
         return;
+    }
     std::function<void(const QString&)> watch;
     {
         const std::lock_guard<std::mutex> guard(active->mutex);
         watch = active->watcher;
     }
-    if (watch)
+    if (watch) {
         watch(text);
+    }
     const std::lock_guard<std::mutex> guard(active->mutex);
     active->texts << text;
     active->messageTypes.push_back(type);

@@ -27,17 +27,18 @@ LineItem quoted(const char* text)
 LineItem quotedList(const QStringList& texts)
 {
     QStringList parts;
-    for (const QString& text : texts)
+    for (const QString& text : texts) {
         parts << quotedInStream(text);
-    return LineItem::verbatim(QLatin1Char('(') + parts.join(QLatin1String(", ")) +
-                              QLatin1Char(')'));
+    }
+    return LineItem::verbatim('(' + parts.join(", ") + ')');
 }
 
 QString expectedLine(std::initializer_list<LineItem> items)
 {
     QString line;
-    for (const LineItem& item : items)
-        line += item.printed() + QLatin1Char(' ');
+    for (const LineItem& item : items) {
+        line += item.printed() + ' ';
+    }
     return finishedLine(line);
 }
 

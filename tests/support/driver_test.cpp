@@ -28,8 +28,9 @@ void resetDriver()
     driver.scanCount = 0;
     driver.commFailed = false;
     driver.batchCount = 0;
-    for (RW_VAR*& element : driver.batchElements)
+    for (RW_VAR*& element : driver.batchElements) {
         element = nullptr;
+    }
     driver.transactionCounter = 0;
     std::memset(driver.sendBuffer, 0, sizeof driver.sendBuffer);
     driver.labelTable.clear();
@@ -43,8 +44,9 @@ void resetDriver()
 
 bool isFree(QMutex& mutex)
 {
-    if (!mutex.tryLock())
+    if (!mutex.tryLock()) {
         return false;
+    }
     mutex.unlock();
     return true;
 }

@@ -21,8 +21,9 @@ ExchangeTest::ExchangeTest()
     Label_Type_Info texts = arrayVariable("Ts", 10, 40000, upTo10);
     texts.elementSizes << 48;
     variables << texts;
-    for (const int code : {0, 2, 3, 5, 8, 9, 11})
-        variables << variable(qPrintable(QString::fromLatin1("X%1").arg(code)), code, 6000);
+    for (const int code : {0, 2, 3, 5, 8, 9, 11}) {
+        variables << variable(qPrintable(QString("X%1").arg(code)), code, 6000);
+    }
     variables << structureVariable("S", 7000, structureType(QList<Label_Type_Info>()));
     passLabels({label("P", variables)});
 }
@@ -38,8 +39,8 @@ QByteArray ExchangeTest::read(const char* address, int count, int result)
 int ExchangeTest::write(const char* address, const QByteArray& data, int count)
 {
     QByteArray bytes = data;
-    const int result = SetRegisterData(QString::fromUtf8(address), 0, QLatin1String("aux"), 3,
-                                       &bytes, count, 11, 12);
+    const int result =
+        SetRegisterData(QString::fromUtf8(address), 0, "aux", 3, &bytes, count, 11, 12);
     EXPECT_EQ(bytes, data) << "the host's bytes are read, not changed";
     return result;
 }

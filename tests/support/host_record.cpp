@@ -40,8 +40,9 @@ std::map<int, qint32> HostRecord::changedWords() const
 {
     std::map<int, qint32> changed;
     for (int index = 0; index < kAllWords; ++index) {
-        if (word(index) != sentinel(index))
+        if (word(index) != sentinel(index)) {
             changed[index] = word(index);
+        }
     }
     return changed;
 }

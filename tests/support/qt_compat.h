@@ -48,7 +48,7 @@ inline QString finishedLine(const QString& itemsEachWithBlank)
 // A QString in the debug stream: as it is, between double quotes.
 inline QString quotedInStream(const QString& text)
 {
-    return QLatin1Char('"') + text + QLatin1Char('"');
+    return '"' + text + '"';
 }
 
 #else
@@ -71,8 +71,9 @@ inline void installMessageHook(MessageHook hook)
 inline QString finishedLine(const QString& itemsEachWithBlank)
 {
     QString line = itemsEachWithBlank;
-    if (line.endsWith(QLatin1Char(' ')))
+    if (line.endsWith(' ')) {
         line.chop(1);
+    }
     return line;
 }
 
@@ -81,22 +82,21 @@ inline QString quotedInStream(const QString& text)
 {
     QString escaped;
     for (const QChar c : text) {
-        if (c == QLatin1Char('"') || c == QLatin1Char('\\'))
-            escaped += QLatin1Char('\\') + QString(c);
-        else if (c == QLatin1Char('\t'))
-            escaped += QLatin1String("\\t");
-        else if (c == QLatin1Char('\n'))
-            escaped += QLatin1String("\\n");
-        else if (c == QLatin1Char('\r'))
-            escaped += QLatin1String("\\r");
-        else if (c.unicode() < 0x20 || (c.unicode() >= 0x7F && c.unicode() < 0xA0))
-            escaped +=
-                QLatin1String("\\u") +
-                QString::number(c.unicode(), 16).toUpper().rightJustified(4, QLatin1Char('0'));
-        else
+        if (c == '"' || c == '\\') {
+            escaped += '\\' + QString(c);
+        } else if (c == '\t') {
+            escaped += "\\t";
+        } else if (c == '\n') {
+            escaped += "\\n";
+        } else if (c == '\r') {
+            escaped += "\\r";
+        } else if (c.unicode() < 0x20 || (c.unicode() >= 0x7F && c.unicode() < 0xA0)) {
+            escaped += "\\u" + QString::number(c.unicode(), 16).toUpper().rightJustified(4, '0');
+        } else {
             escaped += c;
+        }
     }
-    return QLatin1Char('"') + escaped + QLatin1Char('"');
+    return '"' + escaped + '"';
 }
 
 #endif

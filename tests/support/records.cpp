@@ -43,15 +43,17 @@ HOSTVAR hostVar(const char* address, int count, int station, const char* auxText
 void makeBatch(std::vector<RW_VAR>& elements)
 {
     PLC_driver.batchCount = static_cast<qint32>(elements.size());
-    for (std::size_t i = 0; i < elements.size(); ++i)
+    for (std::size_t i = 0; i < elements.size(); ++i) {
         PLC_driver.batchElements[i] = &elements[i];
+    }
 }
 
 std::vector<int> addressesOf(const QList<RW_VAR>& list)
 {
     std::vector<int> addresses;
-    for (const RW_VAR& var : list)
+    for (const RW_VAR& var : list) {
         addresses.push_back(var.elementAddress);
+    }
     return addresses;
 }
 
@@ -60,8 +62,9 @@ QByteArray readReply(int valueBytes, const std::vector<unsigned int>& values)
     QByteArray reply = hex("A1 A2 A3 A4 A5 A6 A7 A8 A9");
     for (const unsigned int value : values) {
         reply += hex("B1 B2 B3 B4");
-        for (int byte = valueBytes - 1; byte >= 0; --byte)
+        for (int byte = valueBytes - 1; byte >= 0; --byte) {
             reply += static_cast<char>((value >> (8 * byte)) & 0xFFU);
+        }
     }
     return reply;
 }

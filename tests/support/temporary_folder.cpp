@@ -18,8 +18,9 @@ TemporaryFolder::TemporaryFolder()
         (std::filesystem::temp_directory_path() / "tavmir-test-XXXXXX").string();
     std::vector<char> name(pattern.begin(), pattern.end());
     name.push_back('\0');
-    if (mkdtemp(name.data()) == nullptr)
+    if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("no temporary folder after " + pattern);
+    }
     folder = name.data();
 }
 
@@ -41,8 +42,9 @@ std::string TemporaryFolder::writeFile(const std::string& fileName,
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << content;
     file.close();
-    if (!file)
+    if (!file) {
         throw std::runtime_error("cannot write " + path);
+    }
     return path;
 }
 

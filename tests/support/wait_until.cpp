@@ -12,8 +12,9 @@ bool waitUntil(const std::function<bool()>& condition, int deadlineMs)
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(deadlineMs);
     while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline)
+        if (std::chrono::steady_clock::now() >= deadline) {
             return condition();
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     return true;

@@ -27,7 +27,7 @@ enum class RequestList { writes, onceReads };
 // request in flight points at. Takes the driver's list lock; not from a callback.
 //   goes  asked with hostKey and varKey of each entry, under that lock
 // Returns how many were taken out.
-int withdraw(Communication_Protocol& driver, RequestList list,
+int withdraw(Communication_Protocol& driver, RequestList which,
              const std::function<bool(int hostKey, int varKey)>& goes, int inFlight);
 
 // Lets the driver's next choice be one of the queued writes and one-shot reads, and not a poll, by

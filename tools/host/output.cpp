@@ -8,9 +8,9 @@
 
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <condition_variable>
 #include <deque>
-#include <limits.h>
 #include <mutex>
 #include <thread>
 

@@ -4,7 +4,6 @@
 namespace tavmir::host
 {
 
-using project::DataType;
 using project::Element;
 
 namespace

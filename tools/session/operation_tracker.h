@@ -154,8 +154,8 @@ private:
     static bool fits(const Kind& kind, const OperationShape& shape, int most);
     void add(const OperationId& id, const OperationShape& shape, const Deadline& deadline);
     void forgetDeadline(Operation& operation);
-    void end(Pending::iterator operation, const QString& whyLeft);
-    void end(Pending::iterator operation, Outcome outcome);
+    void end(Pending::iterator found, const QString& whyLeft);
+    void end(Pending::iterator found, Outcome outcome);
     void tell(const OperationId& id, const OperationShape& shape, const Outcome& outcome);
     void keep(quint64 key, const Outcome& outcome);
     std::optional<Outcome> claim(quint64 key);
