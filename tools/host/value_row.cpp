@@ -18,6 +18,7 @@ ValueRow rowOf(const PolledElement& variable, const QByteArray& bytes, qint64 ag
     row.format = variable.format;
     row.value = project::decodeValue(variable.element, variable.format, bytes);
     row.ageMs = ageMs;
+    row.quality = Quality::good;
     return row;
 }
 
@@ -37,6 +38,7 @@ std::vector<ValueRow> rowsOf(const ValueFold& values, Clock::time_point now)
         row.name = variable.name;
         row.address = variable.element.addressText;
         row.format = variable.format;
+        row.reason = "no reply has brought it yet";
         rows.push_back(row);
     }
     return rows;

@@ -2,6 +2,7 @@
 #ifndef TAVMIR_HOST_VALUE_ROW_H
 #define TAVMIR_HOST_VALUE_ROW_H
 
+#include "feed/quality.h"
 #include "feed/value_fold.h"
 
 #include <QtCore/QString>
@@ -18,6 +19,8 @@ struct ValueRow {
     QString value; // null: never read
     project::Format format = project::Format::automatic;
     std::optional<qint64> ageMs; // none: never read
+    Quality quality = Quality::never;
+    QString reason; // why not good; empty of what is good
 };
 
 // bytes  as the driver's calls give them
