@@ -20,7 +20,7 @@ struct ValueRow {
     project::Format format = project::Format::automatic;
     std::optional<qint64> ageMs; // none: never read
     Quality quality = Quality::never;
-    QString reason; // why not good; empty of what is good
+    QString reason = QString(); // why not good; empty of what is good
 };
 
 // bytes  as the driver's calls give them
