@@ -64,6 +64,7 @@ private:
     Events events_;
     wire::FrameDecoder decoder_;
     Outbox* outbox_;
+    int waitMs_ = 0; // how long the reply that is under way is held back for the rate
     bool finished_ = false;
 };
 
