@@ -5,6 +5,7 @@
 #include "test_client.h"
 
 #include <QtCore/QProcess>
+#include <QtCore/QRegularExpression>
 #include <QtNetwork/QTcpServer>
 
 #include <gtest/gtest.h>
@@ -125,9 +126,10 @@ TEST(ControllerProgram, TakesNamesValuesAndSignalsFromTheProject)
     EXPECT_TRUE(turnUntil(
         [&] { return client.exchange(readFrame(3, 2, 108, {4000}), 17).right(4) != moving; }));
     EXPECT_EQ(controller.stopWith(SIGTERM), 0);
-    EXPECT_TRUE(
-        controller.output().startsWith("client 1 > #1 station 2 read words: Main.W\n"
-                                       "client 1 < #1 station 2 read words: Main.W=4660\n"));
+    const QString time = "20[0-9]{2}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z";
+    const QRegularExpression lines("^" + time + " client 1 > #1 station 2 read words: Main\\.W\n" +
+                                   time + " client 1 < #1 station 2 read words: Main\\.W=4660\n");
+    EXPECT_TRUE(controller.output().contains(lines));
 }
 
 TEST(ControllerProgram, LogsAClosedStreamOnStandardError)

@@ -3,6 +3,8 @@
 #include "frame_bytes.h"
 #include "trace.h"
 
+#include "wire/time_words.h"
+
 #include <QtCore/QStringList>
 #include <QtNetwork/QHostAddress>
 
@@ -119,10 +121,8 @@ void ClientSession::answer(const wire::FrameView& request)
                                                      static_cast<int>(request.size));
     const Simulation::Outcome outcome = simulation_.take(bytes, settings_.nowUs());
     if (settings_.trace) {
-        QString line = QString("client %1 > ").arg(number_);
-        line += requestInWords(bytes, outcome.request, simulation_.names());
-        line += remarksOn(outcome);
-        settings_.trace(line);
+        trace(">",
+              requestInWords(bytes, outcome.request, simulation_.names()) + remarksOn(outcome));
     }
     if (!outcome.verdict.isAnswered) {
         return;
@@ -180,11 +180,19 @@ void ClientSession::closeForItsFault(const QString& why)
     close();
 }
 
+void ClientSession::trace(const char* way, const QString& words)
+{
+    settings_.trace(QString("%1 client %2 %3 ")
+                        .arg(QString::fromStdString(wire::utcInWords(settings_.now())))
+                        .arg(number_)
+                        .arg(way) +
+                    words);
+}
+
 void ClientSession::traceSent(const QByteArray& reply)
 {
     if (settings_.trace) {
-        settings_.trace(
-            QString("client %1 < %2").arg(number_).arg(replyInWords(reply, simulation_.names())));
+        trace("<", replyInWords(reply, simulation_.names()));
     }
 }
 

@@ -54,6 +54,7 @@ private:
     void answer(const wire::FrameView& request);
     void closeForItsFault(const QString& why);
     void closeIfTooSlow();
+    void trace(const char* way, const QString& words);
     void traceSent(const QByteArray& reply);
     void finish();
 

@@ -26,6 +26,7 @@ struct ServerSettings {
     qint64 mostUnsentBytes = 1 << 20; // per client; who lets more wait is closed
 
     std::function<std::int64_t()> nowUs = steadyUs; // for the rate
+    std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
     std::function<void(const QString&)> log = [](const QString&) {};
     std::function<void(const QString&)> trace; // empty: frames are not traced
 };

@@ -2,7 +2,6 @@
 
 #include "element_store.h"
 
-#include "project/address_expansion.h"
 #include "project/value_format.h"
 
 #include <utility>
@@ -28,10 +27,7 @@ Simulation::Simulation(FaultPlan faults, std::size_t mostMemoryPages)
 bool Simulation::load(const project::Project& project, QString* problem)
 {
     station_ = static_cast<std::uint8_t>(project.connection.station);
-    for (const project::Element& element : project::leafElements(project)) {
-        names_.add(element.address, project::memoryBits(element), element.addressText);
-    }
-    names_.sort();
+    names_ = project::ElementNames(project);
     return storeInitialValues(project, problem) && addSignals(project, problem);
 }
 

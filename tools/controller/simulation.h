@@ -5,13 +5,13 @@
 
 #include "admission.h"
 #include "bit_memory.h"
-#include "element_names.h"
 #include "fault_plan.h"
 #include "request.h"
 #include "request_handler.h"
 #include "signal_board.h"
 #include "statistics.h"
 
+#include "project/element_names.h"
 #include "project/project_model.h"
 
 #include <QtCore/QByteArray>
@@ -60,7 +60,7 @@ public:
     BitMemory& memory() { return memory_; }
     FaultPlan& faults() { return faults_; }
     Statistics& statistics() { return statistics_; }
-    const ElementNames& names() const { return names_; }
+    const project::ElementNames& names() const { return names_; }
 
 private:
     Outcome respond(const QByteArray& frame, std::int64_t nowUs);
@@ -72,7 +72,7 @@ private:
     FaultPlan faults_;
     Gatekeeper gatekeeper_;
     Statistics statistics_;
-    ElementNames names_;
+    project::ElementNames names_;
     SignalBoard signals_;
     Watcher watcher_;
     std::uint8_t station_ = 1; // whose memory the project describes
