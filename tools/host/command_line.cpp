@@ -28,7 +28,7 @@ void addOptions(Parser& parser, unsigned options)
     }
     if (options & kFormatOption) {
         parser.addOption(
-            {"as", "Take values as signed, unsigned, hex, float, bit or text.", "FORMAT"});
+            {"as", QString("Take values as %1.").arg(project::formatNames()), "FORMAT"});
     }
     if (options & kTimeoutOption) {
         parser.addOption({"timeout",
