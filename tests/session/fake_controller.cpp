@@ -111,6 +111,9 @@ void FakeController::answer(TestServer::Client& client, const QByteArray& reques
     case Mood::refuses:
         client.send(exceptionTo(request, kExceptionCode));
         return;
+    case Mood::isBusy:
+        client.send(exceptionTo(request, kBusyCode));
+        return;
     case Mood::tooLong:
         client.send(replyTo(request, QByteArray(300, 'x')));
         return;

@@ -22,6 +22,7 @@ public:
         answers,
         silent,         // not carried out, no reply
         refuses,        // not carried out, an exception reply
+        isBusy,         // not carried out, an exception reply that says so
         tooLong,        // not carried out, a reply of a wrong length
         closes,         // not carried out, the connection is closed
         loses,          // carried out, no reply
@@ -38,6 +39,7 @@ public:
 
     static constexpr int kUsualStation = 1;
     static constexpr int kExceptionCode = 3;
+    static constexpr int kBusyCode = 6;
 
     FakeController() { start(0); }
 

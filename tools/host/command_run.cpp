@@ -140,7 +140,7 @@ int runCommand(const CommandLine& line)
     }
     wire::StopSignal stop;
     SessionOptions options;
-    options.pauseMs = line.pauseMs;
+    options.passMs = line.passMs.value_or(host.project().connection.passMs);
     if (!host.openSession(options)) {
         return kExitBadInput;
     }

@@ -142,6 +142,7 @@ Protocol* CycleThread::chooseRequest()
     const Clock::time_point now = Clock::now();
     restUntil_ = now + std::chrono::milliseconds(idleMs_);
     if (state_.passes.isDue(now)) {
+        state_.passes.begins(now);
         return state_.api.nextRequest();
     }
     const bool writesWait = state_.operations.hasWork(OperationKind::write);

@@ -32,7 +32,7 @@ LinkOptions linkOptions(const project::Connection& connection, const SessionOpti
 
 HostSession::HostSession(std::unique_ptr<Driver> driver, const project::Project& project,
                          const SessionOptions& options)
-    : driver_(std::move(driver)), project_(project), state_(driver_->api(), options.pauseMs),
+    : driver_(std::move(driver)), project_(project), state_(driver_->api(), options.passMs),
       index_(std::make_shared<PolledIndex>(project)),
       cycle_(std::make_unique<CycleThread>(state_, linkOptions(project.connection, options),
                                            options.idleMs)),

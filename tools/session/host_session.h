@@ -24,7 +24,7 @@ namespace tavmir::host
 
 struct SessionOptions {
     bool polls = true;                 // false: the project's polled variables are left alone
-    int pauseMs = 0;                   // between two full passes over the polled variables
+    int passMs = 0; // from the beginning of a pass over the polled variables to the next; 0: at once
     unsigned jitterSeed = 1;           // of the reconnect pauses
     int idleMs = CycleThread::kIdleMs; // how long the cycle sleeps when nothing is to be sent
 };
