@@ -35,6 +35,8 @@ public:
     bool isPolling() const { return elements_ > 0; }
     // True from the moment when a pass should begin until it is over.
     bool isDue(Clock::time_point now) const { return isPolling() && now >= begin_; }
+    // True while no request of the next pass has gone out.
+    bool isBetween() const { return !hasBegun_; }
     // When the next pass begins; meaningless without elements.
     Clock::time_point begin() const { return begin_; }
     uint64_t passes() const { return passes_; }
