@@ -44,8 +44,10 @@ void addOptions(Parser& parser, unsigned options)
                           "MS", "500"});
         parser.addOption({"changes", "Print every change, with the time of its reply, instead of "
                                      "all values again and again."});
-        parser.addOption(
-            {"pause", "Pause between two full passes over the polled variables.", "MS", "0"});
+        parser.addOption({"pass",
+                          "Begin a pass over the polled variables this often, instead of what the "
+                          "project says; 0: as fast as the line allows.",
+                          "MS"});
         parser.addOption({"stdin", "Take lines from standard input: ADDRESS=VALUE writes, "
                                    "ADDRESS reads from the controller."});
     }
@@ -111,7 +113,9 @@ void takeRun(const Parser& parser, CommandLine& line, QString& problem)
 {
     constexpr int kLongestMs = 24 * 3600 * 1000;
     line.intervalMs = number(parser, "interval", 1, kLongestMs, problem);
-    line.pauseMs = number(parser, "pause", 0, kLongestMs, problem);
+    if (parser.isSet("pass")) {
+        line.passMs = number(parser, "pass", 0, kLongestMs, problem);
+    }
     line.commandsFromInput = parser.isSet("stdin");
     line.everyChange = parser.isSet("changes");
     if (line.everyChange && parser.isSet("interval") && problem.isEmpty()) {
@@ -146,7 +150,9 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
         parser.addPositionalArgument(command.arguments, "Address texts of the project.");
     }
     if (!parser.parse(arguments)) {
-        parsed.problem = parser.errorText();
+        parsed.problem = parser.unknownOptionNames().contains("pause")
+                             ? QString("unknown option --pause: --pass says how often a pass begins")
+                             : parser.errorText();
         return parsed;
     }
     if (parser.isSet(help)) {

@@ -26,6 +26,7 @@ void RunMonitor::look()
 void RunMonitor::take(const FeedEntry& entry)
 {
     figures_.take(entry);
+    refused_.take(entry);
     tellLine(entry);
     if (!everyChange_) {
         values_.take(entry);
@@ -66,6 +67,12 @@ void RunMonitor::tellLine(const FeedEntry& entry)
         failureTold_ = true;
         state_ = {false, "not connected to " + withController(entry.text)};
         view_.message(QString("lost %1: %2").arg(controller_, entry.text));
+        break;
+    case FeedKind::elementSetAside:
+        view_.message(QString("%1: %2").arg(entry.variable, entry.text));
+        break;
+    case FeedKind::elementBack:
+        view_.message(entry.variable + ": answers again");
         break;
     default:
         break;

@@ -5,6 +5,7 @@
 
 #include "feed/feed.h"
 #include "feed/line_figures.h"
+#include "feed/refused_variables.h"
 #include "run_view.h"
 
 namespace tavmir::host
@@ -25,6 +26,7 @@ public:
     void show();
 
     const LineFigures& figures() const { return figures_; }
+    const RefusedVariables& refused() const { return refused_; }
 
 private:
     void take(const FeedEntry& entry);
@@ -37,6 +39,7 @@ private:
     bool everyChange_;
     ValueFold values_;
     LineFigures figures_;
+    RefusedVariables refused_;
     LineState state_;
     bool failureTold_ = false;
 };
