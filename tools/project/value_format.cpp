@@ -1,6 +1,8 @@
 // Formats: their names, and which fit which type.
 #include "value_format.h"
 
+#include <QtCore/QStringList>
+
 namespace tavmir::project
 {
 
@@ -70,6 +72,9 @@ Format effectiveFormat(const Element& element, Format wanted)
     if (wanted != Format::automatic && formatFits(element, wanted)) {
         return wanted;
     }
+    if (element.format != Format::automatic && formatFits(element, element.format)) {
+        return element.format;
+    }
     if (element.isBit()) {
         return Format::bit;
     }
@@ -77,6 +82,18 @@ Format effectiveFormat(const Element& element, Format wanted)
         return Format::text;
     }
     return element.type == DataType::real ? Format::floating : Format::unsignedNumber;
+}
+
+QString fittingFormats(const Element& element)
+{
+    QStringList names;
+    for (const NamedFormat& named : kFormats) {
+        if (formatFits(element, named.format)) {
+            names << named.name;
+        }
+    }
+    const QString last = names.takeLast();
+    return names.isEmpty() ? last : names.join(", ") + " or " + last;
 }
 
 } // namespace tavmir::project
