@@ -162,12 +162,12 @@ TEST(HostProgram, ValuesWrittenAreReadBack)
     const Controller controller;
     const auto written =
         run(hostArguments("write", controller.place(),
-                          {"Main.Setpoint=-7", "Main.Recipe[3]=0xDEADBEEF", "Main.Axis[2].Vel=-2.5",
+                          {"Main.Setpoint=7", "Main.Recipe[3]=0xDEADBEEF", "Main.Axis[2].Vel=-2.5",
                            "Main.Operator=Eve", "Main.Alarms[8]=1", "Main.Mode.b[2]=1",
                            "Main.Mode.b[3]=1", "Main.Setpoint=8"}));
     EXPECT_EQ(0, written.exitStatus) << written.errors.toStdString();
     EXPECT_EQ(
-        "Main.Setpoint = -7: written\nMain.Recipe[3] = 0xDEADBEEF: written\nMain.Axis[2].Vel = "
+        "Main.Setpoint = 7: written\nMain.Recipe[3] = 0xDEADBEEF: written\nMain.Axis[2].Vel = "
         "-2.5: written\n"
         "Main.Operator = Eve: written\nMain.Alarms[8] = 1: written\nMain.Mode.b[2] = 1: written\n"
         "Main.Mode.b[3] = 1: written\nMain.Setpoint = 8: written\n",
@@ -268,7 +268,7 @@ TEST(HostProgram, LinesThatAreNoCommandAreRefusedAndTheRunGoesOn)
     host.type("Main.Title");
     EXPECT_TRUE(host.showsError("Main.Title = Filling line 1: read"));
     EXPECT_TRUE(host.errors().contains("address \"Main.Nope\": label Main has no variable Nope"));
-    EXPECT_TRUE(host.errors().contains("value of Main.Setpoint: \"x\" is no whole number"));
+    EXPECT_TRUE(host.errors().contains("\"x\" is not a value of Main.Setpoint: unsigned, 0 to "));
     EXPECT_TRUE(host.errors().contains("address \"Main.Other\": label Main has no variable Other"));
     host.signal(SIGINT);
     EXPECT_EQ(0, host.waitForEnd());
@@ -359,13 +359,13 @@ TEST(HostProgram, BadInputIsOneLineAndNothingIsSent)
         {hostArguments("read", port.place(), {"Main.Run", "--as", "text"}),
          "address \"Main.Run\": not shown as text"},
         {hostArguments("write", port.place(), {"Main.Setpoint=1", "Main.Setpoint=65536"}),
-         "value of Main.Setpoint: 65536 is outside -32768..65535"},
+         "\"65536\" is not a value of Main.Setpoint: unsigned, 0 to 65535\n"},
         {hostArguments("write", port.place(), {"Main.Setpoint"}),
          "Main.Setpoint: a write is ADDRESS=VALUE"},
         {hostArguments("write", port.place(), {"Main.Axis[7].Pos=1"}),
          "index 7 of Main.Axis is outside 0..3"},
         {hostArguments("write", port.place(), {"Main.Temp=warm"}),
-         "value of Main.Temp: \"warm\" is no number"},
+         "\"warm\" is not a value of Main.Temp: float, "},
         {hostArguments("run", port.place(), {"--driver", "/nonexistent.so"}),
          "cannot load the driver: "},
     };

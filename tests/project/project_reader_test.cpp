@@ -1,6 +1,8 @@
 // What a project file may hold, and the message for each thing that is wrong.
 #include "project/project_reader.h"
 
+#include "project/address_resolver.h"
+
 #include "support/temporary_folder.h"
 #include "test_project.h"
 
@@ -232,6 +234,59 @@ TEST(Reader, VariablesAreChecked)
     readGood(variable(R"({ "name": "w", "type": "dword", "address": 4294967264 })"));
 }
 
+TEST(Reader, FormatsBelongToVariablesAndMembers)
+{
+    const Project project = readGood(R"({
+      "types": [ { "name": "S", "size": 32, "members": [
+        { "name": "f", "type": "dword", "offset": 0, "format": "float" } ] } ],
+      "labels": [ { "name": "L", "variables": [
+        { "name": "w", "type": "word", "address": 0, "format": "signed", "bits": true },
+        { "name": "v", "type": "word", "address": 160, "format": "hex",
+          "array": { "bounds": [[0, 3]] } },
+        { "name": "s", "type": "S", "address": 320, "array": { "bounds": [[0, 3]] } },
+        { "name": "b", "type": "bit", "address": 640, "format": "bit" },
+        { "name": "r", "type": "real", "address": 672, "format": "float" },
+        { "name": "p", "type": "word", "address": 704 } ] } ],
+      "initial": [ { "address": "L.s[1].f", "value": 20.5 }, { "address": "L.w", "value": -5 } ],
+      "signals": [ { "address": "L.s[0].f", "signal": "sine", "low": -0.5, "high": 1e9 } ] })");
+    const auto formatOf = [&](const char* address) {
+        return resolveAddress(project, address).element.format;
+    };
+    EXPECT_EQ(Format::signedNumber, formatOf("L.w"));
+    EXPECT_EQ(Format::hex, formatOf("L.v[3]"));
+    EXPECT_EQ(Format::floating, formatOf("L.s[2].f"));
+    EXPECT_EQ(Format::bit, formatOf("L.b"));
+    EXPECT_EQ(Format::automatic, formatOf("L.p"));
+}
+
+TEST(Reader, FormatsAreChecked)
+{
+    const auto format = [](const char* type, const char* name) {
+        return refusal(variable("{ \"name\": \"w\", \"address\": 1, \"type\": \"" +
+                                QByteArray(type) + "\", \"format\": \"" + name + "\" }"));
+    };
+    const std::string place = "test.json: labels[0].variables[0].format: ";
+    EXPECT_EQ(place + "unknown format \"octal\"", format("word", "octal"));
+    EXPECT_EQ(place + "a word is signed, unsigned or hex, not float", format("word", "float"));
+    EXPECT_EQ(place + "a dword is signed, unsigned, hex or float, not bit", format("dword", "bit"));
+    EXPECT_EQ(place + "a bit is bit, not unsigned", format("bit", "unsigned"));
+    EXPECT_EQ(place + "a real is float, not hex", format("real", "hex"));
+    EXPECT_EQ("test.json: types[0].members[0].format: a word is signed, unsigned or hex, not text",
+              refusal(type(R"({ "name": "S", "size": 16, "members": [
+                { "name": "a", "type": "word", "offset": 0, "format": "text" } ] })")));
+    EXPECT_EQ("test.json: labels[0].variables[4].format: must be a text, not a number",
+              refusal(QByteArray(with("")).replace(R"("address": 320)",
+                                                   R"("address": 320, "format": 1)")));
+    EXPECT_EQ(
+        "test.json: labels[0].variables[4].format: a structure has none; its members may have",
+        refusal(QByteArray(with("")).replace(R"("address": 320)",
+                                             R"("address": 320, "format": "hex")")));
+    EXPECT_EQ(
+        "test.json: initial[0].value: \"65535\" is not a value of L.w: signed, -32768 to 32767",
+        refusal(QByteArray(with(R"(, "initial": [ { "address": "L.w", "value": 65535 } ])"))
+                    .replace(R"("bits": true)", R"("bits": true, "format": "signed")")));
+}
+
 TEST(Reader, ArraysAreChecked)
 {
     const auto array = [](const char* text) {
@@ -337,13 +392,15 @@ TEST(Reader, FormatOfManyElementsNeedNotFitAll)
 
 TEST(Reader, InitialValuesAreChecked)
 {
-    EXPECT_EQ("test.json: initial[0].value: 65536 is outside -32768..65535",
+    EXPECT_EQ("test.json: initial[0].value: \"65536\" is not a value of L.w: signed or unsigned, "
+              "-32768 to 65535",
               refusal(with(R"(, "initial": [ { "address": "L.w", "value": 65536 } ])")));
     EXPECT_EQ("test.json: initial[0].value: is missing",
               refusal(with(R"(, "initial": [ { "address": "L.w" } ])")));
     EXPECT_EQ("test.json: initial[0].value: must be a number, a text, true or false",
               refusal(with(R"(, "initial": [ { "address": "L.w", "value": null } ])")));
-    EXPECT_EQ("test.json: initial[0].value: \"1.5\" is no whole number",
+    EXPECT_EQ("test.json: initial[0].value: \"1.5\" is not a value of L.w: signed or unsigned, "
+              "-32768 to 65535",
               refusal(with(R"(, "initial": [ { "address": "L.w", "value": 1.5 } ])")));
     EXPECT_EQ("test.json: initial[0].address: \"L.v\": L.v is an array and needs an index",
               refusal(with(R"(, "initial": [ { "address": "L.v", "value": 1 } ])")));

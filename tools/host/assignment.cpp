@@ -27,13 +27,12 @@ Assignment parseAssignment(const project::Project& project, const PolledIndex& p
         return assignment;
     }
     assignment.element = resolution.element;
-    if (format == Format::automatic && polled.formatOf(assignment.element) == Format::floating) {
-        format = Format::floating;
-    }
-    const project::EncodedValue encoded = project::encodeValue(assignment.element, format, value);
+    const project::EncodedValue encoded =
+        format == Format::automatic
+            ? project::encodeShown(assignment.element, polled.formatOf(assignment.element), value)
+            : project::encodeValue(assignment.element, format, value);
     if (!encoded.ok) {
-        assignment.problem =
-            QString("value of %1: %2").arg(printable(address), printable(encoded.problem));
+        assignment.problem = printable(encoded.problem);
         return assignment;
     }
     assignment.bytes = encoded.bytes;

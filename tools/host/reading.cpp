@@ -38,8 +38,8 @@ ReadRequest parseRead(const project::Project& project, const PolledIndex& polled
         PolledElement entry;
         entry.element = element;
         entry.name = element.addressText;
-        entry.format = format == Format::automatic ? polled.formatOf(element)
-                                                   : project::effectiveFormat(element, format);
+        const bool isAsked = format != Format::automatic && project::formatFits(element, format);
+        entry.format = isAsked ? format : polled.formatOf(element);
         request.elements.push_back(entry);
     }
     return request;

@@ -14,10 +14,11 @@ namespace tavmir::project
 // One value: a bit, a word, a double word, a float, a text, or one bit of a word.
 struct Element {
     QString addressText;
-    DataType type = DataType::word; // never structure
-    quint32 address = 0;            // bits; the word's address also for one of its bits
-    std::optional<int> bitNumber;   // set: one bit of the word or double word
-    int words = 0;                  // text: its 16-bit words; otherwise 0
+    DataType type = DataType::word;    // never structure
+    quint32 address = 0;               // bits; the word's address also for one of its bits
+    std::optional<int> bitNumber;      // set: one bit of the word or double word
+    int words = 0;                     // text: its 16-bit words; otherwise 0
+    Format format = Format::automatic; // as its variable is declared; of one bit of a word: ignored
     bool isArrayElement = false;
     int elementLimit = 0; // array element: what the driver cuts counts to (high - low)
 
