@@ -397,19 +397,21 @@ TEST(HostProgram, ExplainSaysWhatAddressesMean)
     const auto result = run(
         {"explain", TAVMIR_EXAMPLE_PROJECT, "Main.Axis[1].Pos", "Main.Mode.b[5]", "Main.Axis[2]"});
     EXPECT_EQ(0, result.exitStatus) << result.errors.toStdString();
-    EXPECT_TRUE(
-        result.output.startsWith("Main.Axis[1].Pos\n  driver's result 0: resolved\n"
-                                 "  Main.Axis[1].Pos: dword (type 6) at bit address 1112\n"))
+    EXPECT_TRUE(result.output.startsWith(
+        "Main.Axis[1].Pos\n  driver's result 0: resolved\n"
+        "  Main.Axis[1].Pos: dword (type 6) at bit address 1112, shown as signed\n"))
         << result.output.toStdString();
     EXPECT_TRUE(
-        result.output.contains("Main.Mode.b[5]: word (type 4) at bit address 3000, bit 5 of it\n"));
+        result.output.contains("Main.Mode.b[5]: word (type 4) at bit address 3000, bit 5 of it, "
+                               "shown as bit\n"));
     EXPECT_TRUE(result.output.contains("  stands for 5 elements\n"));
     EXPECT_FALSE(result.output.contains("BUT"));
 
     const auto refused = run({"explain", TAVMIR_EXAMPLE_PROJECT, "Other.X", "Main.Run"});
     EXPECT_EQ(2, refused.exitStatus);
     EXPECT_TRUE(refused.output.contains("driver's result 2: no such label\n"));
-    EXPECT_TRUE(refused.output.contains("Main.Run: bit (type 1) at bit address 100\n"));
+    EXPECT_TRUE(
+        refused.output.contains("Main.Run: bit (type 1) at bit address 100, shown as bit\n"));
     EXPECT_EQ("tavmir-host: does not resolve: \"Other.X\"\n", refused.errors.toStdString());
 }
 
@@ -437,6 +439,8 @@ TEST(HostProgram, ExplainWithoutAddressesIsThePlanOfRequests)
     EXPECT_EQ("request 3: function 'f', 5 words of station 1, 29 bytes out, 39 back",
               lines[7].toStdString());
     EXPECT_EQ("  variables: L.w[38], L.w[39], title (3 of 3 words)", lines[8].toStdString());
+    EXPECT_EQ("  ends because the polled list is through", lines[9].toStdString());
+    EXPECT_EQ("text title: polled as 3 words, L.t~words", lines[10].toStdString());
 }
 
 TEST(HostProgram, LogGoesIntoTheDriversFile)

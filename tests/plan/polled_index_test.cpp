@@ -2,6 +2,7 @@
 #include "plan/polled_index.h"
 
 #include "plan_project.h"
+#include "project/raw_address.h"
 
 namespace tavmir::host
 {
@@ -97,9 +98,19 @@ TEST_F(Index, FurtherEntriesDecide)
     EXPECT_EQ(Format::signedNumber, formatOf("M.a[1]"));
 }
 
+TEST_F(Index, WithoutAVariableAnElementIsAtTheProjectsStationAndMeantAsPolled)
+{
+    open(R"({ "address": "M.w", "station": 2, "format": "hex" })");
+    const project::Element word = project::rawElement(project::DataType::word, 3200);
+    EXPECT_EQ(4, index_->stationOf(word));
+    EXPECT_EQ(Format::hex, index_->formatOf(word));
+    EXPECT_EQ(Format::unsignedNumber,
+              index_->formatOf(project::rawElement(project::DataType::word, 3216)));
+}
+
 TEST_F(Index, WithOneStationForAllEverythingIsThere)
 {
-    open(R"({ "address": "M.w", "station": 2 })", R"("station": 4)");
+    open(R"({ "address": "M.w" })", R"("station": 4)");
     EXPECT_EQ(4, stationOf("M.w"));
     index_->add({entry("M.w", 9, Format::hex)});
     EXPECT_EQ(4, stationOf("M.w"));

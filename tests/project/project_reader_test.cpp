@@ -105,6 +105,45 @@ TEST(Reader, MalformedJsonHasLineAndColumn)
     EXPECT_EQ("test.json: must be one JSON object", refusal("[]"));
 }
 
+TEST(Reader, AFileThatEndsTooSoonIsCalledThat)
+{
+    const std::string place = "test.json: line ";
+    const std::string middle = ": the file ends in the middle of ";
+    EXPECT_EQ(place + "3, column 16" + middle + "a list that begins at line 2, column 11",
+              refusal("{\n\"labels\": [\n { \"name\": 1 },\n\n"));
+    EXPECT_EQ(place + "1, column 2" + middle + "an object that begins at line 1, column 1",
+              refusal("{"));
+    EXPECT_EQ(place + "1, column 10" + middle + "a text that begins at line 1, column 7",
+              refusal("{\"a\": \"xy"));
+    EXPECT_EQ(place + "1, column 4" + middle + "a text that begins at line 1, column 2",
+              refusal("{\"a"));
+    for (const char* text :
+         {"{\"a\"", "{\"a\":", "{\"a\": tru", "{\"a\": true", "{\"a\": 12", "{\"a\": -",
+          "{\"a\": 1e", "{\"a\": [1, 2", "{\"a\": [1,", "{\"a\": [1] ", "{\"a\": \"x\\",
+          "{\"a\": \"x\\u00", "{\"a\": \"\xc3", "{\"a\": {} ,", "{\"a\": {"}) {
+        EXPECT_THAT(refusal(text), HasSubstr(middle)) << text;
+    }
+    EXPECT_EQ("test.json: line 1, column 1: the file is empty", refusal(" \n"));
+}
+
+TEST(Reader, EveryBeginningOfAProjectEndsTooSoon)
+{
+    const QByteArray whole(kPlant);
+    for (int size = 1; size < whole.size(); ++size) {
+        const std::string message = refusal(whole.left(size));
+        ASSERT_THAT(message, HasSubstr(": the file ends in the middle of ")) << size;
+    }
+}
+
+TEST(Reader, WhatIsWrongBeforeTheEndIsSaidFirst)
+{
+    EXPECT_EQ("test.json: line 1, column 7: illegal number", refusal("{\"a\": ?, \"b\": ["));
+    EXPECT_THAT(refusal("{\"a\": [1}"), HasSubstr("unterminated array"));
+    EXPECT_THAT(refusal("{\"a\" 1, \"b\": {"), HasSubstr("missing name separator"));
+    EXPECT_THAT(refusal("{ \"a\": 1, \"a\": {"), HasSubstr("column 11: key \"a\" is given twice"));
+    EXPECT_THAT(refusal("{ \"labels\": [] } }"), HasSubstr("garbage at the end of the document"));
+}
+
 TEST(Reader, DuplicateKeysHaveLineAndColumn)
 {
     EXPECT_EQ("test.json: line 2, column 1: key \"labels\" is given twice",
@@ -383,6 +422,19 @@ TEST(Reader, PolledEntriesAreChecked)
     EXPECT_EQ(
         "test.json: polled[0].address: \"L.v[2]\": 3 elements from L.v[2] on pass the high bound 3",
         refusal(with(R"(, "polled": [ { "address": "L.v[2]", "count": 3 } ])")));
+}
+
+TEST(Reader, StationsOfPolledEntriesNeedStationsOfTheirOwn)
+{
+    const QByteArray polled =
+        R"(, "polled": [ { "address": "L.b" }, { "address": "L.w", "station": 3 } ])";
+    EXPECT_EQ("test.json: polled[1].station: needs the connection's \"stationMode\": \"own\"; with "
+              "\"default\" all is asked of its one station",
+              refusal(with(polled)));
+    EXPECT_THAT(refusal(with(R"(, "connection": { "stationMode": "default" })" + polled)),
+                HasSubstr("polled[1].station: "));
+    const Project project = readGood(with(R"(, "connection": { "stationMode": "own" })" + polled));
+    EXPECT_EQ(3, project.polled[1].station.value());
 }
 
 TEST(Reader, FormatOfManyElementsNeedNotFitAll)

@@ -50,7 +50,7 @@ void PolledIndex::add(const std::vector<PolledElement>& polled)
 
 int PolledIndex::stationOf(const Element& element) const
 {
-    if (!ownStations_) {
+    if (!ownStations_ || element.isRaw) {
         return defaultStation_;
     }
     const auto found = stations_.find(placeOf(element));

@@ -22,7 +22,8 @@ public:
     // of its format the last that says one.
     void add(const std::vector<PolledElement>& polled);
 
-    // The station that polls the element's first part; else the project's.
+    // The station that polls the element's first part; else, and for one without a variable, the
+    // project's.
     int stationOf(const project::Element& element) const;
 
     // How the element's values are meant: as the entry says that polls it, itself or with others,

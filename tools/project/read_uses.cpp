@@ -195,6 +195,10 @@ void readPolled(const QJsonArray& list, Project& project)
         polled.format = readFormat(object, expansion.elements);
         if (object.has("station")) {
             polled.station = static_cast<int>(object.integer("station", 0, 255));
+            if (!project.connection.ownStations) {
+                object.refuse("station", "needs the connection's \"stationMode\": \"own\"; with "
+                                         "\"default\" all is asked of its one station");
+            }
         }
         project.polled.push_back(polled);
     }

@@ -1,5 +1,6 @@
 // From a user's text, or a number, to bytes.
 #include "json_object.h"
+#include "raw_address.h"
 #include "value_bytes.h"
 #include "value_format.h"
 
@@ -43,7 +44,7 @@ EncodedValue accept(const QByteArray& bytes)
 EncodedValue refuseValue(const Element& element, const QString& text, const QString& values)
 {
     return refuse(
-        QString("%1 is not a value of %2: %3").arg(quoted(text), element.addressText, values));
+        QString("%1 is not a value of %2: %3").arg(quoted(text), shownAddress(element), values));
 }
 
 EncodedValue encodeBit(const Element& element, const QString& text)
@@ -123,7 +124,7 @@ EncodedValue encodeAs(const Element& element, Format format, const QString& text
 {
     if (!formatFits(element, format)) {
         return refuse(QString("%1 is not written as %2: %3")
-                          .arg(element.addressText, formatName(format), fittingFormats(element)));
+                          .arg(shownAddress(element), formatName(format), fittingFormats(element)));
     }
     if (element.isBit()) {
         return encodeBit(element, text);
