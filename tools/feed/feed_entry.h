@@ -29,6 +29,8 @@ struct OperationEnd {
     int elements = 0;
     int acknowledged = 0;
     int station = 0;
+    qint32 firstAddress = 0; // of its elements
+    int bitsApart = 0;       // from one element to the next; 0: the place is not told
 };
 
 // A polled list under its generation, which counts the lists that the driver was given.
