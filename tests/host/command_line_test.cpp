@@ -14,7 +14,8 @@ namespace
 const CommandDescription kAll = {"all",
                                  "[ADDRESS...]",
                                  "Everything.",
-                                 kOutputOption | kFormatOption | kTimeoutOption | kRunOptions,
+                                 kOutputOption | kFormatOption | kTimeoutOption | kRunOptions |
+                                     kWriteOptions,
                                  0,
                                  2};
 
@@ -28,10 +29,11 @@ std::string problem(const QStringList& arguments)
 TEST(CommandLines, OptionsAreTaken)
 {
     const ParsedCommandLine parsed = parseCommandLine(
-        kAll, {"host",       "p.json",   "--connect",  "[::1]:77", "--station", "9",
-               "--format",   "csv",      "--as",       "hex",      "--timeout", "5",
-               "--duration", "1.5",      "--interval", "20",       "--pass",    "3",
-               "--stdin",    "--driver", "d.so",       "--log",    "A.b",       "C.d=-1"});
+        kAll, {"host",          "p.json", "--connect",   "[::1]:77", "--station", "9",
+               "--format",      "csv",    "--as",        "hex",      "--timeout", "5",
+               "--duration",    "1.5",    "--interval",  "20",       "--pass",    "3",
+               "--stale-after", "700",    "--read-back", "--stdin",  "--driver",  "d.so",
+               "--log",         "A.b",    "C.d=-1"});
     ASSERT_EQ("", parsed.problem.toStdString());
     const CommandLine& line = parsed.line;
     EXPECT_EQ("p.json", line.projectFile.toStdString());
@@ -45,6 +47,8 @@ TEST(CommandLines, OptionsAreTaken)
     EXPECT_EQ(1500, line.durationMs);
     EXPECT_EQ(20, line.intervalMs);
     EXPECT_EQ(3, line.passMs.value());
+    EXPECT_EQ(700, line.staleAfterMs);
+    EXPECT_TRUE(line.readBack);
     EXPECT_TRUE(line.commandsFromInput);
     EXPECT_TRUE(line.driverLog);
     EXPECT_EQ("d.so", line.driverFile.toStdString());
@@ -56,6 +60,8 @@ TEST(CommandLines, DefaultsLeaveTheProjectAlone)
     EXPECT_EQ(0, line.port);
     EXPECT_EQ(-1, line.durationMs);
     EXPECT_EQ(500, line.intervalMs);
+    EXPECT_EQ(2000, line.staleAfterMs);
+    EXPECT_FALSE(line.readBack);
     EXPECT_EQ(OutputFormat::table, line.output);
     EXPECT_FALSE(line.station.has_value());
     EXPECT_FALSE(line.passMs.has_value());
@@ -110,6 +116,7 @@ TEST(CommandLines, LimitsThemselvesAreAccepted)
                                    {"--pause", "-1"},
                                    {"--pause", "86400001"},
                                    {"--timeout", "0"},
+                                   {"--stale-after", "0"},
                                    {"--duration", "2000001"}}) {
         EXPECT_NE("", problem(QStringList{"p", one[0] + "=" + one[1]})) << one[1].toStdString();
     }

@@ -31,6 +31,8 @@ struct OperationEnd {
     int elements = 0;
     int acknowledged = 0;
     int station = 0;
+    qint32 firstAddress = 0; // of its elements
+    int bitsApart = 0;       // from one element to the next; 0: the place is not told
 };
 
 // One of the polled variables that the controller refuses: it is only tried now and then.

@@ -36,6 +36,8 @@ Assignment parseAssignment(const project::Project& project, const PolledIndex& p
         return assignment;
     }
     assignment.bytes = encoded.bytes;
+    assignment.address = address;
+    assignment.value = value;
     assignment.shown = QString("%1 = %2").arg(address, printable(value));
     return assignment;
 }

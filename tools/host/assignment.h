@@ -10,6 +10,8 @@ namespace tavmir::host
 struct Assignment {
     project::Element element;
     QByteArray bytes;
+    QString address; // as it was given
+    QString value;   // the same
     QString shown;   // "Main.Setpoint = 5"
     QString problem; // not empty: refused
 };

@@ -24,7 +24,7 @@ void addOptions(Parser& parser, unsigned options)
     parser.addOption({"connect", "Use this controller instead of the project's.", "HOST:PORT"});
     parser.addOption({"station", "Use this default station instead of the project's.", "N"});
     if (options & kOutputOption) {
-        parser.addOption({"format", "Show values as table, json or csv.", "FORMAT", "table"});
+        parser.addOption({"format", "Show the results as table, json or csv.", "FORMAT", "table"});
     }
     if (options & kFormatOption) {
         parser.addOption(
@@ -48,8 +48,15 @@ void addOptions(Parser& parser, unsigned options)
                           "Begin a pass over the polled variables this often, instead of what the "
                           "project says; 0: as fast as the line allows.",
                           "MS"});
+        parser.addOption({"stale-after",
+                          "A value is stale when it was not read for so long, or for three passes "
+                          "if they take longer.",
+                          "MS", QString::number(QualityRules().staleAfterMs)});
         parser.addOption({"stdin", "Take lines from standard input: ADDRESS=VALUE writes, "
                                    "ADDRESS reads from the controller."});
+    }
+    if (options & kWriteOptions) {
+        parser.addOption({"read-back", "After each write read what stands there, and say it."});
     }
 }
 
@@ -116,6 +123,7 @@ void takeRun(const Parser& parser, CommandLine& line, QString& problem)
     if (parser.isSet("pass")) {
         line.passMs = number(parser, "pass", 0, kLongestMs, problem);
     }
+    line.staleAfterMs = number(parser, "stale-after", 1, kLongestMs, problem);
     line.commandsFromInput = parser.isSet("stdin");
     line.everyChange = parser.isSet("changes");
     if (line.everyChange && parser.isSet("interval") && problem.isEmpty()) {
@@ -179,6 +187,7 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
     if (command.options & kRunOptions) {
         takeRun(parser, parsed.line, parsed.problem);
     }
+    parsed.line.readBack = (command.options & kWriteOptions) && parser.isSet("read-back");
     return parsed;
 }
 

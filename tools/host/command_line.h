@@ -26,7 +26,9 @@ struct CommandLine {
     int durationMs = -1; // -1: until stopped
     int intervalMs = 500;
     std::optional<int> passMs; // --pass; none: the project's
+    int staleAfterMs = QualityRules().staleAfterMs;
     bool everyChange = false; // --changes
+    bool readBack = false;    // --read-back
     bool commandsFromInput = false;
 };
 
@@ -35,7 +37,8 @@ enum CommandOption : unsigned {
     kOutputOption = 1,  // --format
     kFormatOption = 2,  // --as
     kTimeoutOption = 8, // --timeout
-    kRunOptions = 4     // --duration, --interval, --changes, --pass, --stdin
+    kRunOptions = 4,    // --duration, --interval, --changes, --pass, --stale-after, --stdin
+    kWriteOptions = 16  // --read-back
 };
 
 struct CommandDescription {

@@ -45,9 +45,23 @@ ReadRequest parseRead(const project::Project& project, const PolledIndex& polled
     return request;
 }
 
+ValueRow rowOf(const PolledElement& entry, const Outcome& outcome)
+{
+    if (outcome.ok()) {
+        return rowOf(entry, valueBytes(entry.element, outcome.bytes), 0);
+    }
+    const bool asked = outcome.state != OutcomeState::notSent;
+    return rowWithout(entry, {asked ? Quality::bad : Quality::never, outcome.reason});
+}
+
+QString notRead(const ValueRow& row)
+{
+    return QString("%1: not read: %2").arg(row.name, row.reason);
+}
+
 void readAll(HostSession& session, const std::vector<PolledElement>& elements, int timeoutMs,
              const std::function<void(const ValueRow& row)>& read,
-             const std::function<void(const QString& line)>& failed)
+             const std::function<void(const ValueRow& row)>& failed)
 {
     std::deque<OperationId> asked;
     int onTheWay = 0;
@@ -67,13 +81,12 @@ void readAll(HostSession& session, const std::vector<PolledElement>& elements, i
             asked.pop_front();
             onTheWay -= project::wireElementCount(entry.element);
         }
+        const ValueRow row = rowOf(entry, outcome);
         if (outcome.ok()) {
-            ValueRow row = rowOf(entry, valueBytes(entry.element, outcome.bytes), 0);
-            row.address = project::shownAddress(entry.element);
             read(row);
             continue;
         }
-        failed(QString("%1: not read: %2").arg(entry.name, outcome.reason));
+        failed(row);
         if (outcome.state == OutcomeState::notSent && !session.connection().isConnected()) {
             whyNoMore = outcome.reason;
         }

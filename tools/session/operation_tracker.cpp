@@ -202,8 +202,9 @@ void OperationTracker::tell(const OperationId& id, const OperationShape& shape,
                             const Outcome& outcome)
 {
     FeedEntry entry = entryNow(FeedKind::operationEnded, outcome.reason);
-    entry.operation = {id.kind,          outcome.state,        id.key,
-                       outcome.elements, outcome.acknowledged, shape.station};
+    entry.operation = {
+        id.kind,       outcome.state,      id.key,         outcome.elements, outcome.acknowledged,
+        shape.station, shape.firstAddress, shape.bitsApart};
     feed_.publish(entry);
 }
 
