@@ -160,9 +160,10 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
             "Addresses of the project, or @bit:, @word: or @dword: and a bit address.");
     }
     if (!parser.parse(arguments)) {
-        parsed.problem = parser.unknownOptionNames().contains("pause")
-                             ? QString("unknown option --pause: --pass says how often a pass begins")
-                             : parser.errorText();
+        parsed.problem =
+            parser.unknownOptionNames().contains("pause")
+                ? QString("unknown option --pause: --pass says how often a pass begins")
+                : parser.errorText();
         return parsed;
     }
     if (parser.isSet(help)) {

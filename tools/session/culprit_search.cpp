@@ -209,11 +209,10 @@ std::vector<size_t> CulpritSearch::next(Clock::time_point now)
         if (group.wereRefused) {
             // Some may have been tried by themselves since.
             std::vector<size_t>& those = group.variables;
-            those.erase(std::remove_if(those.begin(), those.end(),
-                                       [&](size_t one) {
-                                           return variables_[one].state != State::refused;
-                                       }),
-                        those.end());
+            those.erase(
+                std::remove_if(those.begin(), those.end(),
+                               [&](size_t one) { return variables_[one].state != State::refused; }),
+                those.end());
         }
         if (!group.variables.empty()) {
             return begin(std::move(group), now);
@@ -345,8 +344,8 @@ void CulpritSearch::release(size_t variable, Clock::time_point now)
     retries_.emplace(one.due, variable);
 }
 
-// One that answers again is a sign that others do: as many as share a request are asked for at once,
-// which is over with the first answer that refuses them.
+// One that answers again is a sign that others do: as many as share a request are asked for at
+// once, which is over with the first answer that refuses them.
 void CulpritSearch::tryRefusedTogether(Clock::time_point now)
 {
     const auto isTooFresh = [&](size_t variable) {
