@@ -77,8 +77,7 @@ TEST(CommandLines, BadOnesAreRefused)
               problem({"p", "--station", "256"}));
     EXPECT_EQ("--interval 0: must be a whole number from 1 to 86400000",
               problem({"p", "--interval", "0"}));
-    EXPECT_EQ("--pass x: must be a whole number from 0 to 86400000",
-              problem({"p", "--pass", "x"}));
+    EXPECT_EQ("--pass x: must be a whole number from 0 to 86400000", problem({"p", "--pass", "x"}));
     EXPECT_EQ("unknown option --pause: --pass says how often a pass begins",
               problem({"p", "--pause", "5"}));
     EXPECT_EQ("--duration -1: must be a number of seconds", problem({"p", "--duration=-1"}));

@@ -150,9 +150,10 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
         parser.addPositionalArgument(command.arguments, "Address texts of the project.");
     }
     if (!parser.parse(arguments)) {
-        parsed.problem = parser.unknownOptionNames().contains("pause")
-                             ? QString("unknown option --pause: --pass says how often a pass begins")
-                             : parser.errorText();
+        parsed.problem =
+            parser.unknownOptionNames().contains("pause")
+                ? QString("unknown option --pause: --pass says how often a pass begins")
+                : parser.errorText();
         return parsed;
     }
     if (parser.isSet(help)) {

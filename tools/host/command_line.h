@@ -26,7 +26,7 @@ struct CommandLine {
     int durationMs = -1; // -1: until stopped
     int intervalMs = 500;
     std::optional<int> passMs; // --pass; none: the project's
-    bool everyChange = false; // --changes
+    bool everyChange = false;  // --changes
     bool commandsFromInput = false;
 };
 

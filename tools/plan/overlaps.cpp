@@ -35,10 +35,10 @@ Range rangeOf(const PolledElement& polled, size_t variable)
     range.elements = elementClassOf(element);
     range.station = polled.station;
     range.begin = static_cast<qint64>(element.address) + element.bitNumber.value_or(0);
-    range.end = range.begin +
-                (element.bitNumber ? 1
-                                   : static_cast<qint64>(project::wireElementBits(element)) *
-                                         project::wireElementCount(element));
+    range.end =
+        range.begin + (element.bitNumber ? 1
+                                         : static_cast<qint64>(project::wireElementBits(element)) *
+                                               project::wireElementCount(element));
     range.variable = variable;
     return range;
 }
