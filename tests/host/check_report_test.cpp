@@ -71,8 +71,9 @@ TEST_F(ReportOfACheck, AsTableNamesWhatAnsweredAndWhatDidNot)
     ASSERT_EQ(4, lines.size());
     EXPECT_TRUE(lines[0].startsWith("NAME"));
     EXPECT_TRUE(lines[1].contains("M.at16")) << lines[1].toStdString();
-    EXPECT_TRUE(lines[1].contains("answered in 1.2 ms")) << lines[1].toStdString();
-    EXPECT_TRUE(lines[1].contains("request 1 of 2: answered in 1.2 ms")) << lines[1].toStdString();
+    EXPECT_TRUE(lines[1].contains("  answered in 1.25 ms")) << lines[1].toStdString();
+    EXPECT_TRUE(lines[1].contains("request 1 (2 elements): answered in 1.25 ms"))
+        << lines[1].toStdString();
     EXPECT_TRUE(lines[1].endsWith("  5")) << lines[1].toStdString();
     EXPECT_TRUE(lines[2].contains("refused, code 2 (illegal data address)"));
     EXPECT_TRUE(lines[2].endsWith("–"));

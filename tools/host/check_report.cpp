@@ -31,7 +31,7 @@ const char* wordOf(CheckEnd end)
 QString inWords(const CheckAnswer& answer)
 {
     if (answer.end == CheckEnd::answered) {
-        return QString("answered in %1 ms").arg(answer.ms, 0, 'f', 1);
+        return QString("answered in %1 ms").arg(answer.ms, 0, 'f', 2);
     }
     return answer.why.isEmpty() ? QString(wordOf(answer.end)) : answer.why;
 }
@@ -47,7 +47,7 @@ QString requestOf(const PassCheck::Variable& together)
 {
     return together.request == 0
                ? QString()
-               : QString("request %1 of %2: ").arg(together.request).arg(together.sharing);
+               : QString("request %1 (%2 elements): ").arg(together.request).arg(together.sharing);
 }
 
 QString padded(const QString& text, int width)
@@ -55,17 +55,25 @@ QString padded(const QString& text, int width)
     return printable(text).leftJustified(width);
 }
 
+QString togetherOf(const CheckedVariable& variable)
+{
+    return requestOf(variable.together) + inWords(variable.together.answer);
+}
+
 QStringList tableOf(const CheckReport& report)
 {
     int nameWidth = 4;
     int aloneWidth = 5;
+    int togetherWidth = 14;
     for (size_t i = 0; i < report.polled.size(); ++i) {
+        const CheckedVariable& variable = report.result.variables[i];
         nameWidth = std::max<int>(nameWidth, printable(report.polled[i].name).size());
-        aloneWidth = std::max<int>(aloneWidth, inWords(report.result.variables[i].alone).size());
+        aloneWidth = std::max<int>(aloneWidth, inWords(variable.alone).size());
+        togetherWidth = std::max<int>(togetherWidth, togetherOf(variable).size());
     }
     QStringList lines;
-    lines << padded("NAME", nameWidth) + "  STATION  " + padded("ALONE", aloneWidth) +
-                 "  IN ITS REQUEST, OF SO MANY ELEMENTS  VALUE";
+    lines << padded("NAME", nameWidth) + "  STATION  " + padded("ALONE", aloneWidth) + "  " +
+                 padded("IN ITS REQUEST", togetherWidth) + "  VALUE";
     for (size_t i = 0; i < report.polled.size(); ++i) {
         const PolledElement& polled = report.polled[i];
         const CheckedVariable& variable = report.result.variables[i];
@@ -73,8 +81,8 @@ QStringList tableOf(const CheckReport& report)
         lines << padded(polled.name, nameWidth) + "  " +
                      QString::number(polled.station).leftJustified(7) + "  " +
                      padded(inWords(variable.alone), aloneWidth) + "  " +
-                     padded(requestOf(variable.together) + inWords(variable.together.answer), 35) +
-                     "  " + (value.isNull() ? QString("–") : printable(value));
+                     padded(togetherOf(variable), togetherWidth) + "  " +
+                     (value.isNull() ? QString("–") : printable(value));
     }
     return lines;
 }

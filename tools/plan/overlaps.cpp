@@ -43,6 +43,12 @@ Range rangeOf(const PolledElement& polled, size_t variable)
     return range;
 }
 
+bool isBitOf(const project::Element& bit, const project::Element& whole)
+{
+    return bit.bitNumber && !whole.bitNumber && bit.address == whole.address &&
+           bit.type == whole.type;
+}
+
 } // namespace
 
 std::vector<Overlap> overlapsOf(const std::vector<PolledElement>& polled)
@@ -55,7 +61,9 @@ std::vector<Overlap> overlapsOf(const std::vector<PolledElement>& polled)
     std::vector<Overlap> overlaps;
     size_t furthest = 0; // the one before that reaches furthest
     for (size_t i = 1; i < ranges.size(); ++i) {
-        if (ranges[furthest].reachesInto(ranges[i])) {
+        if (ranges[furthest].reachesInto(ranges[i]) &&
+            !isBitOf(polled[ranges[i].variable].element,
+                     polled[ranges[furthest].variable].element)) {
             overlaps.push_back({ranges[furthest].variable, ranges[i].variable});
         }
         const bool isOther = ranges[furthest].elements != ranges[i].elements ||

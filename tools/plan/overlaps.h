@@ -13,8 +13,8 @@ struct Overlap {
     size_t second = 0;
 };
 
-// Each variable and the one before it in its station and class that reaches into it. Different bits
-// of one word do not overlap, nor do elements of different classes.
+// Each variable and the one before it in its station and class that reaches into it. A word and its
+// bits do not overlap, nor do elements of different classes.
 std::vector<Overlap> overlapsOf(const std::vector<PolledElement>& polled);
 
 } // namespace tavmir::host
