@@ -129,9 +129,10 @@ private:
 
     std::vector<PolledElement> polled_;
     std::vector<Variable> variables_;
-    std::vector<Place> places_;                              // ascending
-    std::deque<Group> groups_;                               // to be tried, next first
-    Group underWay_;                                         // without variables: none
+    std::vector<Place> places_;        // ascending
+    std::deque<Group> groups_;         // to be tried, next first
+    std::ptrdiff_t ofThisRequest_ = 0; // the first groups: of the request that is cut just now
+    Group underWay_;                   // without variables: none
     std::set<std::pair<Clock::time_point, size_t>> retries_; // refused ones by `due`
     std::vector<Change> changes_;
     size_t differing_ = 0;
