@@ -104,8 +104,8 @@ TEST(CommandLines, LimitsThemselvesAreAccepted)
     EXPECT_EQ(65535, line({"--connect", "x:65535"}).port);
     EXPECT_EQ(1, line({"--interval", "1"}).intervalMs);
     EXPECT_EQ(86400000, line({"--interval", "86400000"}).intervalMs);
-    EXPECT_EQ(0, line({"--pause", "0"}).pauseMs);
-    EXPECT_EQ(86400000, line({"--pause", "86400000"}).pauseMs);
+    EXPECT_EQ(0, line({"--pass", "0"}).passMs.value());
+    EXPECT_EQ(86400000, line({"--pass", "86400000"}).passMs.value());
     EXPECT_EQ(1, line({"--timeout", "1"}).timeoutMs);
     EXPECT_EQ(2147483647, line({"--timeout", "2147483647"}).timeoutMs);
     EXPECT_EQ(0, line({"--duration", "0"}).durationMs);

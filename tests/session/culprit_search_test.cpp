@@ -121,6 +121,16 @@ TEST_F(Search, FindsEachPlaceInARequest)
     }
 }
 
+TEST_F(Search, WhereOneHalfAnswersTheOtherIsNotAskedAsAWhole)
+{
+    watchWords(4);
+    lacks_ = {3};
+    poll(0, 4);
+    searchToTheEnd();
+    EXPECT_EQ(lacks_, found());
+    EXPECT_EQ(3, tries_) << "the first two, the third, the fourth";
+}
+
 TEST_F(Search, ANamedVariableWasAlwaysRefusedByItself)
 {
     watchWords(38);

@@ -44,7 +44,8 @@ TEST(Unload, WhileARequestIsInFlight)
 
         host::SessionState state(driver->api(), 0);
         state.passes.restart(1, host::Clock::now());
-        host::CycleThread cycle(state, options);
+        host::SearchedList list(state, false);
+        host::CycleThread cycle(state, list, options);
         cycle.start();
         ASSERT_TRUE(test::waitUntil([&] { return requests >= loading; }));
         cycle.stop();

@@ -23,11 +23,6 @@ Key keyOf(const PolledElement& polled)
 
 } // namespace
 
-constexpr std::chrono::seconds CulpritSearch::kFirstPause;
-constexpr std::chrono::seconds CulpritSearch::kLongestPause;
-constexpr std::chrono::milliseconds CulpritSearch::kLeastGap;
-constexpr std::chrono::milliseconds CulpritSearch::kLongestGap;
-
 bool CulpritSearch::isBefore(const Place& left, const Place& right)
 {
     return left.element < right.element;

@@ -60,8 +60,8 @@ private:
     void askTogether();
     void askAlone(size_t variable);
     CheckAnswer ask(const PolledElement& variable, QByteArray& bytes);
-    void takeAnswer(int station, const CheckAnswer& answer);
-    void askAgainWhoAnswered(int station);
+    void takeAnswer(int number, const CheckAnswer& answer);
+    void askAgainWhoAnswered(int number);
     bool allGivenUp() const;
 
     HostSession& session_;

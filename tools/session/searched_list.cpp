@@ -16,8 +16,6 @@ QString whyRefused(quint8 code)
 
 } // namespace
 
-constexpr std::chrono::seconds SearchedList::kLeastBetween;
-
 QString SearchedList::replace(const std::vector<PolledElement>& polled)
 {
     polled_ = polled;
