@@ -31,7 +31,7 @@ TEST(CommandLines, OptionsAreTaken)
     const ParsedCommandLine parsed = parseCommandLine(
         kAll, {"host",          "p.json", "--connect",   "[::1]:77", "--station", "9",
                "--format",      "csv",    "--as",        "hex",      "--timeout", "5",
-               "--duration",    "1.5",    "--interval",  "20",       "--pause",   "3",
+               "--duration",    "1.5",    "--interval",  "20",       "--pass",    "3",
                "--stale-after", "700",    "--read-back", "--stdin",  "--driver",  "d.so",
                "--log",         "A.b",    "C.d=-1"});
     ASSERT_EQ("", parsed.problem.toStdString());
@@ -46,7 +46,7 @@ TEST(CommandLines, OptionsAreTaken)
     EXPECT_EQ(5, line.timeoutMs);
     EXPECT_EQ(1500, line.durationMs);
     EXPECT_EQ(20, line.intervalMs);
-    EXPECT_EQ(3, line.pauseMs);
+    EXPECT_EQ(3, line.passMs.value());
     EXPECT_EQ(700, line.staleAfterMs);
     EXPECT_TRUE(line.readBack);
     EXPECT_TRUE(line.commandsFromInput);
@@ -64,6 +64,7 @@ TEST(CommandLines, DefaultsLeaveTheProjectAlone)
     EXPECT_FALSE(line.readBack);
     EXPECT_EQ(OutputFormat::table, line.output);
     EXPECT_FALSE(line.station.has_value());
+    EXPECT_FALSE(line.passMs.has_value());
     EXPECT_FALSE(line.commandsFromInput);
 }
 
@@ -82,8 +83,9 @@ TEST(CommandLines, BadOnesAreRefused)
               problem({"p", "--station", "256"}));
     EXPECT_EQ("--interval 0: must be a whole number from 1 to 86400000",
               problem({"p", "--interval", "0"}));
-    EXPECT_EQ("--pause x: must be a whole number from 0 to 86400000",
-              problem({"p", "--pause", "x"}));
+    EXPECT_EQ("--pass x: must be a whole number from 0 to 86400000", problem({"p", "--pass", "x"}));
+    EXPECT_EQ("unknown option --pause: --pass says how often a pass begins",
+              problem({"p", "--pause", "5"}));
     EXPECT_EQ("--duration -1: must be a number of seconds", problem({"p", "--duration=-1"}));
     EXPECT_EQ("--duration nan: must be a number of seconds", problem({"p", "--duration", "nan"}));
 }
@@ -102,16 +104,16 @@ TEST(CommandLines, LimitsThemselvesAreAccepted)
     EXPECT_EQ(65535, line({"--connect", "x:65535"}).port);
     EXPECT_EQ(1, line({"--interval", "1"}).intervalMs);
     EXPECT_EQ(86400000, line({"--interval", "86400000"}).intervalMs);
-    EXPECT_EQ(0, line({"--pause", "0"}).pauseMs);
-    EXPECT_EQ(86400000, line({"--pause", "86400000"}).pauseMs);
+    EXPECT_EQ(0, line({"--pass", "0"}).passMs.value());
+    EXPECT_EQ(86400000, line({"--pass", "86400000"}).passMs.value());
     EXPECT_EQ(1, line({"--timeout", "1"}).timeoutMs);
     EXPECT_EQ(2147483647, line({"--timeout", "2147483647"}).timeoutMs);
     EXPECT_EQ(0, line({"--duration", "0"}).durationMs);
     EXPECT_EQ(2000000000, line({"--duration", "2000000"}).durationMs);
     for (const QStringList& one : {QStringList{"--station", "-1"},
                                    {"--interval", "86400001"},
-                                   {"--pause", "-1"},
-                                   {"--pause", "86400001"},
+                                   {"--pass", "-1"},
+                                   {"--pass", "86400001"},
                                    {"--timeout", "0"},
                                    {"--stale-after", "0"},
                                    {"--duration", "2000001"}}) {

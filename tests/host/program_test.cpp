@@ -61,7 +61,7 @@ TEST(HostProgram, RunShowsEachKindOfValueChanging)
 {
     const Controller controller;
     Program host(kHost, hostArguments("run", controller.place(),
-                                      {"--format", "csv", "--interval", "50", "--pause", "5"}));
+                                      {"--format", "csv", "--interval", "50", "--pass", "5"}));
     const QString moving[] = {"Main.Axis[0].Pos", "Main.Axis[0].Vel", "Main.Mode.b[5]", "Main.Temp",
                               "Main.Total"};
     EXPECT_TRUE(host.showsOutput([&](const QString& csv) {
@@ -85,7 +85,7 @@ TEST(HostProgram, RunAsJsonIsOneObjectALineAndStatisticsAtTheEnd)
 {
     const Controller controller;
     Program host(kHost, hostArguments("run", controller.place(),
-                                      {"--format", "json", "--interval", "50", "--pause", "5"}));
+                                      {"--format", "json", "--interval", "50", "--pass", "5"}));
     EXPECT_TRUE(
         host.showsOutput([](const QString& text) { return text.contains("\"Filling line 1\""); }));
     host.signal(SIGINT);
@@ -111,7 +111,7 @@ TEST(HostProgram, RunPrintsPlainBlocksWithoutATerminal)
 {
     const Controller controller;
     Program host(kHost,
-                 hostArguments("run", controller.place(), {"--interval", "50", "--pause", "5"}));
+                 hostArguments("run", controller.place(), {"--interval", "50", "--pass", "5"}));
     EXPECT_TRUE(
         host.showsOutput([](const QString& text) { return text.contains("Filling line 1"); }));
     host.signal(SIGTERM);
@@ -143,7 +143,7 @@ TEST(HostProgram, RunRedrawsInPlaceOnATerminal)
     QProcess host;
     host.setStandardOutputFile(terminal);
     host.start(kHost, hostArguments("run", controller.place(),
-                                    {"--duration", "0.5", "--interval", "100", "--pause", "5"}));
+                                    {"--duration", "0.5", "--interval", "100", "--pass", "5"}));
     QByteArray screen;
     while (host.state() != QProcess::NotRunning || screen.isEmpty()) {
         char bytes[4096];
@@ -208,7 +208,7 @@ TEST(HostProgram, WriteOfOneHostIsSeenByAnother)
 {
     const Controller controller;
     Program watcher(kHost, hostArguments("run", controller.place(),
-                                         {"--format", "csv", "--interval", "30", "--pause", "5"}));
+                                         {"--format", "csv", "--interval", "30", "--pass", "5"}));
     EXPECT_TRUE(watcher.showsOutput(
         [](const QString& csv) { return valuesOf(csv, "Main.Setpoint").contains("1500"); }));
     EXPECT_EQ(0,
@@ -225,7 +225,7 @@ TEST(HostProgram, ControllerGoneAndBackResumesPollingAndReportsEachFailedWriteOn
     const int port = controller->port();
     const QString place = controller->place();
     Program host(kHost, hostArguments("run", place,
-                                      {"--format", "csv", "--interval", "30", "--pause", "5",
+                                      {"--format", "csv", "--interval", "30", "--pass", "5",
                                        "--stdin", "--timeout", "300"}));
     EXPECT_TRUE(host.showsOutput(
         [](const QString& csv) { return valuesOf(csv, "Main.Setpoint").contains("1500"); }));
@@ -264,7 +264,7 @@ TEST(HostProgram, LinesThatAreNoCommandAreRefusedAndTheRunGoesOn)
 {
     const Controller controller;
     Program host(kHost, hostArguments("run", controller.place(),
-                                      {"--format", "csv", "--pause", "5", "--stdin"}));
+                                      {"--format", "csv", "--pass", "5", "--stdin"}));
     host.type("Main.Nope=1");
     host.type("Main.Setpoint=x");
     host.type("Main.Other");

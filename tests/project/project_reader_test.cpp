@@ -45,7 +45,7 @@ TEST(Reader, TakesEveryMemberOver)
     const Project project = readGood(with(R"(,
       "connection": { "host": "plc", "port": 1502, "station": 7, "stationMode": "own",
         "connectTimeoutMs": 11, "replyTimeoutMs": 12, "reconnectMinMs": 13, "reconnectMaxMs": 14,
-        "retryLimit": 0, "writeMode": "local" },
+        "passMs": 15, "retryLimit": 0, "writeMode": "local" },
       "polled": [ { "address": "L.s", "format": "signed", "station": 3 },
                   { "address": "L.v[1]", "count": 2, "name": "two" } ],
       "initial": [ { "address": "L.t", "value": "ab" }, { "address": "L.b", "value": true },
@@ -61,6 +61,7 @@ TEST(Reader, TakesEveryMemberOver)
     EXPECT_EQ(12, project.connection.replyTimeoutMs);
     EXPECT_EQ(13, project.connection.reconnectMinMs);
     EXPECT_EQ(14, project.connection.reconnectMaxMs);
+    EXPECT_EQ(15, project.connection.passMs);
     EXPECT_EQ(0, project.connection.retryLimit);
     EXPECT_FALSE(project.connection.writesToController);
     ASSERT_EQ(2u, project.polled.size());
@@ -170,6 +171,8 @@ TEST(Reader, ConnectionIsChecked)
               refusal(R"({ "connection": { "writeMode": "x" } })"));
     EXPECT_EQ("test.json: connection.replyTimeoutMs: 0 is outside 1..600000",
               refusal(R"({ "connection": { "replyTimeoutMs": 0 } })"));
+    EXPECT_EQ("test.json: connection.passMs: -1 is outside 0..600000",
+              refusal(R"({ "connection": { "passMs": -1 } })"));
 }
 
 TEST(Reader, NamesAreChecked)
@@ -383,7 +386,8 @@ TEST(Reader, LimitsThemselvesAreAllowed)
     for (const char* connection :
          {R"("port": 1, "station": 0, "replyTimeoutMs": 1, "retryLimit": 0)",
           R"("port": 65535, "station": 255, "replyTimeoutMs": 600000, "retryLimit": 1000)",
-          R"("reconnectMinMs": 70, "reconnectMaxMs": 70)"}) {
+          R"("reconnectMinMs": 70, "reconnectMaxMs": 70)", R"("passMs": 0)",
+          R"("passMs": 600000)"}) {
         readGood("{ \"connection\": { " + QByteArray(connection) + " } }");
     }
     EXPECT_EQ("test.json: connection.port: 0 is outside 1..65535",

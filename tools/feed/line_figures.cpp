@@ -37,6 +37,8 @@ void LineFigures::take(const FeedEntry& entry)
         ++outcomes[static_cast<int>(entry.operation.kind)][static_cast<int>(entry.operation.state)];
         break;
     case FeedKind::planChanged:
+    case FeedKind::elementSetAside:
+    case FeedKind::elementBack:
         break;
     }
 }

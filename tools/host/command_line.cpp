@@ -28,7 +28,7 @@ void addOptions(Parser& parser, unsigned options)
     }
     if (options & kFormatOption) {
         parser.addOption(
-            {"as", "Take values as signed, unsigned, hex, float, bit or text.", "FORMAT"});
+            {"as", QString("Take values as %1.").arg(project::formatNames()), "FORMAT"});
     }
     if (options & kTimeoutOption) {
         parser.addOption({"timeout",
@@ -44,8 +44,10 @@ void addOptions(Parser& parser, unsigned options)
                           "MS", "500"});
         parser.addOption({"changes", "Print every change, with the time of its reply, instead of "
                                      "all values again and again."});
-        parser.addOption(
-            {"pause", "Pause between two full passes over the polled variables.", "MS", "0"});
+        parser.addOption({"pass",
+                          "Begin a pass over the polled variables this often, instead of what the "
+                          "project says; 0: as fast as the line allows.",
+                          "MS"});
         parser.addOption({"stale-after",
                           "A value is stale when it was not read for so long, or for three passes "
                           "if they take longer.",
@@ -118,7 +120,9 @@ void takeRun(const Parser& parser, CommandLine& line, QString& problem)
 {
     constexpr int kLongestMs = 24 * 3600 * 1000;
     line.intervalMs = number(parser, "interval", 1, kLongestMs, problem);
-    line.pauseMs = number(parser, "pause", 0, kLongestMs, problem);
+    if (parser.isSet("pass")) {
+        line.passMs = number(parser, "pass", 0, kLongestMs, problem);
+    }
     line.staleAfterMs = number(parser, "stale-after", 1, kLongestMs, problem);
     line.commandsFromInput = parser.isSet("stdin");
     line.everyChange = parser.isSet("changes");
@@ -154,7 +158,9 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
         parser.addPositionalArgument(command.arguments, "Address texts of the project.");
     }
     if (!parser.parse(arguments)) {
-        parsed.problem = parser.errorText();
+        parsed.problem = parser.unknownOptionNames().contains("pause")
+                             ? QString("unknown option --pause: --pass says how often a pass begins")
+                             : parser.errorText();
         return parsed;
     }
     if (parser.isSet(help)) {

@@ -3,6 +3,7 @@
 
 #include "operator_input.h"
 #include "prepared_host.h"
+#include "refused_report.h"
 #include "run_monitor.h"
 #include "statistics_report.h"
 
@@ -88,8 +89,11 @@ public:
         look();
         const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
         const size_t elements = session.polledElementsOnWire();
-        view_->close(statisticsLines(monitor_.figures(), seconds, elements),
-                     statisticsJson(monitor_.figures(), seconds, elements));
+        QJsonObject json = statisticsJson(monitor_.figures(), seconds, elements);
+        json.insert("refusedVariables", refusedJson(monitor_.refused()));
+        view_->close(statisticsLines(monitor_.figures(), seconds, elements) +
+                         refusedLines(monitor_.refused()),
+                     json);
         return console_.finishSoon() && allWritten && monitor_.wasConnected();
     }
 
@@ -150,7 +154,7 @@ int runCommand(const CommandLine& line)
     }
     wire::StopSignal stop;
     SessionOptions options;
-    options.pauseMs = line.pauseMs;
+    options.passMs = line.passMs.value_or(host.project().connection.passMs);
     if (!host.openSession(options)) {
         return kExitBadInput;
     }

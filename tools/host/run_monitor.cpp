@@ -28,6 +28,7 @@ void RunMonitor::take(const FeedEntry& entry)
 {
     const bool wasConnected = values_.line().isConnected();
     figures_.take(entry);
+    refused_.take(entry);
     if (everyChange_) {
         values_.take(entry, [&](size_t variable) { tellChange(variable, entry); });
     } else {
@@ -94,6 +95,12 @@ void RunMonitor::tellLine(const FeedEntry& entry, bool wasConnected)
     case FeedKind::connectionLost:
         failureTold_ = true;
         view_.message(QString("lost %1: %2").arg(controller_, entry.text));
+        break;
+    case FeedKind::elementSetAside:
+        view_.message(QString("%1: %2").arg(entry.variable, entry.text));
+        break;
+    case FeedKind::elementBack:
+        view_.message(entry.variable + ": answers again");
         break;
     default:
         break;

@@ -5,6 +5,7 @@
 
 #include "feed/feed.h"
 #include "feed/line_figures.h"
+#include "feed/refused_variables.h"
 #include "run_view.h"
 
 namespace tavmir::host
@@ -31,6 +32,7 @@ public:
     const LineFigures& figures() const { return figures_; }
     // There was a connection once at least.
     bool wasConnected() const { return values_.line().wasConnected(); }
+    const RefusedVariables& refused() const { return refused_; }
 
 private:
     void take(const FeedEntry& entry);
@@ -47,6 +49,7 @@ private:
     ValueFold values_;
     LineFigures figures_;
     std::vector<Quality> told_; // of each variable, with everyChange_
+    RefusedVariables refused_;
     bool failureTold_ = false;
     bool silenceTold_ = false;
 };

@@ -30,6 +30,7 @@ struct Connection {
     bool ownStations = false; // "stationMode": "own": a polled variable keeps its own station
     int connectTimeoutMs = 1000;
     int replyTimeoutMs = 500;
+    int passMs = 100;               // from the beginning of one pass to the next; 0: at once
     int reconnectMinMs = 100;       // first pause after a lost connection
     int reconnectMaxMs = 5000;      // pauses grow up to this
     int retryLimit = 2;             // failures tolerated before a request is given up

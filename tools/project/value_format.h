@@ -14,6 +14,8 @@ namespace tavmir::project
 // The format of a name as the project file and the command line spell it ("signed"), or none.
 std::optional<Format> formatFromName(const QString& name);
 QString formatName(Format format);
+// All of them: "bit, signed, …, float or text".
+QString formatNames();
 
 // True when values of the element can be shown and written so; `automatic` always fits.
 bool formatFits(const Element& element, Format format);
