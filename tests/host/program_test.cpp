@@ -166,12 +166,12 @@ TEST(HostProgram, ValuesWrittenAreReadBack)
     const Controller controller;
     const auto written =
         run(hostArguments("write", controller.place(),
-                          {"Main.Setpoint=-7", "Main.Recipe[3]=0xDEADBEEF", "Main.Axis[2].Vel=-2.5",
+                          {"Main.Setpoint=7", "Main.Recipe[3]=0xDEADBEEF", "Main.Axis[2].Vel=-2.5",
                            "Main.Operator=Eve", "Main.Alarms[8]=1", "Main.Mode.b[2]=1",
                            "Main.Mode.b[3]=1", "Main.Setpoint=8"}));
     EXPECT_EQ(0, written.exitStatus) << written.errors.toStdString();
     EXPECT_EQ(
-        "Main.Setpoint = -7: written\nMain.Recipe[3] = 0xDEADBEEF: written\nMain.Axis[2].Vel = "
+        "Main.Setpoint = 7: written\nMain.Recipe[3] = 0xDEADBEEF: written\nMain.Axis[2].Vel = "
         "-2.5: written\n"
         "Main.Operator = Eve: written\nMain.Alarms[8] = 1: written\nMain.Mode.b[2] = 1: written\n"
         "Main.Mode.b[3] = 1: written\nMain.Setpoint = 8: written\n",
@@ -272,7 +272,7 @@ TEST(HostProgram, LinesThatAreNoCommandAreRefusedAndTheRunGoesOn)
     host.type("Main.Title");
     EXPECT_TRUE(host.showsError("Main.Title = Filling line 1: read"));
     EXPECT_TRUE(host.errors().contains("address \"Main.Nope\": label Main has no variable Nope"));
-    EXPECT_TRUE(host.errors().contains("value of Main.Setpoint: \"x\" is no whole number"));
+    EXPECT_TRUE(host.errors().contains("\"x\" is not a value of Main.Setpoint: unsigned, 0 to "));
     EXPECT_TRUE(host.errors().contains("address \"Main.Other\": label Main has no variable Other"));
     host.signal(SIGINT);
     EXPECT_EQ(1, host.waitForEnd()) << "two of them were writes";
@@ -363,13 +363,13 @@ TEST(HostProgram, BadInputIsOneLineAndNothingIsSent)
         {hostArguments("read", port.place(), {"Main.Run", "--as", "text"}),
          "address \"Main.Run\": not shown as text"},
         {hostArguments("write", port.place(), {"Main.Setpoint=1", "Main.Setpoint=65536"}),
-         "value of Main.Setpoint: 65536 is outside -32768..65535"},
+         "\"65536\" is not a value of Main.Setpoint: unsigned, 0 to 65535\n"},
         {hostArguments("write", port.place(), {"Main.Setpoint"}),
          "Main.Setpoint: a write is ADDRESS=VALUE"},
         {hostArguments("write", port.place(), {"Main.Axis[7].Pos=1"}),
          "index 7 of Main.Axis is outside 0..3"},
         {hostArguments("write", port.place(), {"Main.Temp=warm"}),
-         "value of Main.Temp: \"warm\" is no number"},
+         "\"warm\" is not a value of Main.Temp: float, "},
         {hostArguments("run", port.place(), {"--driver", "/nonexistent.so"}),
          "cannot load the driver: "},
     };
@@ -401,19 +401,21 @@ TEST(HostProgram, ExplainSaysWhatAddressesMean)
     const auto result = run(
         {"explain", TAVMIR_EXAMPLE_PROJECT, "Main.Axis[1].Pos", "Main.Mode.b[5]", "Main.Axis[2]"});
     EXPECT_EQ(0, result.exitStatus) << result.errors.toStdString();
-    EXPECT_TRUE(
-        result.output.startsWith("Main.Axis[1].Pos\n  driver's result 0: resolved\n"
-                                 "  Main.Axis[1].Pos: dword (type 6) at bit address 1112\n"))
+    EXPECT_TRUE(result.output.startsWith(
+        "Main.Axis[1].Pos\n  driver's result 0: resolved\n"
+        "  Main.Axis[1].Pos: dword (type 6) at bit address 1112, shown as signed\n"))
         << result.output.toStdString();
     EXPECT_TRUE(
-        result.output.contains("Main.Mode.b[5]: word (type 4) at bit address 3000, bit 5 of it\n"));
+        result.output.contains("Main.Mode.b[5]: word (type 4) at bit address 3000, bit 5 of it, "
+                               "shown as bit\n"));
     EXPECT_TRUE(result.output.contains("  stands for 5 elements\n"));
     EXPECT_FALSE(result.output.contains("BUT"));
 
     const auto refused = run({"explain", TAVMIR_EXAMPLE_PROJECT, "Other.X", "Main.Run"});
     EXPECT_EQ(2, refused.exitStatus);
     EXPECT_TRUE(refused.output.contains("driver's result 2: no such label\n"));
-    EXPECT_TRUE(refused.output.contains("Main.Run: bit (type 1) at bit address 100\n"));
+    EXPECT_TRUE(
+        refused.output.contains("Main.Run: bit (type 1) at bit address 100, shown as bit\n"));
     EXPECT_EQ("tavmir-host: does not resolve: \"Other.X\"\n", refused.errors.toStdString());
 }
 
@@ -441,6 +443,8 @@ TEST(HostProgram, ExplainWithoutAddressesIsThePlanOfRequests)
     EXPECT_EQ("request 3: function 'f', 5 words of station 1, 29 bytes out, 39 back",
               lines[7].toStdString());
     EXPECT_EQ("  variables: L.w[38], L.w[39], title (3 of 3 words)", lines[8].toStdString());
+    EXPECT_EQ("  ends because the polled list is through", lines[9].toStdString());
+    EXPECT_EQ("text title: polled as 3 words, L.t~words", lines[10].toStdString());
 }
 
 TEST(HostProgram, LogGoesIntoTheDriversFile)

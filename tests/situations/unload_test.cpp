@@ -3,6 +3,7 @@
 #include "driver/driver_loader.h"
 #include "scripted_controller.h"
 #include "session/cycle_thread.h"
+#include "session/searched_list.h"
 #include "support/wait_until.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +45,8 @@ TEST(Unload, WhileARequestIsInFlight)
 
         host::SessionState state(driver->api(), 0);
         state.passes.restart(1, host::Clock::now());
-        host::CycleThread cycle(state, options);
+        host::SearchedList list(state, false);
+        host::CycleThread cycle(state, list, options);
         cycle.start();
         ASSERT_TRUE(test::waitUntil([&] { return requests >= loading; }));
         cycle.stop();

@@ -16,8 +16,8 @@ struct Assignment {
     QString problem; // not empty: refused
 };
 
-// `text` is split at its first "=". Values are taken in `format`; when that is automatic,
-// a number with a fraction is taken where the element is polled as one.
+// `text` is split at its first "=". The value is taken in `format`; when that is automatic, in the
+// one in which the element is shown (PolledIndex).
 Assignment parseAssignment(const project::Project& project, const PolledIndex& polled,
                            const QString& text, project::Format format);
 

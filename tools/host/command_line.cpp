@@ -155,7 +155,9 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
     parser.addPositionalArgument("PROJECT", "The project file.",
                                  QString("%1 PROJECT").arg(command.name));
     if (command.maxArguments > 0) {
-        parser.addPositionalArgument(command.arguments, "Address texts of the project.");
+        parser.addPositionalArgument(
+            command.arguments,
+            "Addresses of the project, or @bit:, @word: or @dword: and a bit address.");
     }
     if (!parser.parse(arguments)) {
         parsed.problem = parser.unknownOptionNames().contains("pause")

@@ -1,7 +1,7 @@
 // Asking ahead of the answers.
 #include "reading.h"
 
-#include "project/address_expansion.h"
+#include "project/raw_address.h"
 #include "project/value_format.h"
 
 #include <deque>
@@ -24,7 +24,7 @@ ReadRequest parseRead(const project::Project& project, const PolledIndex& polled
                       const QString& address, Format format)
 {
     ReadRequest request;
-    const project::Expansion expansion = project::expandAddress(project, address);
+    const project::Expansion expansion = project::expandNamed(project, address);
     if (!expansion.ok) {
         request.problem = QString("address \"%1\": %2").arg(printable(address), expansion.problem);
         return request;
@@ -37,9 +37,9 @@ ReadRequest parseRead(const project::Project& project, const PolledIndex& polled
         }
         PolledElement entry;
         entry.element = element;
-        entry.name = element.addressText;
-        entry.format = format == Format::automatic ? polled.formatOf(element)
-                                                   : project::effectiveFormat(element, format);
+        entry.name = project::shownAddress(element);
+        const bool isAsked = format != Format::automatic && project::formatFits(element, format);
+        entry.format = isAsked ? format : polled.formatOf(element);
         request.elements.push_back(entry);
     }
     return request;

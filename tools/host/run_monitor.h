@@ -30,9 +30,9 @@ public:
     void show();
 
     const LineFigures& figures() const { return figures_; }
+    const RefusedVariables& refused() const { return refused_; }
     // There was a connection once at least.
     bool wasConnected() const { return values_.line().wasConnected(); }
-    const RefusedVariables& refused() const { return refused_; }
 
 private:
     void take(const FeedEntry& entry);
@@ -48,8 +48,8 @@ private:
     bool everyChange_;
     ValueFold values_;
     LineFigures figures_;
-    std::vector<Quality> told_; // of each variable, with everyChange_
     RefusedVariables refused_;
+    std::vector<Quality> told_; // of each variable, with everyChange_
     bool failureTold_ = false;
     bool silenceTold_ = false;
 };

@@ -1,6 +1,7 @@
 // Values as text.
 #include "value_row.h"
 
+#include "project/raw_address.h"
 #include "project/value_format.h"
 
 #include <QtCore/QDateTime>
@@ -14,7 +15,7 @@ ValueRow rowOf(const PolledElement& variable, const QByteArray& bytes, qint64 ag
 {
     ValueRow row;
     row.name = variable.name;
-    row.address = variable.element.addressText;
+    row.address = project::shownAddress(variable.element);
     row.format = variable.format;
     row.value = project::decodeValue(variable.element, variable.format, bytes);
     row.ageMs = ageMs;
@@ -26,7 +27,7 @@ ValueRow rowWithout(const PolledElement& variable, const ValueQuality& quality)
 {
     ValueRow row;
     row.name = variable.name;
-    row.address = variable.element.addressText;
+    row.address = project::shownAddress(variable.element);
     row.format = variable.format;
     row.quality = quality.quality;
     row.reason = quality.reason;

@@ -1,70 +1,87 @@
-// Ranges of bits, in order.
+// A sweep over the memory.
 #include "overlaps.h"
 
 #include <algorithm>
-#include <tuple>
+#include <iterator>
 
 namespace tavmir::host
 {
 
+using project::Element;
+
 namespace
 {
 
-struct Range {
-    ElementClass elements = ElementClass::bits;
-    int station = 0;
-    qint64 begin = 0; // in bits
-    qint64 end = 0;
-    size_t variable = 0;
-
-    bool operator<(const Range& other) const
-    {
-        return std::tie(elements, station, begin, end, variable) <
-               std::tie(other.elements, other.station, other.begin, other.end, other.variable);
-    }
-    bool reachesInto(const Range& next) const
-    {
-        return elements == next.elements && station == next.station && end > next.begin;
-    }
-};
-
-Range rangeOf(const PolledElement& polled, size_t variable)
+// One of a word's bits lies with its word: which of the word's bits it is, the controller says.
+quint64 endOf(const Element& element)
 {
-    const project::Element& element = polled.element;
-    Range range;
-    range.elements = elementClassOf(element);
-    range.station = polled.station;
-    range.begin = static_cast<qint64>(element.address) + element.bitNumber.value_or(0);
-    range.end = range.begin +
-                (element.bitNumber ? 1
-                                   : static_cast<qint64>(project::wireElementBits(element)) *
-                                         project::wireElementCount(element));
-    range.variable = variable;
-    return range;
+    const int bits = project::wireElementBits(element) * project::wireElementCount(element);
+    return quint64{element.address} + static_cast<quint64>(bits);
+}
+
+// The text with its indices as the project's lists write them: "g[0A,-01]" as "g[a,-1]".
+QString canonical(const QString& text)
+{
+    QString plain;
+    bool inIndex = false;
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar character = text.at(i);
+        inIndex = character == '[' || (inIndex && character != ']');
+        const bool isLeading = character == '0' && QString("[,-").contains(plain.right(1)) &&
+                               i + 1 < text.size() && text.at(i + 1).isLetterOrNumber();
+        if (!inIndex || !isLeading) {
+            plain += inIndex ? character.toLower() : character;
+        }
+    }
+    return plain;
 }
 
 } // namespace
 
-std::vector<Overlap> overlapsOf(const std::vector<PolledElement>& polled)
+std::vector<Overlap> findOverlaps(const std::vector<Element>& elements)
 {
-    std::vector<Range> ranges;
-    for (size_t i = 0; i < polled.size(); ++i) {
-        ranges.push_back(rangeOf(polled[i], i));
+    std::vector<const Element*> order;
+    order.reserve(elements.size());
+    for (const Element& element : elements) {
+        order.push_back(&element);
     }
-    std::sort(ranges.begin(), ranges.end());
+    std::stable_sort(order.begin(), order.end(), [](const Element* left, const Element* right) {
+        return left->address < right->address;
+    });
     std::vector<Overlap> overlaps;
-    size_t furthest = 0; // the one before that reaches furthest
-    for (size_t i = 1; i < ranges.size(); ++i) {
-        if (ranges[furthest].reachesInto(ranges[i])) {
-            overlaps.push_back({ranges[furthest].variable, ranges[i].variable});
+    const Element* furthest = nullptr;
+    for (const Element* element : order) {
+        if (furthest != nullptr && element->address < endOf(*furthest)) {
+            const quint64 end = std::min(endOf(*furthest), endOf(*element));
+            overlaps.push_back(
+                {*furthest, *element, element->address, static_cast<quint32>(end - 1)});
         }
-        const bool isOther = ranges[furthest].elements != ranges[i].elements ||
-                             ranges[furthest].station != ranges[i].station;
-        if (isOther || ranges[i].end > ranges[furthest].end) {
-            furthest = i;
+        if (furthest == nullptr || endOf(*element) > endOf(*furthest)) {
+            furthest = element;
         }
     }
     return overlaps;
+}
+
+std::vector<Element> sharingBits(const Element& element, const std::vector<Element>& elements)
+{
+    std::vector<Element> sharing;
+    std::vector<Element> same;
+    for (const Element& other : elements) {
+        if (other.address >= endOf(element) || element.address >= endOf(other)) {
+            continue;
+        }
+        const bool isSame = !element.isRaw && other.type == element.type &&
+                            other.address == element.address && other.words == element.words;
+        (isSame ? same : sharing).push_back(other);
+    }
+    // A single one is the element itself, however it is spelt.
+    if (same.size() > 1) {
+        const QString itself = canonical(element.addressText);
+        std::copy_if(same.begin(), same.end(), std::back_inserter(sharing),
+                     [&](const Element& other) { return other.addressText != itself; });
+    }
+    return sharing;
 }
 
 } // namespace tavmir::host

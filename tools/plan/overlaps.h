@@ -1,21 +1,26 @@
-// Polled variables that lie on each other: writing one changes another.
+// Values that share bits of the controller's memory: writing one changes the other.
 #ifndef TAVMIR_PLAN_OVERLAPS_H
 #define TAVMIR_PLAN_OVERLAPS_H
 
-#include "polled_plan.h"
+#include "project/address_resolver.h"
 
 namespace tavmir::host
 {
 
-// Places in the list, the one with the lower address first.
 struct Overlap {
-    size_t first = 0;
-    size_t second = 0;
+    project::Element first; // begins no later than the second
+    project::Element second;
+    quint32 from = 0; // bits that both hold
+    quint32 to = 0;
 };
 
-// Each variable and the one before it in its station and class that reaches into it. Different bits
-// of one word do not overlap, nor do elements of different classes.
-std::vector<Overlap> overlapsOf(const std::vector<PolledElement>& polled);
+// Ascending by address. Each element that shares bits with one before it is named once, with the
+// one that reaches furthest.
+std::vector<Overlap> findOverlaps(const std::vector<project::Element>& elements);
+
+// Those of `elements`, which are a project's, that share bits with `element`, other than itself.
+std::vector<project::Element> sharingBits(const project::Element& element,
+                                          const std::vector<project::Element>& elements);
 
 } // namespace tavmir::host
 

@@ -54,7 +54,8 @@ struct Variable {
     int structure = -1; // DataType::structure: index into Project::types
     quint32 offset = 0; // bits: a variable's address, or a member's distance from the start
     bool bitsAllowed = false;
-    int words = 0; // DataType::text: 16-bit words
+    int words = 0;                     // DataType::text: 16-bit words
+    Format format = Format::automatic; // how its values are meant; automatic: by the type
     std::optional<ArrayShape> array;
     QString path;
 };
