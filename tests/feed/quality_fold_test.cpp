@@ -390,6 +390,33 @@ TEST_F(Qualities, BitsOfAWordShareItsQuality)
     EXPECT_EQ("unconfirmed", quality(1, 200).substr(0, 11));
 }
 
+TEST_F(Qualities, WhatTheControllerRefusesIsBadAndOfNoPass)
+{
+    FeedEntry entry =
+        madePlan(1, {madeVariable(DataType::word, 160), madeVariable(DataType::word, 176),
+                     madeVariable(DataType::word, 192)});
+    auto plan = std::make_shared<PolledGeneration>(*entry.plan);
+    plan->setAside.push_back({3, "another"});
+    plan->setAside.push_back({1, "refused, code 2 (illegal data address)"});
+    entry.plan = plan;
+    entry.at = momentAt(0);
+    fold_.take(entry);
+    EXPECT_EQ("never: no reply has brought it yet", quality(0, 1));
+    EXPECT_EQ("bad: refused, code 2 (illegal data address)", quality(1, 1));
+    EXPECT_EQ("bad: another", quality(3, 1));
+    answered({160, 192}, 1000);
+    EXPECT_EQ("good", quality(0, 4000)) << "a pass over two took 1 s";
+    EXPECT_EQ("stale: not read for 3.0 s", quality(0, 4001));
+    EXPECT_EQ("good", quality(2, 4000));
+    answered({176}, 4000);
+    EXPECT_EQ("good", quality(1, 4000)) << "somebody asked for it, and it was answered";
+    link(FeedKind::connectionLost, 4100, "cut");
+    EXPECT_EQ("stale: not connected to plant:5020: cut", quality(1, 4200));
+    poll(3);
+    link(FeedKind::connected, 4300);
+    EXPECT_EQ("good", quality(1, 4400)) << "it is polled again";
+}
+
 TEST_F(Qualities, AfterAGapAGiveUpAccusesNobody)
 {
     poll(1);

@@ -112,8 +112,8 @@ TEST(CommandLines, LimitsThemselvesAreAccepted)
     EXPECT_EQ(2000000000, line({"--duration", "2000000"}).durationMs);
     for (const QStringList& one : {QStringList{"--station", "-1"},
                                    {"--interval", "86400001"},
-                                   {"--pause", "-1"},
-                                   {"--pause", "86400001"},
+                                   {"--pass", "-1"},
+                                   {"--pass", "86400001"},
                                    {"--timeout", "0"},
                                    {"--stale-after", "0"},
                                    {"--duration", "2000001"}}) {

@@ -3,6 +3,7 @@
 #include "driver/driver_loader.h"
 #include "scripted_controller.h"
 #include "session/cycle_thread.h"
+#include "session/searched_list.h"
 #include "support/wait_until.h"
 
 #include <gtest/gtest.h>

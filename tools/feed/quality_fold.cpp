@@ -50,7 +50,7 @@ void QualityFold::take(const FeedEntry& entry)
         pass_.resume(entry.at);
         break;
     case FeedKind::planChanged:
-        pass_.restart(wireOrder(entry.plan->polled).size(), entry.at);
+        takePlan(*entry.plan, entry.at);
         break;
     case FeedKind::operationEnded:
         if (entry.operation.kind == OperationKind::write &&
@@ -61,6 +61,21 @@ void QualityFold::take(const FeedEntry& entry)
     default:
         break;
     }
+}
+
+void QualityFold::takePlan(const PolledGeneration& plan, Clock::time_point at)
+{
+    setAside_.clear();
+    for (const SetAside& one : plan.setAside) {
+        setAside_[one.place] = one.why;
+    }
+    std::vector<PolledElement> polled;
+    for (size_t i = 0; i < plan.polled.size(); ++i) {
+        if (setAside_.count(i) == 0) {
+            polled.push_back(plan.polled[i]);
+        }
+    }
+    pass_.restart(wireOrder(polled).size(), at);
 }
 
 void QualityFold::takeExchange(const Exchange& exchange)
@@ -129,13 +144,24 @@ ValueQuality QualityFold::byAge(Clock::duration age, Clock::time_point now) cons
     return {Quality::good, QString()};
 }
 
-ValueQuality QualityFold::of(const std::vector<ReadPlace>& places,
+ValueQuality QualityFold::of(size_t variable, const std::vector<ReadPlace>& places,
                              const std::optional<Clock::time_point>& readAt,
                              Clock::time_point now) const
 {
     if (const std::optional<ValueQuality> troubled = trouble(places)) {
         return *troubled;
     }
+    const ValueQuality quality = byLineAndAge(readAt, now);
+    const auto aside = setAside_.find(variable);
+    // Who came late has not seen it refused.
+    return aside != setAside_.end() && line_.isConnected() && quality.quality != Quality::good
+               ? ValueQuality{Quality::bad, aside->second}
+               : quality;
+}
+
+ValueQuality QualityFold::byLineAndAge(const std::optional<Clock::time_point>& readAt,
+                                       Clock::time_point now) const
+{
     if (readAt) {
         return byAge(now - *readAt, now);
     }

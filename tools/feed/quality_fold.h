@@ -9,6 +9,7 @@
 #include "pass_time.h"
 #include "quality.h"
 
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -33,9 +34,10 @@ public:
 
     // The newest trouble of a refused, given up or unacknowledged request counts; without any, the
     // line and the age decide.
-    //   places  of the variable
-    //   readAt  when the oldest part of the shown value was read; none: nothing is shown
-    ValueQuality of(const std::vector<ReadPlace>& places,
+    //   variable  its place in the plan, which says what the controller refuses
+    //   places    of the variable
+    //   readAt    when the oldest part of the shown value was read; none: nothing is shown
+    ValueQuality of(size_t variable, const std::vector<ReadPlace>& places,
                     const std::optional<Clock::time_point>& readAt, Clock::time_point now) const;
 
     // True when no place has ever had trouble: of() needs no places then.
@@ -44,17 +46,21 @@ public:
     const LineHealth& line() const { return line_; }
 
 private:
+    void takePlan(const PolledGeneration& plan, Clock::time_point at);
     void takeExchange(const Exchange& exchange);
     void takeGiveUp();
     std::optional<ValueQuality> trouble(const std::vector<ReadPlace>& places) const;
+    ValueQuality byLineAndAge(const std::optional<Clock::time_point>& readAt,
+                              Clock::time_point now) const;
     ValueQuality byAge(Clock::duration age, Clock::time_point now) const;
 
     Clock::duration staleAfter_;
     LineHealth line_;
     PassTime pass_;
     ElementTroubles troubles_;
-    Exchange failed_;         // the last attempt, when it was a bad one to read
-    bool lastFailed_ = false; // failed_ is the last exchange
+    std::map<size_t, QString> setAside_; // by place in the plan
+    Exchange failed_;                    // the last attempt, when it was a bad one to read
+    bool lastFailed_ = false;            // failed_ is the last exchange
 };
 
 } // namespace tavmir::host

@@ -320,7 +320,7 @@ ValueQuality ValueFold::quality(size_t variable, Clock::time_point now) const
 {
     const Variable& fold = folds_[variable];
     const auto places = qualities_.isUntroubled() ? std::vector<ReadPlace>() : placesOf(fold);
-    return qualities_.of(places, readAt(fold), now);
+    return qualities_.of(variable, places, readAt(fold), now);
 }
 
 } // namespace tavmir::host
