@@ -1,6 +1,7 @@
 // Which view shows what.
 #include "run_view.h"
 
+#include "colours.h"
 #include "csv_view.h"
 #include "json_view.h"
 #include "plain_view.h"
@@ -24,7 +25,7 @@ std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, Cons
     if (!everyChange && ::isatty(STDOUT_FILENO) == 1) {
         return std::make_unique<ScreenView>(console);
     }
-    return std::make_unique<PlainView>(console);
+    return std::make_unique<PlainView>(console, coloursWanted());
 }
 
 } // namespace tavmir::host

@@ -10,9 +10,9 @@
 namespace tavmir::host
 {
 
-// How the connection is, in words and as a flag.
+// How the line is, in words and as a flag.
 struct LineState {
-    bool connected = false;
+    bool connected = false; // and the last request was answered
     QString words;
 };
 
@@ -24,7 +24,7 @@ public:
     // All values as they are now.
     virtual void show(const std::vector<ValueRow>& rows, const LineState& state) = 0;
 
-    // One value that has changed, at the time of the reply that brought it.
+    // One value that has changed, at the time of the reply that brought it, or whose quality has.
     virtual void change(const ValueRow& row, WallClock::time_point time) = 0;
 
     // One line beside the values.

@@ -57,7 +57,7 @@ void ScreenView::show(const std::vector<ValueRow>& rows, const LineState& state)
 
 void ScreenView::change(const ValueRow& row, WallClock::time_point time)
 {
-    console_.print(QString("%1  %2 = %3").arg(utcText(time), row.address, printable(row.value)));
+    console_.print(QString("%1  %2").arg(utcText(time), assignmentLine(row)));
 }
 
 void ScreenView::message(const QString& text)

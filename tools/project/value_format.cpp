@@ -45,6 +45,9 @@ Format effectiveFormat(const Element& element, Format wanted)
     if (wanted != Format::automatic && formatFits(element, wanted)) {
         return wanted;
     }
+    if (element.format != Format::automatic && formatFits(element, element.format)) {
+        return element.format;
+    }
     if (element.isBit()) {
         return Format::bit;
     }
@@ -52,6 +55,18 @@ Format effectiveFormat(const Element& element, Format wanted)
         return Format::text;
     }
     return element.type == DataType::real ? Format::floating : Format::unsignedNumber;
+}
+
+QString fittingFormats(const Element& element)
+{
+    QStringList names;
+    for (const FormatRow& row : formatTable()) {
+        if (row.fits(element)) {
+            names << row.name;
+        }
+    }
+    const QString last = names.takeLast();
+    return names.isEmpty() ? last : names.join(", ") + " or " + last;
 }
 
 } // namespace tavmir::project
