@@ -32,14 +32,14 @@ constexpr int kDurationSeconds = 4; // late replies come within it
 
 struct Commands {
     const char* name;
-    QStringList formats; // "" when it takes no --format
+    QStringList formats;
 };
 
 const std::vector<Commands>& commands()
 {
     static const std::vector<Commands> all = {
         {"read", {"table", "json", "csv"}},
-        {"write", {""}},
+        {"write", {"table", "json", "csv"}},
         {"run", {"table", "json", "csv"}},
     };
     return all;
@@ -86,10 +86,8 @@ Said endOf(Program& program)
 QStringList argumentsOf(const QString& command, const FaultyLine& line, const LineFault& fault,
                         const QString& format)
 {
-    QStringList arguments = {command, line.project(), "--connect", line.place()};
-    if (!format.isEmpty()) {
-        arguments << "--format" << format;
-    }
+    QStringList arguments = {command,      line.project(), "--connect",
+                             line.place(), "--format",     format};
     if (command == "run") {
         return arguments << "--interval"
                          << "100";

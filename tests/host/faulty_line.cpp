@@ -17,10 +17,12 @@ using Made = LineFault::Made;
 
 constexpr int kPatientMs = 20000;
 constexpr int kShortMs = 200;
+constexpr int kShortPauseMs = 50;
+constexpr int kLongPauseMs = 1000;
 
 const char kProject[] = R"({
   "connection": { "host": "127.0.0.1", "port": 5020, "connectTimeoutMs": %1,
-                  "replyTimeoutMs": %2, "reconnectMinMs": 50, "reconnectMaxMs": 200,
+                  "replyTimeoutMs": %2, "reconnectMinMs": %3, "reconnectMaxMs": 5000,
                   "retryLimit": 1 },
   "labels": [ { "name": "Main", "variables": [
     { "name": "Beside", "type": "bit", "address": 100 },
@@ -28,16 +30,6 @@ const char kProject[] = R"({
   "polled": [ { "address": "Main.Level" } ],
   "initial": [ { "address": "Main.Level", "value": 1500 } ]
 })";
-
-QString projectFile(const LineFault& fault)
-{
-    static const test::TemporaryFolder folder;
-    static std::atomic<int> files{0}; // each line reads its own while others are written
-    const int connectMs = fault.made == Made::BySilence ? kShortMs : kPatientMs;
-    const QString text = QString(kProject).arg(connectMs).arg(fault.replyTimeoutMs);
-    const QString name = QString("%1.json").arg(++files);
-    return QString::fromStdString(folder.writeFile(name.toStdString(), text.toStdString()));
-}
 
 void answerForeign(TestServer::Client& client, const QByteArray& request)
 {
@@ -58,6 +50,18 @@ void answerCut(TestServer::Client& client, const QByteArray& request)
 {
     client.send(goodReply(request, kLevelIs).left(8));
     client.close();
+}
+
+QString projectFile(const LineFault& fault)
+{
+    static const test::TemporaryFolder folder;
+    static std::atomic<int> files{0}; // each line reads its own while others are written
+    const int connectMs = fault.made == Made::BySilence ? kShortMs : kPatientMs;
+    // Each new connection is cut at once: long pauses, so that a run ends in one of them.
+    const int pauseMs = fault.answer == answerCut ? kLongPauseMs : kShortPauseMs;
+    const QString text = QString(kProject).arg(connectMs).arg(fault.replyTimeoutMs).arg(pauseMs);
+    const QString name = QString("%1.json").arg(++files);
+    return QString::fromStdString(folder.writeFile(name.toStdString(), text.toStdString()));
 }
 
 LineFault made(const char* name, Made by, const QStringList& chancy = {})
@@ -86,13 +90,14 @@ LineFault spoilt(const char* name, void (*answer)(TestServer::Client&, const QBy
 
 const std::vector<LineFault>& lineFaults()
 {
+    // A request may be under way when the controller goes, or not. As counted, and as JSON keys.
     const QStringList inFlight = {"requests lost with a connection",
-                                  "lost",
+                                  "requestsLostWithAConnection",
                                   "requests without a connection",
-                                  "notConnected",
+                                  "requestsWithoutAConnection",
                                   "retries",
-                                  "giveUps",
-                                  "give-ups"};
+                                  "give-ups",
+                                  "giveUps"};
     static const std::vector<LineFault> faults = {
         made("connection refused", Made::ByNobody),
         made("unplugged", Made::BySilence),
