@@ -93,8 +93,8 @@ const std::vector<LineFault>& lineFaults()
     // A request may be under way when the controller goes, or not. As counted, and as JSON keys.
     const QStringList inFlight = {"requests lost with a connection",
                                   "requestsLostWithAConnection",
-                                  "requests without a connection",
-                                  "requestsWithoutAConnection",
+                                  "requests that never left",
+                                  "requestsThatNeverLeft",
                                   "retries",
                                   "give-ups",
                                   "giveUps"};
