@@ -68,6 +68,12 @@ bool Program::showsError(const QString& text)
     return readUntil([&] { return errors_.contains(text); });
 }
 
+bool Program::showsNewError(const QString& text)
+{
+    const int known = errors_.size();
+    return readUntil([&] { return errors_.indexOf(text, known) >= 0; });
+}
+
 void Program::signal(int number)
 {
     // One that has ended has the number 0, which stands for the test and all around it.
@@ -86,9 +92,10 @@ int Program::waitForEnd()
     return ended ? process_.exitCode() : -1;
 }
 
-Controller::Controller(int port, const QString& project)
+Controller::Controller(int port, const QString& project, const QStringList& options)
     : Program(TAVMIR_CONTROLLER_PROGRAM,
-              {"--listen", QString("127.0.0.1:%1").arg(port), "--project", project})
+              QStringList{"--listen", QString("127.0.0.1:%1").arg(port), "--project", project} +
+                  options)
 {
     const QString start = "listening on 127.0.0.1:";
     if (showsOutput(

@@ -22,6 +22,8 @@ public:
     // Reads until the text so far holds what is wanted, or the program ends; false: it never did.
     bool showsOutput(const std::function<bool(const QString&)>& wanted);
     bool showsError(const QString& text);
+    // The same of what it says from now on.
+    bool showsNewError(const QString& text);
 
     void type(const QByteArray& line)
     {
@@ -51,7 +53,8 @@ private:
 class Controller : public Program
 {
 public:
-    explicit Controller(int port = 0, const QString& project = TAVMIR_EXAMPLE_PROJECT);
+    explicit Controller(int port = 0, const QString& project = TAVMIR_EXAMPLE_PROJECT,
+                        const QStringList& options = {});
     int port() const { return port_; }
     QString place() const { return QString("127.0.0.1:%1").arg(port_); }
 
