@@ -234,7 +234,7 @@ TEST(ChangeLines, InEachFormatAtTheTimeOfTheReply)
         CapturedConsole captured;
         {
             Feed feed;
-            const std::unique_ptr<RunView> view = makeRunView(format, false, captured.console());
+            const std::unique_ptr<RunView> view = makeRunView(format, false, false, captured.console());
             RunMonitor monitor(feed, kController, *view, true);
             PolledElement level = madeVariable(DataType::word, 160);
             level.name = "level";

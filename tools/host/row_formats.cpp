@@ -15,20 +15,6 @@ namespace
 constexpr int kColumnGap = 2;
 constexpr char kNeverRead[] = "–";
 
-QString ageText(const std::optional<qint64>& ageMs)
-{
-    if (!ageMs) {
-        return "never";
-    }
-    if (*ageMs < 1000) {
-        return QString("%1 ms").arg(*ageMs);
-    }
-    if (*ageMs < 60000) {
-        return QString("%1 s").arg(static_cast<double>(*ageMs) / 1000, 0, 'f', 1);
-    }
-    return QString("%1 min").arg(*ageMs / 60000);
-}
-
 QString quotedForCsv(const QString& text)
 {
     if (!text.contains(',') && !text.contains('"') && !text.contains('\n') &&
@@ -52,6 +38,20 @@ QJsonValue jsonValue(const ValueRow& row)
 }
 
 } // namespace
+
+QString ageText(const std::optional<qint64>& ageMs)
+{
+    if (!ageMs) {
+        return "never";
+    }
+    if (*ageMs < 1000) {
+        return QString("%1 ms").arg(*ageMs);
+    }
+    if (*ageMs < 60000) {
+        return QString("%1 s").arg(static_cast<double>(*ageMs) / 1000, 0, 'f', 1);
+    }
+    return QString("%1 min").arg(*ageMs / 60000);
+}
 
 std::optional<OutputFormat> outputFormatFromName(const QString& name)
 {

@@ -26,6 +26,7 @@ void RunMonitor::look()
 void RunMonitor::take(const FeedEntry& entry)
 {
     figures_.take(entry);
+    recent_.take(entry);
     tellLine(entry);
     if (!everyChange_) {
         values_.take(entry);
@@ -74,7 +75,9 @@ void RunMonitor::tellLine(const FeedEntry& entry)
 
 void RunMonitor::show()
 {
-    view_.show(rowsOf(values_, Clock::now()), state_);
+    const Clock::time_point now = Clock::now();
+    state_.recent = recent_.at(now);
+    view_.show(rowsOf(values_, now), state_);
 }
 
 } // namespace tavmir::host

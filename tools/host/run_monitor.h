@@ -37,6 +37,7 @@ private:
     bool everyChange_;
     ValueFold values_;
     LineFigures figures_;
+    RecentFigures recent_;
     LineState state_;
     bool failureTold_ = false;
 };
