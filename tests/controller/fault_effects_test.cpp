@@ -106,3 +106,61 @@ TEST(FaultEffects, TheSameSeedGivesTheSameBytes)
         ASSERT_EQ(corrupted(kReply, one), corrupted(kReply, two));
     }
 }
+
+TEST(FaultEffects, GarbledReadsBringOneOtherValueInARightFrame)
+{
+    SeededRandom random(5);
+    std::set<int> places;
+    for (int i = 0; i < kRounds; ++i) {
+        const QByteArray changed = garbled(kReply, random);
+        ASSERT_EQ(changed.size(), kReply.size());
+        const bool first = changed.mid(13, 2) != kReply.mid(13, 2);
+        const bool second = changed.mid(19, 2) != kReply.mid(19, 2);
+        ASSERT_NE(first, second) << "exactly one";
+        places.insert(first ? 0 : 1);
+        QByteArray restored = changed;
+        restored.replace(first ? 13 : 19, 2, kReply.mid(first ? 13 : 19, 2));
+        ASSERT_EQ(restored, kReply) << "header and addresses stay";
+    }
+    EXPECT_EQ(places, (std::set<int>{0, 1}));
+}
+
+TEST(FaultEffects, GarbledBitsAreStillBits)
+{
+    SeededRandom random(5);
+    const QByteArray reply = frame(1, 1, 100, 1, hex("00000064 01"));
+    EXPECT_EQ(garbled(reply, random), frame(1, 1, 100, 1, hex("00000064 00")));
+    Request request = parseRequest(writeFrame(1, 1, 101, {{100, hex("00")}}));
+    garble(request, random);
+    EXPECT_EQ(request.elements.at(0).value, 1u);
+}
+
+TEST(FaultEffects, WhatCarriesNoValueIsNotGarbled)
+{
+    SeededRandom random(5);
+    const QByteArray exception = frame(1, 1, 102 | 0x80, 2);
+    EXPECT_EQ(garbled(exception, random), exception);
+    EXPECT_EQ(garbled(kAcknowledgement, random), kAcknowledgement);
+    Request read = parseRequest(readFrame(1, 1, 102, {16, 32}));
+    garble(read, random);
+    for (const BitValue& element : read.elements) {
+        EXPECT_EQ(element.value, 0u);
+    }
+    Request senseless = parseRequest(frame(1, 1, 66, 1));
+    garble(senseless, random);
+    EXPECT_TRUE(senseless.elements.empty());
+}
+
+TEST(FaultEffects, TheSeedSaysWhatIsGarbled)
+{
+    const auto garbledBy = [](std::uint64_t seed) {
+        SeededRandom random(seed);
+        QByteArray all;
+        for (int i = 0; i < 20; ++i) {
+            all += garbled(kReply, random);
+        }
+        return all;
+    };
+    EXPECT_EQ(garbledBy(3), garbledBy(3));
+    EXPECT_NE(garbledBy(3), garbledBy(4));
+}

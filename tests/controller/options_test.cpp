@@ -32,6 +32,11 @@ TEST(Options, WithoutAnyTheControllerListensOnLoopbackOnly)
     EXPECT_FALSE(line.options.trace);
     EXPECT_TRUE(line.options.faults.empty());
     EXPECT_EQ(line.options.seed, 1u);
+    EXPECT_TRUE(line.options.refused.empty());
+    EXPECT_FALSE(line.options.admission.stations);
+    EXPECT_FALSE(line.options.admission.silentForOthers);
+    EXPECT_EQ(line.options.admission.mostRequestsPerSecond, 0);
+    EXPECT_FALSE(line.options.admission.delaysAboveRate);
 }
 
 TEST(Options, TakesAllOfThem)
@@ -54,8 +59,39 @@ TEST(Options, TakesAllOfThem)
     EXPECT_EQ(line.options.refuseMs, 3);
 }
 
+TEST(Options, TakesWhatIsServed)
+{
+    const CommandLine line =
+        parse({"--refuse", "word:16-31=2", "--refuse", "Main.X=3", "--stations", "1-3",
+               "--unknown-stations", "silent", "--max-rate", "50", "--over-rate", "delay"});
+    EXPECT_EQ(line.problem, QString());
+    ASSERT_EQ(line.options.refused.size(), 2u);
+    EXPECT_EQ(line.options.refused[0].range.to, 31u);
+    EXPECT_EQ(line.options.refused[1].variable, "Main.X");
+    EXPECT_EQ(line.options.refused[1].range.code, 3);
+    EXPECT_EQ(line.options.admission.stations->count(), 3u);
+    EXPECT_TRUE(line.options.admission.silentForOthers);
+    EXPECT_EQ(line.options.admission.mostRequestsPerSecond, 50);
+    EXPECT_TRUE(line.options.admission.delaysAboveRate);
+}
+
+TEST(Options, SaysItsVersion)
+{
+    EXPECT_TRUE(parse({"--version"}).printOnly.startsWith("tavmir-controller "));
+}
+
 TEST(Options, SaysWhatIsWrong)
 {
+    EXPECT_NE(problemOf({"--refuse", "word:x=2"}).find("--refuse: "), std::string::npos);
+    EXPECT_NE(problemOf({"--stations", "1;2"}).find("--stations: \"1;2\" is not a list"),
+              std::string::npos);
+    EXPECT_NE(problemOf({"--unknown-stations", "x"}).find("is not refuse or silent"),
+              std::string::npos);
+    EXPECT_NE(problemOf({"--over-rate", "drop"}).find("is not refuse or delay"), std::string::npos);
+    for (const char* rate : {"0", "-1", "x", "1000001"}) {
+        EXPECT_NE(problemOf({"--max-rate", rate}).find("--max-rate: "), std::string::npos) << rate;
+    }
+
     EXPECT_NE(problemOf({"--listen", "5020"}).find("--listen: \"5020\" is not HOST:PORT"),
               std::string::npos);
     EXPECT_NE(problemOf({"--fault", "boom=1"}).find("--fault: unknown fault \"boom\""),
@@ -75,7 +111,8 @@ TEST(Options, HelpNamesEveryOptionAndFault)
 {
     const QString help = parse({"--help"}).printOnly;
     for (const char* option : {"--listen", "--project", "--trace", "--fault", "--seed",
-                               "--delay-ms", "--late-ms", "--refuse-ms"}) {
+                               "--delay-ms", "--late-ms", "--refuse-ms", "--refuse ", "--stations",
+                               "--unknown-stations", "--max-rate", "--over-rate", "--version"}) {
         EXPECT_TRUE(help.contains(option)) << option;
     }
     for (std::size_t i = 1; i < kFaultKinds; ++i) {

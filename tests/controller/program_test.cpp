@@ -5,6 +5,7 @@
 #include "test_client.h"
 
 #include <QtCore/QProcess>
+#include <QtCore/QRegularExpression>
 #include <QtNetwork/QTcpServer>
 
 #include <gtest/gtest.h>
@@ -125,9 +126,10 @@ TEST(ControllerProgram, TakesNamesValuesAndSignalsFromTheProject)
     EXPECT_TRUE(turnUntil(
         [&] { return client.exchange(readFrame(3, 2, 108, {4000}), 17).right(4) != moving; }));
     EXPECT_EQ(controller.stopWith(SIGTERM), 0);
-    EXPECT_TRUE(
-        controller.output().startsWith("client 1 > #1 station 2 read words: Main.W\n"
-                                       "client 1 < #1 station 2 read words: Main.W=4660\n"));
+    const QString time = "20[0-9]{2}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z";
+    const QRegularExpression lines("^" + time + " client 1 > #1 station 2 read words: Main\\.W\n" +
+                                   time + " client 1 < #1 station 2 read words: Main\\.W=4660\n");
+    EXPECT_TRUE(controller.output().contains(lines));
 }
 
 TEST(ControllerProgram, LogsAClosedStreamOnStandardError)
@@ -198,6 +200,50 @@ TEST(ControllerProgram, ABadProjectIsStatus2)
         EXPECT_TRUE(result.errors.contains(QString::fromStdString(file))) << file;
         EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.toStdString();
     }
+}
+
+TEST(ControllerProgram, LacksTheAddressesThatItIsTold)
+{
+    const TemporaryFolder folder;
+    const QString file = QString::fromStdString(folder.writeFile("plant.json", kPlant));
+    Running controller(
+        {"--project", file, "--refuse", "Main.W=2", "--refuse", "bit:7=3", "--stations", "1,2"});
+    ASSERT_NE(controller.port(), 0);
+    TestClient client;
+    ASSERT_TRUE(client.connectTo(controller.port()));
+    EXPECT_EQ(client.exchange(readFrame(1, 2, 102, {3000}), 9), frame(1, 2, 102 | 0x80, 2));
+    EXPECT_EQ(client.exchange(readFrame(2, 1, 100, {7}), 9), frame(2, 1, 100 | 0x80, 3));
+    EXPECT_EQ(client.exchange(readFrame(3, 9, 102, {0}), 9), frame(3, 9, 102 | 0x80, 11));
+    EXPECT_EQ(client.exchange(readFrame(4, 2, 102, {3016}), 15).size(), 15);
+    EXPECT_EQ(controller.stopWith(SIGTERM), 0);
+    const QString output = controller.output();
+    for (const char* line : {"requests to unknown stations: 1\n",
+                             "requests to refused addresses: 2\n", "exceptions of code 11: 1\n"}) {
+        EXPECT_TRUE(output.contains(line)) << line << output.toStdString();
+    }
+}
+
+TEST(ControllerProgram, AnAddressToRefuseThatIsNoneIsStatus2)
+{
+    const TemporaryFolder folder;
+    const QString file = QString::fromStdString(folder.writeFile("plant.json", kPlant));
+    for (const QStringList& arguments :
+         {QStringList{"--refuse", "Main.W=2"},
+          QStringList{"--refuse", "Main.Nothing=2", "--project", file}}) {
+        const ProcessResult result = run(QStringList{"--listen", "127.0.0.1:0"} + arguments);
+        EXPECT_EQ(result.exitStatus, 2);
+        EXPECT_EQ(result.output, QString());
+        EXPECT_TRUE(result.errors.startsWith("tavmir-controller: --refuse: "));
+        EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.toStdString();
+    }
+}
+
+TEST(ControllerProgram, PrintsItsVersion)
+{
+    const ProcessResult result = run({"--version"});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.output, "tavmir-controller " TAVMIR_VERSION "\n");
+    EXPECT_EQ(result.errors, QString());
 }
 
 TEST(ControllerProgram, PrintsItsHelp)

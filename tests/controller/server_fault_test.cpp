@@ -59,6 +59,73 @@ TEST_F(ControllerFaults, DropGivesNoReplyButCarriesTheRequestOut)
     EXPECT_EQ(faults(FaultKind::Drop), 1u);
 }
 
+TEST_F(ControllerFaults, GarbleChangesWhatIsStoredAndWhatIsRead)
+{
+    startWith({"garble%2"});
+    client.send(writeFrame(1, 1, 103, {{16, hex("0700")}}));
+    client.send(readFrame(2, 1, 102, {16}));
+    client.send(readFrame(3, 1, 102, {16}));
+    client.send(writeFrame(4, 1, 103, {{16, hex("0900")}}));
+    client.send(readFrame(5, 1, 102, {16}));
+    EXPECT_EQ(client.receive(9), frame(1, 1, 103, 1));
+    const QByteArray garbledReply = receiveReply();
+    EXPECT_EQ(garbledReply.left(13), frame(2, 1, 102, 1, hex("00000010 0007")).left(13));
+    EXPECT_NE(garbledReply.right(2), hex("0007"));
+    EXPECT_EQ(receiveReply(), frame(3, 1, 102, 1, hex("00000010 0007")));
+    EXPECT_EQ(client.receive(9), frame(4, 1, 103, 1));
+    EXPECT_NE(receiveReply().right(2), hex("0009"));
+    EXPECT_EQ(faults(FaultKind::Garble), 2u);
+}
+
+TEST_F(ControllerFaults, AStationThatIsNotThereStaysSilentWhileOthersAreServed)
+{
+    start({"truncate@1"});
+    AdmissionRules rules;
+    rules.stations = parseStations("1");
+    rules.silentForOthers = true;
+    simulation->admit(rules);
+    ASSERT_TRUE(client.connectTo(server->port()));
+    client.send(readFrame(1, 2, 102, {16}) + request(2));
+    EXPECT_EQ(receiveReply(), goodReply(2));
+    EXPECT_EQ(client.waiting(), 0);
+    EXPECT_EQ(statistics().unanswered, 1u);
+}
+
+TEST_F(ControllerFaults, RequestsAboveTheRateAreBusyUntilTheTimeComes)
+{
+    std::int64_t nowUs = 1;
+    settings.nowUs = [&nowUs] { return nowUs; };
+    start();
+    AdmissionRules rules;
+    rules.mostRequestsPerSecond = 1;
+    simulation->admit(rules);
+    ASSERT_TRUE(client.connectTo(server->port()));
+    client.send(request(1) + request(2));
+    EXPECT_EQ(receiveReply(), goodReply(1));
+    EXPECT_EQ(client.receive(9), frame(2, 1, 102 | 0x80, 6));
+    nowUs += 1000000;
+    EXPECT_EQ(client.exchange(request(3), 15), goodReply(3));
+    EXPECT_EQ(statistics().aboveRate, 1u);
+}
+
+TEST_F(ControllerFaults, DelayedForTheRateRepliesComeOneAfterTheOther)
+{
+    std::int64_t nowUs = 1;
+    settings.nowUs = [&nowUs] { return nowUs; };
+    start();
+    AdmissionRules rules;
+    rules.mostRequestsPerSecond = 10;
+    rules.delaysAboveRate = true;
+    simulation->admit(rules);
+    ASSERT_TRUE(client.connectTo(server->port()));
+    QElapsedTimer clock;
+    clock.start();
+    client.send(request(1) + request(2) + request(3));
+    EXPECT_EQ(client.receive(45), goodReply(1) + goodReply(2) + goodReply(3));
+    EXPECT_GE(clock.elapsed(), 200) << "a hundred milliseconds each but the first";
+    EXPECT_EQ(statistics().aboveRate, 2u);
+}
+
 TEST_F(ControllerFaults, DelayKeepsTheOrderOfOneClientAndNobodyElseWaits)
 {
     settings.delayMs = 100;
@@ -296,7 +363,7 @@ TEST_F(ControllerFaults, RequestsAreCountedOverAllClients)
 TEST_F(ControllerFaults, ProbabilitiesFollowTheSeed)
 {
     const QStringList rules = {"truncate=0.1", "oversize=0.1", "corrupt=0.1", "duplicate=0.1",
-                               "drop=0.1",     "delay=0.1",    "cut=0.1"};
+                               "drop=0.1",     "delay=0.1",    "cut=0.1",     "garble=0.1"};
     settings.delayMs = 1;
     startWith(rules, 77);
     QString problem;
@@ -321,6 +388,9 @@ TEST_F(ControllerFaults, ProbabilitiesFollowTheSeed)
         case FaultKind::Corrupt:
             expected += corrupted(reply, plan.detail());
             break;
+        case FaultKind::Garble:
+            expected += garbled(reply, plan.detail());
+            break;
         case FaultKind::Cut:
             expected += cutShort(reply, plan.detail());
             break;
@@ -335,7 +405,7 @@ TEST_F(ControllerFaults, ProbabilitiesFollowTheSeed)
     EXPECT_EQ(client.receive(expected.size()), expected);
     for (const FaultKind kind :
          {FaultKind::Truncate, FaultKind::Oversize, FaultKind::Corrupt, FaultKind::Duplicate,
-          FaultKind::Drop, FaultKind::Delay, FaultKind::Cut}) {
+          FaultKind::Drop, FaultKind::Delay, FaultKind::Cut, FaultKind::Garble}) {
         EXPECT_GT(faults(kind), 5u) << faultRow(kind).name;
     }
 }

@@ -255,8 +255,11 @@ TEST_F(ControllerServer, CountsTheBytesOfBothDirections)
     EXPECT_TRUE(turnUntil([&] { return statistics().bytesSent == 21; }));
 }
 
-TEST_F(ControllerServer, TracesBothDirectionsWithTheClientsNumber)
+TEST_F(ControllerServer, TracesBothDirectionsWithTimeAndTheClientsNumber)
 {
+    settings.now = [] {
+        return std::chrono::system_clock::time_point(std::chrono::milliseconds(1000000000007));
+    };
     QStringList trace;
     settings.trace = [&trace](const QString& line) { trace.append(line); };
     start({"drop@2"});
@@ -265,9 +268,36 @@ TEST_F(ControllerServer, TracesBothDirectionsWithTheClientsNumber)
     client.exchange(readFrame(1, 1, 102, {16}), 15);
     client.send(readFrame(2, 1, 100, {16}));
     ASSERT_TRUE(turnUntil([&] { return statistics().requests == 2; }));
-    EXPECT_EQ(trace, (QStringList{"client 1 > #1 station 1 read words: 16",
-                                  "client 1 < #1 station 1 read words: 16=0",
-                                  "client 1 > #2 station 1 read bits: 16 [drop]"}));
+    const QString time = "2001-09-09T01:46:40.007Z ";
+    EXPECT_EQ(trace, (QStringList{time + "client 1 > #1 station 1 read words: 16",
+                                  time + "client 1 < #1 station 1 read words: 16=0",
+                                  time + "client 1 > #2 station 1 read bits: 16 [drop]"}));
+}
+
+TEST_F(ControllerServer, TracesWhyARequestIsNotServed)
+{
+    QStringList trace;
+    settings.trace = [&trace](const QString& line) { trace.append(line.section(' ', 1)); };
+    settings.nowUs = [] { return std::int64_t{1}; };
+    start();
+    AdmissionRules rules;
+    rules.stations = parseStations("1");
+    rules.refused = {{16, 16, std::nullopt, 2}};
+    rules.mostRequestsPerSecond = 20; // two of them at once
+    simulation->admit(rules);
+    TestClient client;
+    ASSERT_TRUE(client.connectTo(server->port()));
+    client.send(readFrame(1, 1, 102, {16}) + readFrame(2, 9, 102, {16}) +
+                readFrame(3, 1, 102, {16}));
+    client.receive(27);
+    EXPECT_EQ(trace,
+              (QStringList{"client 1 > #1 station 1 read words: 16 [refused address]",
+                           "client 1 < #1 station 1 read words: exception 2 (illegal data address)",
+                           "client 1 > #2 station 9 read words: 16 [unknown station]",
+                           "client 1 < #2 station 9 read words: exception 11 (station does not "
+                           "answer the gateway)",
+                           "client 1 > #3 station 1 read words: 16 [above the rate]",
+                           "client 1 < #3 station 1 read words: exception 6 (device busy)"}));
 }
 
 TEST_F(ControllerServer, SaysWhyItCannotListen)

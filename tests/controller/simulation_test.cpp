@@ -148,7 +148,8 @@ TEST(Simulation, CountsWhatItIsAsked)
 TEST(Simulation, ARequestWithAFaultIsCarriedOutAllTheSameUnlessItIsLost)
 {
     for (const FaultRow& row : kFaultTable) {
-        if (row.kind == FaultKind::None || row.kind == FaultKind::Lose) {
+        if (row.kind == FaultKind::None || row.kind == FaultKind::Lose ||
+            row.kind == FaultKind::Garble) {
             continue;
         }
         QString problem;
@@ -206,6 +207,76 @@ TEST(Simulation, ALostRequestThatMakesNoSenseIsNoException)
     EXPECT_EQ(simulation.statistics().requests, 2u);
 }
 
+TEST(Simulation, WhatIsNotAdmittedChangesNothingAndIsCounted)
+{
+    Simulation simulation;
+    AdmissionRules rules;
+    rules.refused = {{16, 31, tavmir::wire::ElementClass::words, 2}};
+    rules.stations = parseStations("1");
+    simulation.admit(rules);
+    EXPECT_EQ(simulation.take(writeFrame(1, 1, 103, {{0, hex("0100")}, {16, hex("0100")}})).reply,
+              frame(1, 1, 103 | 0x80, 2));
+    const auto elsewhere = simulation.take(writeFrame(2, 7, 103, {{0, hex("0100")}}));
+    EXPECT_EQ(elsewhere.reply, frame(2, 7, 103 | 0x80, 11));
+    EXPECT_FALSE(elsewhere.carriedOut);
+    EXPECT_EQ(simulation.memory().pageCount(), 0u);
+    EXPECT_TRUE(simulation.take(writeFrame(3, 1, 103, {{0, hex("0100")}})).carriedOut);
+    const Statistics& statistics = simulation.statistics();
+    EXPECT_EQ(statistics.requests, 3u);
+    EXPECT_EQ(statistics.toRefusedAddresses, 1u);
+    EXPECT_EQ(statistics.toUnknownStations, 1u);
+    EXPECT_EQ(statistics.exceptions.at(2), 1u);
+    EXPECT_EQ(statistics.exceptions.at(11), 1u);
+    EXPECT_EQ(statistics.elementsWritten, 1u);
+}
+
+TEST(Simulation, ASilentStationHasNoReplyToSpoil)
+{
+    QString problem;
+    Simulation simulation(FaultPlan({*parseFaultRule("truncate=1", &problem)}));
+    AdmissionRules rules;
+    rules.stations = parseStations("1");
+    rules.silentForOthers = true;
+    simulation.admit(rules);
+    const auto outcome = simulation.take(readFrame(1, 2, 102, {16}));
+    EXPECT_EQ(outcome.reply, QByteArray());
+    EXPECT_FALSE(outcome.verdict.isAnswered);
+    EXPECT_EQ(outcome.fault, FaultKind::None);
+    EXPECT_EQ(simulation.statistics().faultsOf(FaultKind::Truncate), 0u);
+    EXPECT_EQ(simulation.statistics().unanswered, 1u);
+    EXPECT_TRUE(simulation.statistics().exceptions.empty());
+    EXPECT_EQ(simulation.take(readFrame(2, 1, 102, {16})).fault, FaultKind::Truncate);
+}
+
+TEST(Simulation, TheRateGoesByTheTimeThatItIsTold)
+{
+    Simulation simulation;
+    AdmissionRules rules;
+    rules.mostRequestsPerSecond = 1;
+    simulation.admit(rules);
+    EXPECT_TRUE(simulation.take(readFrame(1, 1, 102, {16}), 5000000).carriedOut);
+    EXPECT_EQ(simulation.take(readFrame(2, 1, 102, {16}), 5000001).reply,
+              frame(2, 1, 102 | 0x80, 6));
+    EXPECT_TRUE(simulation.take(readFrame(3, 1, 102, {16}), 6000000).carriedOut);
+    EXPECT_EQ(simulation.statistics().aboveRate, 1u);
+}
+
+TEST(Simulation, AGarbledWriteStoresAnotherValueAndIsAcknowledged)
+{
+    QString problem;
+    Simulation simulation(FaultPlan({*parseFaultRule("garble=1", &problem)}));
+    for (int i = 0; i < 50; ++i) {
+        const auto outcome = simulation.take(writeFrame(i, 1, 103, {{16, hex("3412")}}));
+        EXPECT_EQ(outcome.reply, frame(i, 1, 103, 1));
+        EXPECT_NE(simulation.memory().read(1, 16, 16), 0x1234u);
+        EXPECT_EQ(outcome.request.elements.at(0).value & 0xFFFF,
+                  simulation.memory().read(1, 16, 16))
+            << "who keeps books sees what was stored";
+    }
+    EXPECT_EQ(simulation.statistics().faultsOf(FaultKind::Garble), 50u);
+    EXPECT_EQ(simulation.take(frame(99, 1, 103, 9)).reply, frame(99, 1, 103 | 0x80, 3));
+}
+
 namespace
 {
 
@@ -243,11 +314,19 @@ TEST(Statistics, PrintsOneFigurePerLine)
     statistics.countRequest(parseRequest(frame(1, 1, 5, 1)), 1);
     statistics.countFault(FaultKind::Late);
     statistics.countFault(FaultKind::None);
+    statistics.countVerdict({false, false, false, true, 0, 0});
+    statistics.countVerdict({true, true, false, true, 11, 0});
+    statistics.countVerdict({false, true, false, false, 11, 0});
+    statistics.countVerdict({false, false, true, true, 2, 0});
     statistics.clients = 3;
     statistics.bytesSent = 77;
     EXPECT_EQ(statistics.text().toStdString(), "requests: 2\n"
                                                "requests to read words: 1\n"
                                                "requests of unknown function: 1\n"
+                                               "requests above the rate: 1\n"
+                                               "requests to unknown stations: 2\n"
+                                               "requests to refused addresses: 1\n"
+                                               "requests not answered: 1\n"
                                                "elements read: 2\n"
                                                "elements written: 0\n"
                                                "exceptions of code 1: 1\n"

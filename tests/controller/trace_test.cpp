@@ -1,7 +1,8 @@
 // Frames in words, and the names of what they carry.
-#include "controller/element_names.h"
 #include "controller/trace.h"
 #include "frames.h"
+
+#include "project/project_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -11,16 +12,22 @@ using namespace tavmir::test;
 namespace
 {
 
-ElementNames someNames()
+const char kPlant[] = R"({
+  "connection": { "host": "127.0.0.1", "port": 5020 },
+  "labels": [ { "name": "Main", "variables": [
+    { "name": "Run", "type": "bit", "address": 100 },
+    { "name": "W", "type": "word", "address": 3000 },
+    { "name": "Wide", "type": "dword", "address": 3000 },
+    { "name": "Temp", "type": "real", "address": 5000 },
+    { "name": "Title", "type": "text", "address": 6000, "words": 3 } ] } ],
+  "polled": [ { "address": "Main.Run" } ]
+})";
+
+tavmir::project::ElementNames someNames()
 {
-    ElementNames names;
-    names.add(6000, 128, "Main.Title");
-    names.add(100, 1, "Main.Run");
-    names.add(3000, 16, "Main.W");
-    names.add(3000, 32, "Main.Wide");
-    names.add(3008, 1, "Main.Inside");
-    names.sort();
-    return names;
+    const auto outcome = tavmir::project::readProject(kPlant, "plant");
+    EXPECT_TRUE(outcome.project) << outcome.error.toStdString();
+    return tavmir::project::ElementNames(outcome.project.value_or(tavmir::project::Project()));
 }
 
 std::string requestLine(const QByteArray& request)
@@ -34,34 +41,6 @@ std::string replyLine(const QByteArray& reply)
 }
 
 } // namespace
-
-TEST(ElementNames, FindsByAddressAndWidth)
-{
-    const ElementNames names = someNames();
-    EXPECT_EQ(names.nameOf(100, 1), "Main.Run");
-    EXPECT_EQ(names.nameOf(3000, 16), "Main.W");
-    EXPECT_EQ(names.nameOf(3000, 32), "Main.Wide");
-}
-
-TEST(ElementNames, GivesTheDistanceIntoAVariableThatReachesOver)
-{
-    const ElementNames names = someNames();
-    EXPECT_EQ(names.nameOf(6000, 16), "Main.Title+0");
-    EXPECT_EQ(names.nameOf(6016, 16), "Main.Title+16");
-    EXPECT_EQ(names.nameOf(6112, 16), "Main.Title+112");
-    EXPECT_EQ(names.nameOf(3005, 1), "Main.W+5");
-    EXPECT_EQ(names.nameOf(3016, 16), "Main.Wide+16");
-}
-
-TEST(ElementNames, GivesTheAddressWhenNothingIsThere)
-{
-    const ElementNames names = someNames();
-    EXPECT_EQ(names.nameOf(5, 16), "5");
-    EXPECT_EQ(names.nameOf(100, 16), "100");
-    EXPECT_EQ(names.nameOf(6128, 16), "6128");
-    EXPECT_EQ(names.nameOf(4294967295u, 32), "4294967295");
-    EXPECT_EQ(ElementNames().nameOf(7, 1), "7");
-}
 
 TEST(Trace, ShowsReads)
 {
@@ -83,6 +62,19 @@ TEST(Trace, ShowsWrites)
     EXPECT_EQ(requestLine(writeFrame(7, 1, 109, {{3000, hex("78563412")}})),
               "#7 station 1 write double words: Main.Wide=305419896");
     EXPECT_EQ(replyLine(frame(7, 1, 103, 1)), "#7 station 1 write words: 1 done");
+}
+
+TEST(Trace, ShowsFloatsAndTexts)
+{
+    EXPECT_EQ(replyLine(frame(9, 1, 108, 2, hex("00001388 40200000 00000BB8 00000007"))),
+              "#9 station 1 read double words: Main.Temp=2.5, Main.Wide=7");
+    EXPECT_EQ(requestLine(writeFrame(9, 1, 109, {{5000, hex("000020C0")}})),
+              "#9 station 1 write double words: Main.Temp=-2.5");
+    EXPECT_EQ(requestLine(readFrame(9, 1, 102, {6000, 6016, 6032, 3000})),
+              "#9 station 1 read words: Main.Title, Main.W");
+    EXPECT_EQ(replyLine(frame(9, 1, 102, 4,
+                              hex("00001770 6548 00001780 6C6C 00001790 006F 00000BB8 0001"))),
+              "#9 station 1 read words: Main.Title=\"Hello\", Main.W=1");
 }
 
 TEST(Trace, ShowsExceptions)

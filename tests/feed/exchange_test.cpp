@@ -107,6 +107,9 @@ TEST(Exchange, EachEndInWords)
     Exchange late = madeEnd(ExchangeEnd::timeout, 13);
     late.replyTimeoutMs = 350;
     EXPECT_EQ("the controller did not answer within 350 ms", words(late));
+    late.foreignFrames = 2;
+    EXPECT_EQ("the controller did not answer within 350 ms; 2 late or foreign replies came instead",
+              words(late));
     EXPECT_EQ("the controller's reply was cut off", words(madeEnd(ExchangeEnd::cut, 13)));
     EXPECT_EQ("the connection was lost: cable cut", words(madeEnd(ExchangeEnd::lost, 13)));
     EXPECT_EQ("the stream from the controller made no sense",

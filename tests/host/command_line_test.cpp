@@ -14,7 +14,8 @@ namespace
 const CommandDescription kAll = {"all",
                                  "[ADDRESS...]",
                                  "Everything.",
-                                 kOutputOption | kFormatOption | kTimeoutOption | kRunOptions,
+                                 kOutputOption | kFormatOption | kTimeoutOption | kRunOptions |
+                                     kWriteOptions,
                                  0,
                                  2};
 
@@ -28,10 +29,11 @@ std::string problem(const QStringList& arguments)
 TEST(CommandLines, OptionsAreTaken)
 {
     const ParsedCommandLine parsed = parseCommandLine(
-        kAll, {"host",       "p.json",   "--connect",  "[::1]:77", "--station", "9",
-               "--format",   "csv",      "--as",       "hex",      "--timeout", "5",
-               "--duration", "1.5",      "--interval", "20",       "--pause",   "3",
-               "--stdin",    "--driver", "d.so",       "--log",    "A.b",       "C.d=-1"});
+        kAll, {"host",          "p.json", "--connect",   "[::1]:77", "--station", "9",
+               "--format",      "csv",    "--as",        "hex",      "--timeout", "5",
+               "--duration",    "1.5",    "--interval",  "20",       "--pass",    "3",
+               "--stale-after", "700",    "--read-back", "--stdin",  "--driver",  "d.so",
+               "--log",         "A.b",    "C.d=-1"});
     ASSERT_EQ("", parsed.problem.toStdString());
     const CommandLine& line = parsed.line;
     EXPECT_EQ("p.json", line.projectFile.toStdString());
@@ -44,7 +46,9 @@ TEST(CommandLines, OptionsAreTaken)
     EXPECT_EQ(5, line.timeoutMs);
     EXPECT_EQ(1500, line.durationMs);
     EXPECT_EQ(20, line.intervalMs);
-    EXPECT_EQ(3, line.pauseMs);
+    EXPECT_EQ(3, line.passMs.value());
+    EXPECT_EQ(700, line.staleAfterMs);
+    EXPECT_TRUE(line.readBack);
     EXPECT_TRUE(line.commandsFromInput);
     EXPECT_TRUE(line.driverLog);
     EXPECT_EQ("d.so", line.driverFile.toStdString());
@@ -56,8 +60,11 @@ TEST(CommandLines, DefaultsLeaveTheProjectAlone)
     EXPECT_EQ(0, line.port);
     EXPECT_EQ(-1, line.durationMs);
     EXPECT_EQ(500, line.intervalMs);
+    EXPECT_EQ(2000, line.staleAfterMs);
+    EXPECT_FALSE(line.readBack);
     EXPECT_EQ(OutputFormat::table, line.output);
     EXPECT_FALSE(line.station.has_value());
+    EXPECT_FALSE(line.passMs.has_value());
     EXPECT_FALSE(line.commandsFromInput);
 }
 
@@ -76,8 +83,9 @@ TEST(CommandLines, BadOnesAreRefused)
               problem({"p", "--station", "256"}));
     EXPECT_EQ("--interval 0: must be a whole number from 1 to 86400000",
               problem({"p", "--interval", "0"}));
-    EXPECT_EQ("--pause x: must be a whole number from 0 to 86400000",
-              problem({"p", "--pause", "x"}));
+    EXPECT_EQ("--pass x: must be a whole number from 0 to 86400000", problem({"p", "--pass", "x"}));
+    EXPECT_EQ("unknown option --pause: --pass says how often a pass begins",
+              problem({"p", "--pause", "5"}));
     EXPECT_EQ("--duration -1: must be a number of seconds", problem({"p", "--duration=-1"}));
     EXPECT_EQ("--duration nan: must be a number of seconds", problem({"p", "--duration", "nan"}));
 }
@@ -107,6 +115,7 @@ TEST(CommandLines, LimitsThemselvesAreAccepted)
                                    {"--pause", "-1"},
                                    {"--pause", "86400001"},
                                    {"--timeout", "0"},
+                                   {"--stale-after", "0"},
                                    {"--duration", "2000001"}}) {
         EXPECT_NE("", problem(QStringList{"p", one[0] + "=" + one[1]})) << one[1].toStdString();
     }

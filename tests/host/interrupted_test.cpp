@@ -100,7 +100,7 @@ TEST_F(Interrupted, RunReportsTheWriteUnderWay)
     host.type("Main.Setpoint=1");
     ASSERT_TRUE(test::waitUntil([&] { return controller_.count("g") > 0; }));
     host.signal(SIGINT);
-    EXPECT_EQ(0, host.waitForEnd());
+    EXPECT_EQ(1, host.waitForEnd()) << "a write was not done";
     EXPECT_TRUE(says(host.errors(), "Main.Setpoint = 1", "unknown")) << host.errors().toStdString();
     EXPECT_FALSE(host.errors().contains("1 dropped")) << host.errors().toStdString();
 }

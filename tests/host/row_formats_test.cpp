@@ -3,70 +3,133 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace tavmir::host
 {
+
+namespace
+{
+
+using project::Format;
+
+ValueRow good(const QString& value, Format format = Format::unsignedNumber,
+              std::optional<qint64> ageMs = 7)
+{
+    return {"n", "a", value, format, ageMs, Quality::good, QString()};
+}
+
+ValueRow marked(Quality quality, const QString& value = "12")
+{
+    return {"n", "a", value, Format::unsignedNumber, 7, quality, "why"};
+}
+
+const ValueRow kNever = {"a",          "M.A",          QString(),     Format::unsignedNumber,
+                         std::nullopt, Quality::never, "nothing came"};
+
+} // namespace
 
 TEST(Rows, TableHasColumnsAndAges)
 {
     std::vector<ValueRow> rows(4);
-    rows[0] = {"a", "Main.A", "12", project::Format::unsignedNumber, 5};
-    rows[1] = {"long name", "Main.B", "x\ny", project::Format::text, 1500};
-    rows[2] = {"c", "M.C", "1", project::Format::bit, std::nullopt};
-    rows[3] = {"d", "M.D", "1", project::Format::bit, 180000};
+    rows[0] = {"a", "Main.A", "12", Format::unsignedNumber, 5, Quality::good};
+    rows[1] = {"long name", "Main.B", "x\ny", Format::text, 1500, Quality::good};
+    rows[2] = {"c", "M.C", "1", Format::bit, 65000, Quality::stale, "not read"};
+    rows[3] = {"d", "M.D", "1", Format::bit, 180000, Quality::good};
     const QStringList lines = tableLines(rows);
     ASSERT_EQ(5, lines.size());
-    EXPECT_EQ("NAME       ADDRESS  VALUE     AGE", lines[0].toStdString());
+    EXPECT_EQ("NAME       ADDRESS  VALUE     AGE  QUALITY", lines[0].toStdString());
     EXPECT_EQ("a          Main.A   12       5 ms", lines[1].toStdString());
     EXPECT_EQ("long name  Main.B   x\\x0ay  1.5 s", lines[2].toStdString());
-    EXPECT_EQ("c          M.C      1       never", lines[3].toStdString());
+    EXPECT_EQ("c          M.C      1 ~     1 min  stale: not read", lines[3].toStdString());
     EXPECT_EQ("d          M.D      1       3 min", lines[4].toStdString());
+}
+
+TEST(Rows, NothingThatIsNotGoodLooksLikeAReading)
+{
+    for (const auto& [quality, value, words] :
+         std::vector<std::tuple<Quality, std::string, std::string>>{
+             {Quality::stale, "12 ~", "stale: why"},
+             {Quality::bad, "12 !", "bad: why"},
+             {Quality::unconfirmed, "12 ?", "unconfirmed: why"}}) {
+        const ValueRow row = marked(quality);
+        EXPECT_EQ(value, markedValue(row).toStdString());
+        EXPECT_EQ("n     a        " + value + "   7 ms  " + words,
+                  tableLines({row})[1].toStdString());
+        EXPECT_EQ("a = " + value + " (" + words + ")", assignmentLine(row).toStdString());
+        EXPECT_EQ(qualityWord(quality), jsonOf(row)["quality"].toString().toStdString());
+        EXPECT_EQ("why", jsonOf(row)["reason"].toString().toStdString());
+        EXPECT_EQ(std::string("T,n,a,12,7,") + qualityWord(quality) + ",why",
+                  csvLine(row, "T").toStdString());
+    }
+    EXPECT_EQ("a = 12", assignmentLine(good("12")).toStdString());
+    EXPECT_EQ("–", markedValue(marked(Quality::bad, QString())).left(1).toStdString());
+}
+
+TEST(Rows, ColoursAreForValuesThatAreNotGoodAndOnlyWhenWanted)
+{
+    const auto shown = [](const ValueRow& row, bool colours) {
+        return tableLines({row}, colours)[1].toStdString();
+    };
+    EXPECT_EQ("n     a        \x1b[31m12 ! \x1b[0m  7 ms  bad: why",
+              shown(marked(Quality::bad), true));
+    EXPECT_EQ("n     a        \x1b[2m12 ~ \x1b[0m  7 ms  stale: why",
+              shown(marked(Quality::stale), true));
+    EXPECT_EQ("n     a        \x1b[33m12 ? \x1b[0m  7 ms  unconfirmed: why",
+              shown(marked(Quality::unconfirmed), true));
+    EXPECT_EQ("n     a        12     7 ms", shown(good("12"), true));
+    EXPECT_EQ("a = \x1b[31m12 !\x1b[0m (bad: why)",
+              assignmentLine(marked(Quality::bad), true).toStdString());
+    for (const Quality quality : {Quality::stale, Quality::bad, Quality::unconfirmed}) {
+        EXPECT_EQ(std::string::npos, shown(marked(quality), false).find('\x1b'));
+    }
 }
 
 TEST(Rows, JsonKeepsNumbersAndTextsApart)
 {
-    const auto json = [](const char* value, project::Format format) {
-        return jsonLine(jsonOf({"n", "a", value, format, 7})).toStdString();
+    const auto json = [](const char* value, Format format) {
+        return jsonLine(jsonOf(good(value, format))).toStdString();
     };
-    EXPECT_EQ(R"({"address":"a","ageMs":7,"name":"n","value":-12})",
-              json("-12", project::Format::signedNumber));
-    EXPECT_EQ(R"({"address":"a","ageMs":7,"name":"n","value":"0x12"})",
-              json("0x12", project::Format::hex));
-    EXPECT_EQ(R"({"address":"a","ageMs":7,"name":"n","value":"12"})",
-              json("12", project::Format::text));
-    EXPECT_EQ(R"({"address":"a","ageMs":7,"name":"n","value":1.5})",
-              json("1.5", project::Format::floating));
-    EXPECT_EQ(R"({"address":"a","ageMs":7,"name":"n","value":"nan"})",
-              json("nan", project::Format::floating));
-    EXPECT_TRUE(jsonOf({"n", "a", "1", project::Format::bit, std::nullopt})["ageMs"].isNull());
+    const auto with = [](const std::string& value) {
+        return R"({"address":"a","ageMs":7,"name":"n","quality":"good","reason":null,"value":)" +
+               value + "}";
+    };
+    EXPECT_EQ(with("-12"), json("-12", Format::signedNumber));
+    EXPECT_EQ(with("\"0x12\""), json("0x12", Format::hex));
+    EXPECT_EQ(with("\"12\""), json("12", Format::text));
+    EXPECT_EQ(with("1.5"), json("1.5", Format::floating));
+    EXPECT_EQ(with("\"nan\""), json("nan", Format::floating));
+    EXPECT_TRUE(jsonOf(good("1", Format::bit, std::nullopt))["ageMs"].isNull());
 }
 
 TEST(Rows, CsvQuotesWhatNeedsIt)
 {
-    EXPECT_EQ("T,n,\"M[1,2]\",\"a\"\"b\",7",
-              csvLine({"n", "M[1,2]", "a\"b", project::Format::text, 7}, "T").toStdString());
-    EXPECT_EQ("T,n,a,1,",
-              csvLine({"n", "a", "1", project::Format::bit, std::nullopt}, "T").toStdString());
+    EXPECT_EQ("T,n,\"M[1,2]\",\"a\"\"b\",7,bad,\"one, two\"",
+              csvLine({"n", "M[1,2]", "a\"b", Format::text, 7, Quality::bad, "one, two"}, "T")
+                  .toStdString());
+    EXPECT_EQ("T,n,a,1,,good,", csvLine(good("1", Format::bit, std::nullopt), "T").toStdString());
 }
 
 TEST(Rows, WhatWasNeverReadIsNoValueInAnyFormat)
 {
-    const ValueRow never = {"a", "M.A", QString(), project::Format::unsignedNumber, std::nullopt};
-    const QStringList lines = tableLines({never});
+    const QStringList lines = tableLines({kNever});
     ASSERT_EQ(2, lines.size());
-    EXPECT_EQ("NAME  ADDRESS  VALUE    AGE", lines[0].toStdString());
-    EXPECT_EQ("a     M.A      –      never", lines[1].toStdString());
-    EXPECT_EQ(R"({"address":"M.A","ageMs":null,"name":"a","value":null})",
-              jsonLine(jsonOf(never)).toStdString());
-    EXPECT_EQ("T,a,M.A,,", csvLine(never, "T").toStdString());
+    EXPECT_EQ("NAME  ADDRESS  VALUE    AGE  QUALITY", lines[0].toStdString());
+    EXPECT_EQ("a     M.A      –      never  never: nothing came", lines[1].toStdString());
+    EXPECT_EQ(R"({"address":"M.A","ageMs":null,"name":"a","quality":"never",)"
+              R"("reason":"nothing came","value":null})",
+              jsonLine(jsonOf(kNever)).toStdString());
+    EXPECT_EQ("T,a,M.A,,,never,nothing came", csvLine(kNever, "T").toStdString());
+    EXPECT_EQ("M.A = – (never: nothing came)", assignmentLine(kNever).toStdString());
 }
 
 TEST(Rows, AnEmptyTextIsAValue)
 {
-    const ValueRow empty = {"a", "M.A", "", project::Format::text, 3};
+    const ValueRow empty = {"a", "M.A", "", Format::text, 3, Quality::good};
     EXPECT_EQ("a     M.A             3 ms", tableLines({empty})[1].toStdString());
-    EXPECT_EQ(R"({"address":"M.A","ageMs":3,"name":"a","value":""})",
+    EXPECT_EQ(R"({"address":"M.A","ageMs":3,"name":"a","quality":"good","reason":null,"value":""})",
               jsonLine(jsonOf(empty)).toStdString());
-    EXPECT_EQ("T,a,M.A,,3", csvLine(empty, "T").toStdString());
+    EXPECT_EQ("T,a,M.A,,3,good,", csvLine(empty, "T").toStdString());
 }
 
 TEST(Rows, AgesGrowFromMillisecondsToMinutes)
@@ -79,32 +142,32 @@ TEST(Rows, AgesGrowFromMillisecondsToMinutes)
                                                      {60000, "1 min"},
                                                      {119999, "1 min"},
                                                      {7200000, "120 min"}}) {
-        const ValueRow row = {"a", "M.A", "1", project::Format::bit, age};
-        const std::string line = tableLines({row})[1].toStdString();
+        const std::string line = tableLines({good("1", Format::bit, age)})[1].toStdString();
         EXPECT_EQ(text, line.substr(line.size() - text.size())) << age;
         EXPECT_EQ(' ', line[line.size() - text.size() - 1]);
     }
 }
 
-TEST(Rows, NamesThatCannotBePrintedAreEscapedInTables)
+TEST(Rows, WhatCannotBePrintedIsEscapedInTables)
 {
-    const ValueRow row = {"\x1b[2J", "M.A", "\x07", project::Format::text, 1};
-    EXPECT_EQ("\\x1b[2J  M.A      \\x07   1 ms", tableLines({row})[1].toStdString());
+    ValueRow row = {"\x1b[2J", "M.A", "\x07", Format::text, 1, Quality::bad, "\x1b[31m"};
+    EXPECT_EQ("\\x1b[2J  M.A      \\x07 !  1 ms  bad: \\x1b[31m",
+              tableLines({row})[1].toStdString());
 }
 
 TEST(Rows, CsvHasAHeadingAndQuotesEveryLineBreak)
 {
-    EXPECT_EQ("time,name,address,value,age_ms", csvHeading().toStdString());
+    EXPECT_EQ("time,name,address,value,age_ms,quality,reason", csvHeading().toStdString());
     const auto value = [](const char* text) {
-        return csvLine({"n", "a", text, project::Format::text, 1}, "T").toStdString();
+        return csvLine(good(text, Format::text), "T").toStdString();
     };
-    EXPECT_EQ("T,n,a,\"x\ny\",1", value("x\ny"));
-    EXPECT_EQ("T,n,a,\"x\ry\",1", value("x\ry"));
-    EXPECT_EQ("T,n,a,\"x,y\",1", value("x,y"));
-    EXPECT_EQ("T,n,a,\"\"\"\",1", value("\""));
-    EXPECT_EQ("T,n,a,x y,1", value("x y"));
-    EXPECT_EQ("T,\"a,b\",a,1,1",
-              csvLine({"a,b", "a", "1", project::Format::bit, 1}, "T").toStdString());
+    EXPECT_EQ("T,n,a,\"x\ny\",7,good,", value("x\ny"));
+    EXPECT_EQ("T,n,a,\"x\ry\",7,good,", value("x\ry"));
+    EXPECT_EQ("T,n,a,\"x,y\",7,good,", value("x,y"));
+    EXPECT_EQ("T,n,a,\"\"\"\",7,good,", value("\""));
+    EXPECT_EQ("T,n,a,x y,7,good,", value("x y"));
+    EXPECT_EQ("T,\"a,b\",a,1,1,good,",
+              csvLine({"a,b", "a", "1", Format::bit, 1, Quality::good}, "T").toStdString());
 }
 
 TEST(Rows, NamesOfOutputFormats)

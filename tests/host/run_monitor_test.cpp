@@ -32,6 +32,7 @@ public:
     }
     void change(const ValueRow& row, WallClock::time_point time) override
     {
+        changed_ = row;
         changes_.push_back((utcText(time) + " " + row.address + " " + row.value).toStdString());
     }
     void message(const QString& text) override { messages_.push_back(text.toStdString()); }
@@ -41,6 +42,7 @@ public:
     LineState state_;
     int shown_ = 0;
     Lines changes_;
+    ValueRow changed_; // last
     Lines messages_;
 };
 
@@ -64,7 +66,8 @@ class Monitor : public testing::Test
 protected:
     RunMonitor& open(bool everyChange = false)
     {
-        monitor_ = std::make_unique<RunMonitor>(feed_, kController, view_, everyChange);
+        monitor_ = std::make_unique<RunMonitor>(feed_, QualityRules{2000, kController}, view_,
+                                                everyChange);
         return *monitor_;
     }
 
@@ -228,14 +231,88 @@ TEST_F(Monitor, WithoutChangesGapsAreOnlyCounted)
     EXPECT_EQ(64u, monitor_->figures().missed);
 }
 
+TEST_F(Monitor, ASilentControllerIsToldWhenARequestIsGivenUpAndWhenItAnswersAgain)
+{
+    open();
+    Exchange late = madeEnd(ExchangeEnd::timeout, 9);
+    late.replyTimeoutMs = 500;
+    late.endedAt = Clock::now();
+    EXPECT_EQ(Lines{"connected to plant:5020"}, messagesOf({entryWith(FeedKind::connected)}));
+    feed_.publish(late);
+    EXPECT_EQ(Lines(), messagesOf({})) << "one lost reply is no news";
+    EXPECT_EQ("- no reply from plant:5020 yet: the controller did not answer within 500 ms",
+              state());
+    EXPECT_EQ(Lines{"no reply from plant:5020: the controller did not answer within 500 ms"},
+              messagesOf({entryWith(FeedKind::gaveUp)}));
+    feed_.publish(late);
+    EXPECT_EQ(Lines(), messagesOf({entryWith(FeedKind::gaveUp)})) << "told once";
+    feed_.publish(wordsRead({{1, 1}}, 0));
+    EXPECT_EQ(Lines{"plant:5020 answers again"}, messagesOf({}));
+    EXPECT_EQ("+ connected to plant:5020", state());
+    feed_.publish(wordsRead({{1, 1}}, 0));
+    EXPECT_EQ(Lines(), messagesOf({}));
+}
+
+TEST_F(Monitor, KnowsWhetherThereEverWasAConnection)
+{
+    open();
+    messagesOf({entryWith(FeedKind::connectFailed, "refused")});
+    EXPECT_FALSE(monitor_->wasConnected());
+    messagesOf({entryWith(FeedKind::connected), entryWith(FeedKind::connectionLost, "cut")});
+    EXPECT_TRUE(monitor_->wasConnected());
+}
+
+TEST_F(Monitor, AQualityThatChangesIsAChange)
+{
+    open(true);
+    feed_.publish(
+        madePlan(1, {madeVariable(DataType::word, 160), madeVariable(DataType::word, 176)}));
+    feed_.publish(entryNow(FeedKind::connected));
+    feed_.publish(wordsRead({{160, 7}}, kNoon));
+    monitor_->look();
+    ASSERT_EQ(1u, view_.changes_.size());
+    const Clock::time_point now = Clock::now();
+    monitor_->tellQualities(now);
+    EXPECT_EQ(1u, view_.changes_.size()) << "nothing is new";
+    monitor_->tellQualities(now + std::chrono::seconds(10));
+    ASSERT_EQ(2u, view_.changes_.size());
+    EXPECT_EQ(Quality::stale, view_.changed_.quality);
+    EXPECT_EQ("M.at160", view_.changed_.address.toStdString());
+    EXPECT_EQ("7", view_.changed_.value.toStdString());
+    monitor_->tellQualities(now + std::chrono::seconds(11));
+    EXPECT_EQ(2u, view_.changes_.size()) << "told once";
+    monitor_->tellQualities(now);
+    ASSERT_EQ(3u, view_.changes_.size());
+    EXPECT_EQ(Quality::good, view_.changed_.quality);
+    messagesOf({madePlan(2, {madeVariable(DataType::word, 160)})});
+    monitor_->tellQualities(now);
+    EXPECT_EQ(3u, view_.changes_.size()) << "known before the list changed";
+}
+
+TEST_F(Monitor, RowsHaveTheirQuality)
+{
+    open();
+    feed_.publish(entryNow(FeedKind::connected));
+    feed_.publish(madePlan(1, {madeVariable(DataType::word, 160)}));
+    feed_.publish(wordsRead({{160, 7}}, kNoon));
+    messagesOf({entryWith(FeedKind::connectionLost, "cut")});
+    state();
+    ASSERT_EQ(1u, view_.rows_.size());
+    EXPECT_EQ(Quality::stale, view_.rows_[0].quality);
+    EXPECT_EQ("not connected to plant:5020: cut", view_.rows_[0].reason.toStdString());
+    EXPECT_EQ("7", view_.rows_[0].value.toStdString());
+}
+
 TEST(ChangeLines, InEachFormatAtTheTimeOfTheReply)
 {
     const auto linesOf = [](OutputFormat format) {
         CapturedConsole captured;
         {
             Feed feed;
-            const std::unique_ptr<RunView> view = makeRunView(format, false, false, captured.console());
-            RunMonitor monitor(feed, kController, *view, true);
+            const std::unique_ptr<RunView> view =
+                makeRunView(format, false, false, captured.console());
+            RunMonitor monitor(feed, {2000, kController}, *view, true);
+            feed.publish(entryNow(FeedKind::connected));
             PolledElement level = madeVariable(DataType::word, 160);
             level.name = "level";
             feed.publish(madePlan(1, {level, madeBitOf(DataType::word, 160, 0)}));
@@ -253,20 +330,20 @@ TEST(ChangeLines, InEachFormatAtTheTimeOfTheReply)
               "2026-03-01T12:00:00.002Z  M.at160.b[0] = 1\n",
               linesOf(OutputFormat::table));
     EXPECT_EQ(
-        R"({"address":"M.at160","name":"level","time":"2026-03-01T12:00:00.000Z","value":2})"
+        R"({"address":"M.at160","name":"level","quality":"good","reason":null,"time":"2026-03-01T12:00:00.000Z","value":2})"
         "\n"
-        R"({"address":"M.at160.b[0]","name":"M.at160.b[0]","time":"2026-03-01T12:00:00.000Z","value":0})"
+        R"({"address":"M.at160.b[0]","name":"M.at160.b[0]","quality":"good","reason":null,"time":"2026-03-01T12:00:00.000Z","value":0})"
         "\n"
-        R"({"address":"M.at160","name":"level","time":"2026-03-01T12:00:00.002Z","value":3})"
+        R"({"address":"M.at160","name":"level","quality":"good","reason":null,"time":"2026-03-01T12:00:00.002Z","value":3})"
         "\n"
-        R"({"address":"M.at160.b[0]","name":"M.at160.b[0]","time":"2026-03-01T12:00:00.002Z","value":1})"
+        R"({"address":"M.at160.b[0]","name":"M.at160.b[0]","quality":"good","reason":null,"time":"2026-03-01T12:00:00.002Z","value":1})"
         "\n",
         linesOf(OutputFormat::json));
-    EXPECT_EQ("time,name,address,value,age_ms\n"
-              "2026-03-01T12:00:00.000Z,level,M.at160,2,0\n"
-              "2026-03-01T12:00:00.000Z,M.at160.b[0],M.at160.b[0],0,0\n"
-              "2026-03-01T12:00:00.002Z,level,M.at160,3,0\n"
-              "2026-03-01T12:00:00.002Z,M.at160.b[0],M.at160.b[0],1,0\n",
+    EXPECT_EQ("time,name,address,value,age_ms,quality,reason\n"
+              "2026-03-01T12:00:00.000Z,level,M.at160,2,0,good,\n"
+              "2026-03-01T12:00:00.000Z,M.at160.b[0],M.at160.b[0],0,0,good,\n"
+              "2026-03-01T12:00:00.002Z,level,M.at160,3,0,good,\n"
+              "2026-03-01T12:00:00.002Z,M.at160.b[0],M.at160.b[0],1,0,good,\n",
               linesOf(OutputFormat::csv));
 }
 

@@ -4,6 +4,9 @@
 #include "host/run_monitor.h"
 #include "host/statistics_report.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+
 #include <gtest/gtest.h>
 
 namespace tavmir::host
@@ -42,6 +45,14 @@ LineFigures distinctFigures()
     figures.roundTrip.add(1000);
     figures.roundTrip.add(2000);
     figures.roundTrip.add(12500);
+    figures.exceptionsByCode = {{2, 7}, {99, 1}};
+    figures.byElements.take(madeRead(kReadBits, 1, {{3, 1}}, momentAt(1)));
+    Exchange late = madeRead(kReadWords, 7, {{16, 1}}, momentAt(1));
+    late.end = ExchangeEnd::timeout;
+    late.replyTimeoutMs = 500;
+    late.endedWall = WallClock::time_point(std::chrono::seconds(5));
+    figures.byElements.take(late);
+    figures.lastError.take(entryOf(late));
     return figures;
 }
 
@@ -51,11 +62,12 @@ TEST(Statistics, AsLines)
 {
     EXPECT_EQ("statistics of 2.5 s\n"
               "  requests: 101\n"
+              "  attempts: 204\n"
               "  replies: 102\n"
               "  retries: 103\n"
               "  give-ups: 104\n"
               "  time-outs: 105\n"
-              "  requests without a connection: 106\n"
+              "  requests that never left: 106\n"
               "  requests lost with a connection: 107\n"
               "  requests to stations switched off: 108\n"
               "  exception replies: 109\n"
@@ -68,30 +80,82 @@ TEST(Statistics, AsLines)
               "  bytes sent: 116\n"
               "  bytes received: 117\n"
               "  events missed by these statistics: 118\n"
+              "  events were missed: what they held is in none of these figures\n"
+              "  exceptions by code: 7 times exception 2 (illegal data address), 1 times exception "
+              "99\n"
+              "  last error: 1970-01-01T00:00:05.000Z the controller did not answer within 500 ms\n"
               "  round trip: minimum 1.0 us, mean 5.2 us, p99 12.5 us\n"
               "  scans per second: 40.0\n"
-              "  events were missed: what they held is in none of these figures\n"
               "  writes: 31 asked, 1 done, 2 refused, 4 not sent, 8 unknown, 16 partial\n"
               "  one-shot reads: 3100 asked, 100 done, 200 refused, 400 not sent, 800 unknown, "
-              "1600 partial",
+              "1600 partial\n"
+              "  by element group:\n"
+              "    bits of station 1: 1 sent, 1 good, 0 failed, mean 1000.0 us, p99 1000.0 us\n"
+              "    words of station 7: 1 sent, 0 good, 1 failed, mean 0.0 us, p99 0.0 us",
               statisticsLines(distinctFigures(), 2.5, 10).join('\n').toStdString());
 }
 
 TEST(Statistics, AsJson)
 {
-    const QJsonObject json = statisticsJson(distinctFigures(), 2.5, 10);
-    EXPECT_DOUBLE_EQ(15500.0 / 3000, json["roundTripMeanUs"].toDouble());
-    QJsonObject exact = json;
-    exact.remove("roundTripMeanUs");
-    EXPECT_EQ(R"({"brokenStreams":112,"bytesReceived":117,"bytesSent":116,"connectFailures":114,)"
-              R"("connects":113,"discarded":110,"exceptions":109,"giveUps":104,"lost":107,)"
-              R"("lostConnections":115,"missed":118,"notConnected":106,)"
-              R"("reads":{"asked":3100,"done":100,"notSent":400,"partial":1600,"refused":200,)"
-              R"("unknown":800},"refusedReplies":111,"replies":102,"requests":101,"retries":103,)"
-              R"("roundTripMinUs":1,"roundTripP99Us":12.5,"scansPerSecond":40,"seconds":2.5,)"
-              R"("suppressed":108,"timeouts":105,)"
+    QJsonObject json = statisticsJson(distinctFigures(), 2.5, 10);
+    const QJsonObject trip = json.take("roundTrip").toObject();
+    EXPECT_EQ(1.0, trip["minimumUs"].toDouble());
+    EXPECT_DOUBLE_EQ(15500.0 / 3000, trip["meanUs"].toDouble());
+    EXPECT_EQ(12.5, trip["p99Us"].toDouble());
+    EXPECT_EQ(3, trip.size());
+    EXPECT_EQ(R"({"attempts":204,"brokenStreamsClosed":112,"byElementGroup":[{"elements":"bits",)"
+              R"("failed":0,"good":1,"meanUs":1000,"p99Us":1000,"sent":1,"station":1},)"
+              R"({"elements":"words","failed":1,"good":0,"meanUs":0,"p99Us":0,"sent":1,)"
+              R"("station":7}],"bytesReceived":117,"bytesSent":116,"connects":113,)"
+              R"("eventsMissedByTheseStatistics":118,"exceptionReplies":109,)"
+              R"("exceptionsByCode":{"2":7,"99":1},"failedConnects":114,"giveUps":104,)"
+              R"("lastError":{"reason":"the controller did not answer within 500 ms",)"
+              R"("time":"1970-01-01T00:00:05.000Z"},"lateOrForeignFramesDropped":110,)"
+              R"("lostConnections":115,)"
+              R"("oneShotReads":{"asked":3100,"done":100,"notSent":400,"partial":1600,)"
+              R"("refused":200,"unknown":800},"replies":102,"repliesOfWrongLength":111,)"
+              R"("requests":101,"requestsLostWithAConnection":107,"requestsThatNeverLeft":106,)"
+              R"("requestsToStationsSwitchedOff":108,"retries":103,"scansPerSecond":40,)"
+              R"("seconds":2.5,"timeOuts":105,)"
               R"("writes":{"asked":31,"done":1,"notSent":4,"partial":16,"refused":2,"unknown":8}})",
-              jsonLine(exact).toStdString());
+              jsonLine(json).toStdString());
+}
+
+TEST(Statistics, KeysAreTheLabelsInCamelCase)
+{
+    EXPECT_EQ("requestsLostWithAConnection",
+              statisticsKey("requests lost with a connection").toStdString());
+    EXPECT_EQ("giveUps", statisticsKey("give-ups").toStdString());
+    EXPECT_EQ("p99Us", statisticsKey("p99 us").toStdString());
+    const QJsonObject json = statisticsJson(distinctFigures(), 2.5, 10);
+    int labels = 0;
+    for (const QString& line : statisticsLines(distinctFigures(), 2.5, 10)) {
+        // "  label: …"; what stands deeper is part of the line above, and one line is a remark.
+        if (!line.startsWith("  ") || line.startsWith("    ") ||
+            line.startsWith("  events were missed")) {
+            continue;
+        }
+        const QString label = line.section(':', 0, 0).trimmed();
+        EXPECT_TRUE(json.contains(statisticsKey(label))) << label.toStdString();
+        ++labels;
+    }
+    EXPECT_EQ(labels + 1, json.size()) << "and the seconds of the heading";
+}
+
+TEST(Statistics, EachKeyIsInTheManual)
+{
+    QFile manual(TAVMIR_HOST_MANUAL);
+    ASSERT_TRUE(manual.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(manual.readAll());
+    const QJsonObject json = statisticsJson(distinctFigures(), 2.5, 10);
+    QStringList keys = json.keys();
+    for (const char* part : {"roundTrip", "writes", "lastError"}) {
+        keys += json[part].toObject().keys();
+    }
+    keys += json["byElementGroup"].toArray().at(0).toObject().keys();
+    for (const QString& key : keys) {
+        EXPECT_TRUE(text.contains("*" + key + "*")) << key.toStdString();
+    }
 }
 
 TEST(Statistics, WithoutElementsOrTimeThereAreNoScans)
@@ -100,20 +164,24 @@ TEST(Statistics, WithoutElementsOrTimeThereAreNoScans)
     EXPECT_EQ(0.0, statisticsJson(figures, 2.5, 0)["scansPerSecond"].toDouble(-1));
     EXPECT_EQ(0.0, statisticsJson(figures, 0, 10)["scansPerSecond"].toDouble(-1));
     EXPECT_EQ(50.0, statisticsJson(figures, 2, 10)["scansPerSecond"].toDouble(-1));
-    EXPECT_EQ("  scans per second: 0.0", statisticsLines(figures, 2.5, 0)[20].toStdString());
+    EXPECT_EQ("  scans per second: 0.0", statisticsLines(figures, 2.5, 0)[24].toStdString());
 }
 
 TEST(Statistics, OfNothing)
 {
     const QStringList lines = statisticsLines(LineFigures(), 0, 0);
-    ASSERT_EQ(23, lines.size());
+    ASSERT_EQ(27, lines.size());
     EXPECT_EQ("statistics of 0.0 s", lines[0].toStdString());
-    for (int i = 1; i <= 18; ++i) {
+    for (int i = 1; i <= 19; ++i) {
         EXPECT_TRUE(lines[i].endsWith(": 0")) << lines[i].toStdString();
     }
-    EXPECT_EQ("  round trip: minimum 0.0 us, mean 0.0 us, p99 0.0 us", lines[19].toStdString());
+    EXPECT_EQ("  exceptions by code: none", lines[20].toStdString());
+    EXPECT_EQ("  last error: none", lines[21].toStdString());
+    EXPECT_EQ("  round trip: minimum 0.0 us, mean 0.0 us, p99 0.0 us", lines[22].toStdString());
     EXPECT_EQ("  writes: 0 asked, 0 done, 0 refused, 0 not sent, 0 unknown, 0 partial",
-              lines[21].toStdString());
+              lines[24].toStdString());
+    EXPECT_EQ("  by element group:", lines[26].toStdString());
+    EXPECT_TRUE(statisticsJson(LineFigures(), 0, 0)["lastError"].isNull());
 }
 
 TEST(Statistics, OfARunThatAFeedTells)
@@ -127,7 +195,7 @@ TEST(Statistics, OfARunThatAFeedTells)
     };
     Feed feed;
     NoView view;
-    RunMonitor monitor(feed, "c", view, false);
+    RunMonitor monitor(feed, {2000, "c"}, view, false);
     feed.publish(entryNow(FeedKind::connected));
     for (int i = 0; i < 4; ++i) {
         feed.publish(madeRead(kReadWords, 1, {{16, 1}, {32, 2}}, momentAt(i)));
@@ -140,15 +208,15 @@ TEST(Statistics, OfARunThatAFeedTells)
     const QJsonObject json = statisticsJson(monitor.figures(), 2, 2);
     EXPECT_EQ(5, json["requests"].toInt());
     EXPECT_EQ(4, json["replies"].toInt());
-    EXPECT_EQ(1, json["timeouts"].toInt());
+    EXPECT_EQ(1, json["timeOuts"].toInt());
     EXPECT_EQ(1, json["connects"].toInt());
     EXPECT_EQ(4 * 17 + 9, json["bytesSent"].toInt());
     EXPECT_EQ(4 * 21, json["bytesReceived"].toInt());
     EXPECT_EQ(2.0, json["scansPerSecond"].toDouble());
-    EXPECT_EQ(1000.0, json["roundTripMinUs"].toDouble());
+    EXPECT_EQ(1000.0, json["roundTrip"].toObject()["minimumUs"].toDouble());
     EXPECT_EQ(1, json["writes"].toObject()["unknown"].toInt());
     EXPECT_EQ(1, json["writes"].toObject()["asked"].toInt());
-    EXPECT_EQ(0, json["reads"].toObject()["asked"].toInt());
+    EXPECT_EQ(0, json["oneShotReads"].toObject()["asked"].toInt());
 }
 
 } // namespace tavmir::host

@@ -85,6 +85,36 @@ TEST(ValueRow, OfBytes)
     EXPECT_EQ("1", row.value.toStdString());
     EXPECT_EQ(Format::bit, row.format);
     EXPECT_EQ(17, row.ageMs.value());
+    EXPECT_EQ(Quality::good, row.quality);
+}
+
+TEST(ValueRow, HasTheQualityOfItsVariable)
+{
+    ValueFold values(QualityRules{1000, "plant:5020"});
+    values.watch({madeVariable(DataType::word, 160), madeVariable(DataType::word, 176)});
+    FeedEntry connected;
+    connected.kind = FeedKind::connected;
+    values.take(connected);
+    values.take(entryOf(madeRead(kReadWords, 1, {{160, 1}}, momentAt(10))));
+    EXPECT_EQ(Quality::good, rowsOf(values, momentAt(1010))[0].quality);
+    EXPECT_EQ("", rowsOf(values, momentAt(1010))[0].reason.toStdString());
+    const std::vector<ValueRow> rows = rowsOf(values, momentAt(1011));
+    EXPECT_EQ(Quality::stale, rows[0].quality);
+    EXPECT_EQ("not read for 1.0 s", rows[0].reason.toStdString());
+    EXPECT_EQ("1", rows[0].value.toStdString()) << "the last one that was received";
+    EXPECT_EQ(1001, rows[0].ageMs.value());
+    EXPECT_EQ(Quality::never, rows[1].quality);
+    EXPECT_EQ("no reply has brought it yet", rows[1].reason.toStdString());
+}
+
+TEST(ValueRow, WithoutAValueHasAReason)
+{
+    const ValueRow row = rowWithout(madeVariable(DataType::bit, 3), {Quality::bad, "refused"});
+    EXPECT_EQ("M.at3", row.name.toStdString());
+    EXPECT_TRUE(row.value.isNull());
+    EXPECT_FALSE(row.ageMs);
+    EXPECT_EQ(Quality::bad, row.quality);
+    EXPECT_EQ("refused", row.reason.toStdString());
 }
 
 TEST(ValueRow, WhatCannotBePrintedIsEscaped)

@@ -18,8 +18,9 @@ namespace
 using project::Format;
 
 const std::vector<ValueRow> kRows = {
-    {"level", "M.w", "12", Format::unsignedNumber, 5},
-    {"never", "M.x", QString(), Format::unsignedNumber, std::nullopt},
+    {"level", "M.w", "12", Format::unsignedNumber, 5, Quality::good},
+    {"never", "M.x", QString(), Format::unsignedNumber, std::nullopt, Quality::never, "why"},
+    {"old", "M.y", "7", Format::unsignedNumber, 9, Quality::stale, "late"},
 };
 const LineState kConnected = {true, "connected to h:1"};
 
@@ -56,9 +57,10 @@ TEST(PlainView, ShowsABlockOfText)
 {
     const Shown shown = shownBy<PlainView>([](RunView& view) { view.show(kRows, kConnected); });
     EXPECT_EQ("T  connected to h:1\n"
-              "NAME   ADDRESS  VALUE    AGE\n"
+              "NAME   ADDRESS  VALUE    AGE  QUALITY\n"
               "level  M.w      12      5 ms\n"
-              "never  M.x      –      never\n"
+              "never  M.x      –      never  never: why\n"
+              "old    M.y      7 ~     9 ms  stale: late\n"
               "\n",
               withoutTimes(shown.out));
     EXPECT_EQ("", shown.err);
@@ -68,10 +70,12 @@ TEST(PlainView, ShowsAChangeWithTheTimeOfItsReply)
 {
     const Shown shown = shownBy<PlainView>([](RunView& view) {
         view.change(kRows[0], kThen);
-        view.change({"t", "M.t", "a\nb", Format::text, 0}, kThen);
+        view.change({"t", "M.t", "a\nb", Format::text, 0, Quality::good}, kThen);
+        view.change(kRows[2], kThen);
     });
     EXPECT_EQ("2026-03-01T12:00:00.123Z  M.w = 12\n"
-              "2026-03-01T12:00:00.123Z  M.t = a\\x0ab\n",
+              "2026-03-01T12:00:00.123Z  M.t = a\\x0ab\n"
+              "2026-03-01T12:00:00.123Z  M.y = 7 ~ (stale: late)\n",
               shown.out);
 }
 
@@ -85,17 +89,33 @@ TEST(PlainView, MessagesStandBesideTheValues)
     EXPECT_EQ("connected\n", shown.err);
 }
 
+TEST(PlainView, ColoursWhatIsNotGoodWhenToldTo)
+{
+    CapturedConsole captured;
+    {
+        PlainView view(captured.console(), true);
+        view.show({kRows[2]}, kConnected);
+        view.change(kRows[2], kThen);
+    }
+    captured.finish();
+    EXPECT_NE(std::string::npos, captured.out().find("M.y      \x1b[2m7 ~  \x1b[0m  9 ms"))
+        << captured.out();
+    EXPECT_NE(std::string::npos, captured.out().find("M.y = \x1b[2m7 ~\x1b[0m (stale: late)"));
+}
+
 TEST(JsonView, ShowsAllValuesInOneLine)
 {
     const Shown shown = shownBy<JsonView>([](RunView& view) {
         view.show(kRows, kConnected);
         view.show({}, {false, "not connected"});
     });
-    EXPECT_EQ(R"({"connected":true,"time":"T","values":[)"
-              R"({"address":"M.w","ageMs":5,"name":"level","value":12},)"
-              R"({"address":"M.x","ageMs":null,"name":"never","value":null}]})"
+    EXPECT_EQ(R"({"connected":true,"state":"connected to h:1","time":"T","values":[)"
+              R"({"address":"M.w","ageMs":5,"name":"level","quality":"good","reason":null,)"
+              R"("value":12},{"address":"M.x","ageMs":null,"name":"never","quality":"never",)"
+              R"("reason":"why","value":null},{"address":"M.y","ageMs":9,"name":"old",)"
+              R"("quality":"stale","reason":"late","value":7}]})"
               "\n"
-              R"({"connected":false,"time":"T","values":[]})"
+              R"({"connected":false,"state":"not connected","time":"T","values":[]})"
               "\n",
               withoutTimes(shown.out));
     EXPECT_EQ("", shown.err);
@@ -104,7 +124,8 @@ TEST(JsonView, ShowsAllValuesInOneLine)
 TEST(JsonView, ShowsAChangeWithTheTimeOfItsReply)
 {
     const Shown shown = shownBy<JsonView>([](RunView& view) { view.change(kRows[0], kThen); });
-    EXPECT_EQ(R"({"address":"M.w","name":"level","time":"2026-03-01T12:00:00.123Z","value":12})"
+    EXPECT_EQ(R"({"address":"M.w","name":"level","quality":"good","reason":null,)"
+              R"("time":"2026-03-01T12:00:00.123Z","value":12})"
               "\n",
               shown.out);
 }
@@ -125,9 +146,9 @@ TEST(CsvView, ShowsAHeadingOnceAndARowForEachValue)
         view.show(kRows, kConnected);
         view.show(kRows, kConnected);
     });
-    EXPECT_EQ("time,name,address,value,age_ms\n"
-              "T,level,M.w,12,5\nT,never,M.x,,\n"
-              "T,level,M.w,12,5\nT,never,M.x,,\n",
+    EXPECT_EQ("time,name,address,value,age_ms,quality,reason\n"
+              "T,level,M.w,12,5,good,\nT,never,M.x,,,never,why\nT,old,M.y,7,9,stale,late\n"
+              "T,level,M.w,12,5,good,\nT,never,M.x,,,never,why\nT,old,M.y,7,9,stale,late\n",
               withoutTimes(shown.out));
     EXPECT_EQ("", shown.err);
 }
@@ -135,18 +156,18 @@ TEST(CsvView, ShowsAHeadingOnceAndARowForEachValue)
 TEST(CsvView, WithoutValuesThereIsTheHeadingAlone)
 {
     const Shown shown = shownBy<CsvView>([](RunView& view) { view.show({}, kConnected); });
-    EXPECT_EQ("time,name,address,value,age_ms\n", shown.out);
+    EXPECT_EQ("time,name,address,value,age_ms,quality,reason\n", shown.out);
 }
 
 TEST(CsvView, ShowsAChangeAsARowAtTheTimeOfItsReply)
 {
     const Shown shown = shownBy<CsvView>([](RunView& view) {
-        view.change({"level", "M.w", "12", Format::unsignedNumber, 0}, kThen);
-        view.change({"level", "M.w", "13", Format::unsignedNumber, 0}, kThen);
+        view.change({"level", "M.w", "12", Format::unsignedNumber, 0, Quality::good}, kThen);
+        view.change({"level", "M.w", "13", Format::unsignedNumber, 0, Quality::good}, kThen);
     });
-    EXPECT_EQ("time,name,address,value,age_ms\n"
-              "2026-03-01T12:00:00.123Z,level,M.w,12,0\n"
-              "2026-03-01T12:00:00.123Z,level,M.w,13,0\n",
+    EXPECT_EQ("time,name,address,value,age_ms,quality,reason\n"
+              "2026-03-01T12:00:00.123Z,level,M.w,12,0,good,\n"
+              "2026-03-01T12:00:00.123Z,level,M.w,13,0,good,\n",
               shown.out);
 }
 

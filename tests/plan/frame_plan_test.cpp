@@ -95,17 +95,56 @@ TEST(FramePlan, InWords)
     PlannedFrame rest = words;
     rest.elements = {{ElementClass::words, 6432, 1}, {ElementClass::words, 9999, 1}};
     rest.end = BatchEnd::endOfList;
-    EXPECT_EQ(
-        (std::vector<std::string>{
-            "4 variables, 5 elements on the wire, 3 requests a pass",
-            "request 1: function 'd', 1 bits of station 1, 13 bytes out, 14 back",
-            "  variables: M.bit", "  ends because the next element has another data type",
-            "request 2: function 'f', 3 words of station 1, 21 bytes out, 27 back",
-            "  variables: flag, title (2 of 3 words), M.inText",
-            "  ends because the byte budget of a request is used up",
-            "request 3: function 'f', 2 words of station 1, 21 bytes out, 27 back",
-            "  variables: title (1 of 3 words)", "  ends because the polled list is through"}),
-        linesOf(describePlan({bits, words, rest}, polledElements(project))));
+    EXPECT_EQ((std::vector<std::string>{
+                  "4 variables, 5 elements on the wire, 3 requests a pass",
+                  "request 1: function 'd', 1 bits of station 1, 13 bytes out, 14 back",
+                  "  variables: M.bit", "  ends because the next element has another data type",
+                  "request 2: function 'f', 3 words of station 1, 21 bytes out, 27 back",
+                  "  variables: flag, title (2 of 3 words), M.inText",
+                  "  ends because the byte budget of a request is used up",
+                  "request 3: function 'f', 2 words of station 1, 21 bytes out, 27 back",
+                  "  variables: title (1 of 3 words)", "  ends because the polled list is through",
+                  "text title: polled as 3 words, M.text~words"}),
+              linesOf(describePlan({bits, words, rest}, polledElements(project))));
+}
+
+TEST(FramePlan, ALastRequestThatWrapsAroundIsSaidAsSuch)
+{
+    PlannedFrame first = frameOf('f', 38);
+    first.end = BatchEnd::byteBudget;
+    PlannedFrame last = frameOf('f', 38);
+    last.wrapped = 26;
+    last.end = BatchEnd::byteBudget;
+    EXPECT_DOUBLE_EQ(50.0 / 38, requestsPerPass({first, last}));
+    EXPECT_DOUBLE_EQ(1, requestsPerPass({first}));
+    EXPECT_DOUBLE_EQ(0, requestsPerPass({}));
+    const auto lines = linesOf(describePlan({first, last}, {}));
+    ASSERT_EQ(7u, lines.size());
+    EXPECT_EQ("0 variables, 0 elements on the wire, 1.3 requests a pass on average", lines[0]);
+    EXPECT_EQ("  ends because the byte budget of a request is used up", lines[3]);
+    EXPECT_EQ("  wraps around: 12 elements to the end of the polled list, then 26 from its head; "
+              "the next pass begins behind them",
+              lines[6]);
+}
+
+TEST(FramePlan, TypesThatAlternateAreHintedAt)
+{
+    const auto ending = [](unsigned char function, BatchEnd end) {
+        PlannedFrame frame = frameOf(function, 1);
+        frame.end = end;
+        return frame;
+    };
+    const std::vector<PlannedFrame> alternating = {
+        ending('d', BatchEnd::typeChange), ending('l', BatchEnd::typeChange),
+        ending('l', BatchEnd::typeChange), ending('l', BatchEnd::endOfList)};
+    EXPECT_EQ("hint: 2 of 4 requests end early, because data types alternate that are asked for "
+              "alike; with one data type their elements would share requests",
+              linesOf(describePlan(alternating, {})).back());
+    const std::vector<PlannedFrame> classes = {ending('d', BatchEnd::typeChange),
+                                               ending('f', BatchEnd::byteBudget),
+                                               ending('f', BatchEnd::endOfList)};
+    EXPECT_EQ("  ends because the polled list is through",
+              linesOf(describePlan(classes, {})).back());
 }
 
 TEST(FramePlan, NothingInWords)

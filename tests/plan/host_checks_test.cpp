@@ -2,6 +2,7 @@
 #include "plan/host_checks.h"
 
 #include "plan_project.h"
+#include "project/raw_address.h"
 
 namespace tavmir::host
 {
@@ -72,6 +73,19 @@ TEST(HostChecks, ElementsAreThoseOfTheProject)
               refusalOfExchange(project, element).toStdString());
     element.addressText = "M.nothing";
     EXPECT_EQ("label M has no variable nothing", refusalOfExchange(project, element).toStdString());
+}
+
+TEST(HostChecks, ElementsWithoutAVariableAreWhatTheirTextSays)
+{
+    const project::Project project = planProject("");
+    project::Element element = project::rawElement(project::DataType::dword, 4000);
+    EXPECT_EQ("", refusalOfExchange(project, element).toStdString());
+    element.address = 4008;
+    EXPECT_EQ("~.dword0[4000].v is not what it stands for",
+              refusalOfExchange(project, element).toStdString());
+    element = project::rawElement(project::DataType::word, 16);
+    element.type = project::DataType::bit;
+    EXPECT_NE("", refusalOfExchange(project, element).toStdString());
 }
 
 TEST(HostChecks, PollingAnElementThatIsNoneIsRefused)

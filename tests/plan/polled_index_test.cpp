@@ -2,6 +2,7 @@
 #include "plan/polled_index.h"
 
 #include "plan_project.h"
+#include "project/raw_address.h"
 
 namespace tavmir::host
 {
@@ -97,9 +98,19 @@ TEST_F(Index, FurtherEntriesDecide)
     EXPECT_EQ(Format::signedNumber, formatOf("M.a[1]"));
 }
 
+TEST_F(Index, WithoutAVariableAnElementIsAtTheProjectsStationAndMeantAsPolled)
+{
+    open(R"({ "address": "M.w", "station": 2, "format": "hex" })");
+    const project::Element word = project::rawElement(project::DataType::word, 3200);
+    EXPECT_EQ(4, index_->stationOf(word));
+    EXPECT_EQ(Format::hex, index_->formatOf(word));
+    EXPECT_EQ(Format::unsignedNumber,
+              index_->formatOf(project::rawElement(project::DataType::word, 3216)));
+}
+
 TEST_F(Index, WithOneStationForAllEverythingIsThere)
 {
-    open(R"({ "address": "M.w", "station": 2 })", R"("station": 4)");
+    open(R"({ "address": "M.w" })", R"("station": 4)");
     EXPECT_EQ(4, stationOf("M.w"));
     index_->add({entry("M.w", 9, Format::hex)});
     EXPECT_EQ(4, stationOf("M.w"));
@@ -133,6 +144,68 @@ TEST_F(Index, ABitThatIsPolledFirstDoesNotDecideItsWordsFormat)
     open(R"({ "address": "M.w.b[3]" }, { "address": "M.w", "format": "hex" })");
     EXPECT_EQ(Format::hex, formatOf("M.w"));
     EXPECT_EQ(Format::bit, formatOf("M.w.b[3]"));
+}
+
+TEST_F(Index, FormatsOfArraysStructuresAndCountsAreThoseOfTheirElements)
+{
+    project_ = project::readGood(R"({
+      "types": [ { "name": "S", "size": 96, "members": [
+        { "name": "d", "type": "dword", "offset": 0 }, { "name": "w", "type": "word", "offset": 32 },
+        { "name": "r", "type": "real", "offset": 64 } ] } ],
+      "labels": [ { "name": "M", "variables": [
+        { "name": "f", "type": "dword", "address": 3200, "array": { "bounds": [[0, 9]] } },
+        { "name": "g", "type": "dword", "address": 6400, "array": { "bounds": [[0, 9]] } },
+        { "name": "second", "type": "dword", "address": 3264 },
+        { "name": "s", "type": "S", "address": 9600, "array": { "bounds": [[1, 3]] } } ] } ],
+      "polled": [ { "address": "M.f", "format": "float" }, { "address": "M.s", "format": "signed" },
+                  { "address": "M.g[2]", "count": 3, "format": "float" } ] })");
+    index_ = std::make_unique<PolledIndex>(project_);
+    EXPECT_EQ(Format::floating, formatOf("M.f[1]"));
+    EXPECT_EQ(Format::floating, formatOf("M.f[09]"));
+    EXPECT_EQ(Format::floating, formatOf("M.second")) << "another name of M.f[2]";
+    EXPECT_EQ(Format::signedNumber, formatOf("M.s[2].d"));
+    EXPECT_EQ(Format::signedNumber, formatOf("M.s[2].w"));
+    EXPECT_EQ(Format::floating, formatOf("M.s[2].r")) << "a real is a float";
+    EXPECT_EQ(Format::unsignedNumber, formatOf("M.g[1]"));
+    EXPECT_EQ(Format::floating, formatOf("M.g[2]"));
+    EXPECT_EQ(Format::floating, formatOf("M.g[4]"));
+    EXPECT_EQ(Format::unsignedNumber, formatOf("M.g[5]"));
+}
+
+TEST_F(Index, WhatIsPolledDecidesBeforeWhatIsDeclared)
+{
+    project_ = project::readGood(R"({ "labels": [ { "name": "M", "variables": [
+        { "name": "plain", "type": "word", "address": 160 },
+        { "name": "same", "type": "word", "address": 160, "format": "hex" },
+        { "name": "given", "type": "word", "address": 320, "format": "hex" },
+        { "name": "real", "type": "real", "address": 640 },
+        { "name": "asDword", "type": "dword", "address": 640 },
+        { "name": "asSigned", "type": "dword", "address": 640, "format": "signed" },
+        { "name": "twice", "type": "word", "address": 800 },
+        { "name": "alone", "type": "word", "address": 960, "format": "signed" } ] } ],
+      "polled": [ { "address": "M.plain" }, { "address": "M.given", "format": "unsigned" },
+                  { "address": "M.real" }, { "address": "M.twice", "format": "signed" },
+                  { "address": "M.twice", "name": "again" } ] })");
+    index_ = std::make_unique<PolledIndex>(project_);
+    EXPECT_EQ(Format::unsignedNumber, formatOf("M.plain"));
+    EXPECT_EQ(Format::hex, formatOf("M.same")) << "polled, but not with a format";
+    EXPECT_EQ(Format::unsignedNumber, formatOf("M.given"));
+    EXPECT_EQ(Format::floating, formatOf("M.asDword")) << "where a real is polled";
+    EXPECT_EQ(Format::signedNumber, formatOf("M.asSigned"));
+    EXPECT_EQ(Format::floating, formatOf("M.real"));
+    EXPECT_EQ(Format::signedNumber, formatOf("M.twice")) << "the one that says a format";
+    EXPECT_EQ(Format::signedNumber, formatOf("M.alone")) << "not polled";
+}
+
+TEST_F(Index, ARealStaysOneWhereADoubleWordIsPolled)
+{
+    project_ = project::readGood(R"({ "labels": [ { "name": "M", "variables": [
+        { "name": "real", "type": "real", "address": 640 },
+        { "name": "dword", "type": "dword", "address": 640 } ] } ],
+      "polled": [ { "address": "M.real" }, { "address": "M.dword", "format": "hex" } ] })");
+    index_ = std::make_unique<PolledIndex>(project_);
+    EXPECT_EQ(Format::floating, formatOf("M.real"));
+    EXPECT_EQ(Format::hex, formatOf("M.dword"));
 }
 
 TEST_F(Index, AFormatThatDoesNotFitIsPassedOver)

@@ -51,7 +51,8 @@ TEST(PolledPlan, WithStationsOfTheirOwnEntriesKeepThem)
 
 TEST(PolledPlan, OtherwiseAllArePolledAtTheProjectsStation)
 {
-    const project::Project project = planProject(kThreeStations, R"("station": 4)");
+    project::Project project = planProject(kThreeStations, kOwnStations);
+    project.connection.ownStations = false;
     EXPECT_EQ((std::vector<int>{4, 4, 4, 4}), stationsOf(polledElements(project)));
 }
 

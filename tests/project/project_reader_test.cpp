@@ -1,6 +1,8 @@
 // What a project file may hold, and the message for each thing that is wrong.
 #include "project/project_reader.h"
 
+#include "project/address_resolver.h"
+
 #include "support/temporary_folder.h"
 #include "test_project.h"
 
@@ -45,7 +47,7 @@ TEST(Reader, TakesEveryMemberOver)
     const Project project = readGood(with(R"(,
       "connection": { "host": "plc", "port": 1502, "station": 7, "stationMode": "own",
         "connectTimeoutMs": 11, "replyTimeoutMs": 12, "reconnectMinMs": 13, "reconnectMaxMs": 14,
-        "retryLimit": 0, "writeMode": "local" },
+        "passMs": 15, "retryLimit": 0, "writeMode": "local" },
       "polled": [ { "address": "L.s", "format": "signed", "station": 3 },
                   { "address": "L.v[1]", "count": 2, "name": "two" } ],
       "initial": [ { "address": "L.t", "value": "ab" }, { "address": "L.b", "value": true },
@@ -61,6 +63,7 @@ TEST(Reader, TakesEveryMemberOver)
     EXPECT_EQ(12, project.connection.replyTimeoutMs);
     EXPECT_EQ(13, project.connection.reconnectMinMs);
     EXPECT_EQ(14, project.connection.reconnectMaxMs);
+    EXPECT_EQ(15, project.connection.passMs);
     EXPECT_EQ(0, project.connection.retryLimit);
     EXPECT_FALSE(project.connection.writesToController);
     ASSERT_EQ(2u, project.polled.size());
@@ -100,6 +103,45 @@ TEST(Reader, MalformedJsonHasLineAndColumn)
     EXPECT_THAT(refusal(""), HasSubstr("test.json: line 1, column 1: "));
     EXPECT_THAT(refusal("{\"labels\": [1, 2"), HasSubstr("line 1, column"));
     EXPECT_EQ("test.json: must be one JSON object", refusal("[]"));
+}
+
+TEST(Reader, AFileThatEndsTooSoonIsCalledThat)
+{
+    const std::string place = "test.json: line ";
+    const std::string middle = ": the file ends in the middle of ";
+    EXPECT_EQ(place + "3, column 16" + middle + "a list that begins at line 2, column 11",
+              refusal("{\n\"labels\": [\n { \"name\": 1 },\n\n"));
+    EXPECT_EQ(place + "1, column 2" + middle + "an object that begins at line 1, column 1",
+              refusal("{"));
+    EXPECT_EQ(place + "1, column 10" + middle + "a text that begins at line 1, column 7",
+              refusal("{\"a\": \"xy"));
+    EXPECT_EQ(place + "1, column 4" + middle + "a text that begins at line 1, column 2",
+              refusal("{\"a"));
+    for (const char* text :
+         {"{\"a\"", "{\"a\":", "{\"a\": tru", "{\"a\": true", "{\"a\": 12", "{\"a\": -",
+          "{\"a\": 1e", "{\"a\": [1, 2", "{\"a\": [1,", "{\"a\": [1] ", "{\"a\": \"x\\",
+          "{\"a\": \"x\\u00", "{\"a\": \"\xc3", "{\"a\": {} ,", "{\"a\": {"}) {
+        EXPECT_THAT(refusal(text), HasSubstr(middle)) << text;
+    }
+    EXPECT_EQ("test.json: line 1, column 1: the file is empty", refusal(" \n"));
+}
+
+TEST(Reader, EveryBeginningOfAProjectEndsTooSoon)
+{
+    const QByteArray whole(kPlant);
+    for (int size = 1; size < whole.size(); ++size) {
+        const std::string message = refusal(whole.left(size));
+        ASSERT_THAT(message, HasSubstr(": the file ends in the middle of ")) << size;
+    }
+}
+
+TEST(Reader, WhatIsWrongBeforeTheEndIsSaidFirst)
+{
+    EXPECT_EQ("test.json: line 1, column 7: illegal number", refusal("{\"a\": ?, \"b\": ["));
+    EXPECT_THAT(refusal("{\"a\": [1}"), HasSubstr("unterminated array"));
+    EXPECT_THAT(refusal("{\"a\" 1, \"b\": {"), HasSubstr("missing name separator"));
+    EXPECT_THAT(refusal("{ \"a\": 1, \"a\": {"), HasSubstr("column 11: key \"a\" is given twice"));
+    EXPECT_THAT(refusal("{ \"labels\": [] } }"), HasSubstr("garbage at the end of the document"));
 }
 
 TEST(Reader, DuplicateKeysHaveLineAndColumn)
@@ -170,6 +212,8 @@ TEST(Reader, ConnectionIsChecked)
               refusal(R"({ "connection": { "writeMode": "x" } })"));
     EXPECT_EQ("test.json: connection.replyTimeoutMs: 0 is outside 1..600000",
               refusal(R"({ "connection": { "replyTimeoutMs": 0 } })"));
+    EXPECT_EQ("test.json: connection.passMs: -1 is outside 0..600000",
+              refusal(R"({ "connection": { "passMs": -1 } })"));
 }
 
 TEST(Reader, NamesAreChecked)
@@ -227,6 +271,59 @@ TEST(Reader, VariablesAreChecked)
     EXPECT_EQ("test.json: labels[0].variables[0]: ends beyond the last address 4294967295",
               refusal(variable(R"({ "name": "w", "type": "dword", "address": 4294967265 })")));
     readGood(variable(R"({ "name": "w", "type": "dword", "address": 4294967264 })"));
+}
+
+TEST(Reader, FormatsBelongToVariablesAndMembers)
+{
+    const Project project = readGood(R"({
+      "types": [ { "name": "S", "size": 32, "members": [
+        { "name": "f", "type": "dword", "offset": 0, "format": "float" } ] } ],
+      "labels": [ { "name": "L", "variables": [
+        { "name": "w", "type": "word", "address": 0, "format": "signed", "bits": true },
+        { "name": "v", "type": "word", "address": 160, "format": "hex",
+          "array": { "bounds": [[0, 3]] } },
+        { "name": "s", "type": "S", "address": 320, "array": { "bounds": [[0, 3]] } },
+        { "name": "b", "type": "bit", "address": 640, "format": "bit" },
+        { "name": "r", "type": "real", "address": 672, "format": "float" },
+        { "name": "p", "type": "word", "address": 704 } ] } ],
+      "initial": [ { "address": "L.s[1].f", "value": 20.5 }, { "address": "L.w", "value": -5 } ],
+      "signals": [ { "address": "L.s[0].f", "signal": "sine", "low": -0.5, "high": 1e9 } ] })");
+    const auto formatOf = [&](const char* address) {
+        return resolveAddress(project, address).element.format;
+    };
+    EXPECT_EQ(Format::signedNumber, formatOf("L.w"));
+    EXPECT_EQ(Format::hex, formatOf("L.v[3]"));
+    EXPECT_EQ(Format::floating, formatOf("L.s[2].f"));
+    EXPECT_EQ(Format::bit, formatOf("L.b"));
+    EXPECT_EQ(Format::automatic, formatOf("L.p"));
+}
+
+TEST(Reader, FormatsAreChecked)
+{
+    const auto format = [](const char* type, const char* name) {
+        return refusal(variable("{ \"name\": \"w\", \"address\": 1, \"type\": \"" +
+                                QByteArray(type) + "\", \"format\": \"" + name + "\" }"));
+    };
+    const std::string place = "test.json: labels[0].variables[0].format: ";
+    EXPECT_EQ(place + "unknown format \"octal\"", format("word", "octal"));
+    EXPECT_EQ(place + "a word is signed, unsigned or hex, not float", format("word", "float"));
+    EXPECT_EQ(place + "a dword is signed, unsigned, hex or float, not bit", format("dword", "bit"));
+    EXPECT_EQ(place + "a bit is bit, not unsigned", format("bit", "unsigned"));
+    EXPECT_EQ(place + "a real is float, not hex", format("real", "hex"));
+    EXPECT_EQ("test.json: types[0].members[0].format: a word is signed, unsigned or hex, not text",
+              refusal(type(R"({ "name": "S", "size": 16, "members": [
+                { "name": "a", "type": "word", "offset": 0, "format": "text" } ] })")));
+    EXPECT_EQ("test.json: labels[0].variables[4].format: must be a text, not a number",
+              refusal(QByteArray(with("")).replace(R"("address": 320)",
+                                                   R"("address": 320, "format": 1)")));
+    EXPECT_EQ(
+        "test.json: labels[0].variables[4].format: a structure has none; its members may have",
+        refusal(QByteArray(with("")).replace(R"("address": 320)",
+                                             R"("address": 320, "format": "hex")")));
+    EXPECT_EQ(
+        "test.json: initial[0].value: \"65535\" is not a value of L.w: signed, -32768 to 32767",
+        refusal(QByteArray(with(R"(, "initial": [ { "address": "L.w", "value": 65535 } ])"))
+                    .replace(R"("bits": true)", R"("bits": true, "format": "signed")")));
 }
 
 TEST(Reader, ArraysAreChecked)
@@ -327,6 +424,19 @@ TEST(Reader, PolledEntriesAreChecked)
         refusal(with(R"(, "polled": [ { "address": "L.v[2]", "count": 3 } ])")));
 }
 
+TEST(Reader, StationsOfPolledEntriesNeedStationsOfTheirOwn)
+{
+    const QByteArray polled =
+        R"(, "polled": [ { "address": "L.b" }, { "address": "L.w", "station": 3 } ])";
+    EXPECT_EQ("test.json: polled[1].station: needs the connection's \"stationMode\": \"own\"; with "
+              "\"default\" all is asked of its one station",
+              refusal(with(polled)));
+    EXPECT_THAT(refusal(with(R"(, "connection": { "stationMode": "default" })" + polled)),
+                HasSubstr("polled[1].station: "));
+    const Project project = readGood(with(R"(, "connection": { "stationMode": "own" })" + polled));
+    EXPECT_EQ(3, project.polled[1].station.value());
+}
+
 TEST(Reader, FormatOfManyElementsNeedNotFitAll)
 {
     readGood(with(R"(, "polled": [ { "address": "L.s", "format": "signed" } ])"));
@@ -334,13 +444,15 @@ TEST(Reader, FormatOfManyElementsNeedNotFitAll)
 
 TEST(Reader, InitialValuesAreChecked)
 {
-    EXPECT_EQ("test.json: initial[0].value: 65536 is outside -32768..65535",
+    EXPECT_EQ("test.json: initial[0].value: \"65536\" is not a value of L.w: signed or unsigned, "
+              "-32768 to 65535",
               refusal(with(R"(, "initial": [ { "address": "L.w", "value": 65536 } ])")));
     EXPECT_EQ("test.json: initial[0].value: is missing",
               refusal(with(R"(, "initial": [ { "address": "L.w" } ])")));
     EXPECT_EQ("test.json: initial[0].value: must be a number, a text, true or false",
               refusal(with(R"(, "initial": [ { "address": "L.w", "value": null } ])")));
-    EXPECT_EQ("test.json: initial[0].value: \"1.5\" is no whole number",
+    EXPECT_EQ("test.json: initial[0].value: \"1.5\" is not a value of L.w: signed or unsigned, "
+              "-32768 to 65535",
               refusal(with(R"(, "initial": [ { "address": "L.w", "value": 1.5 } ])")));
     EXPECT_EQ("test.json: initial[0].address: \"L.v\": L.v is an array and needs an index",
               refusal(with(R"(, "initial": [ { "address": "L.v", "value": 1 } ])")));
@@ -383,7 +495,8 @@ TEST(Reader, LimitsThemselvesAreAllowed)
     for (const char* connection :
          {R"("port": 1, "station": 0, "replyTimeoutMs": 1, "retryLimit": 0)",
           R"("port": 65535, "station": 255, "replyTimeoutMs": 600000, "retryLimit": 1000)",
-          R"("reconnectMinMs": 70, "reconnectMaxMs": 70)"}) {
+          R"("reconnectMinMs": 70, "reconnectMaxMs": 70)", R"("passMs": 0)",
+          R"("passMs": 600000)"}) {
         readGood("{ \"connection\": { " + QByteArray(connection) + " } }");
     }
     EXPECT_EQ("test.json: connection.port: 0 is outside 1..65535",

@@ -58,23 +58,30 @@ TEST_F(Values, BitsAreZeroOrOne)
     EXPECT_EQ("1", shown("Main.W.b[3]", Format::bit, "01"));
     EXPECT_EQ("1", shown("Main.Run", Format::automatic, "05"));
     EXPECT_EQ("0", shown("Main.Run", Format::bit, ""));
-    EXPECT_EQ("\"2\" is no bit: 0 or 1", refused("Main.Run", Format::bit, "2"));
-    EXPECT_EQ("\"true\" is no bit: 0 or 1", refused("Main.Run", Format::automatic, "true"));
+    EXPECT_EQ("\"2\" is not a value of Main.Run: bit, 0 or 1",
+              refused("Main.Run", Format::bit, "2"));
+    EXPECT_EQ("\"true\" is not a value of Main.Run: bit, 0 or 1",
+              refused("Main.Run", Format::automatic, "true"));
 }
 
 TEST_F(Values, NumbersKeepToTheirRange)
 {
     EXPECT_EQ("0080", bytes("Main.W", Format::signedNumber, "-32768"));
     EXPECT_EQ("ff7f", bytes("Main.W", Format::signedNumber, "32767"));
-    EXPECT_EQ("32768 is outside -32768..32767", refused("Main.W", Format::signedNumber, "32768"));
-    EXPECT_EQ("-32769 is outside -32768..32767", refused("Main.W", Format::signedNumber, "-32769"));
+    EXPECT_EQ("\"32768\" is not a value of Main.W: signed, -32768 to 32767",
+              refused("Main.W", Format::signedNumber, "32768"));
+    EXPECT_EQ("\"-32769\" is not a value of Main.W: signed, -32768 to 32767",
+              refused("Main.W", Format::signedNumber, "-32769"));
     EXPECT_EQ("ffff", bytes("Main.W", Format::unsignedNumber, "65535"));
-    EXPECT_EQ("65536 is outside 0..65535", refused("Main.W", Format::unsignedNumber, "65536"));
-    EXPECT_EQ("-1 is outside 0..65535", refused("Main.W", Format::unsignedNumber, "-1"));
-    EXPECT_EQ("10000 is outside 0..65535", refused("Main.W", Format::hex, "10000"));
+    EXPECT_EQ("\"65536\" is not a value of Main.W: unsigned, 0 to 65535",
+              refused("Main.W", Format::unsignedNumber, "65536"));
+    EXPECT_EQ("\"-1\" is not a value of Main.W: unsigned, 0 to 65535",
+              refused("Main.W", Format::unsignedNumber, "-1"));
+    EXPECT_EQ("\"10000\" is not a value of Main.W: hex, 0x0000 to 0xFFFF",
+              refused("Main.W", Format::hex, "10000"));
     EXPECT_EQ("00000080", bytes("Main.D", Format::signedNumber, "-2147483648"));
     EXPECT_EQ("ffffffff", bytes("Main.D", Format::unsignedNumber, "4294967295"));
-    EXPECT_EQ("4294967296 is outside 0..4294967295",
+    EXPECT_EQ("\"4294967296\" is not a value of Main.D: unsigned, 0 to 4294967295",
               refused("Main.D", Format::unsignedNumber, "4294967296"));
 }
 
@@ -83,8 +90,10 @@ TEST_F(Values, AutomaticTakesSignedUnsignedAndHex)
     EXPECT_EQ("ffff", bytes("Main.W", Format::automatic, "-1"));
     EXPECT_EQ("ffff", bytes("Main.W", Format::automatic, "65535"));
     EXPECT_EQ("1f00", bytes("Main.W", Format::automatic, "0x1F"));
-    EXPECT_EQ("65536 is outside -32768..65535", refused("Main.W", Format::automatic, "65536"));
-    EXPECT_EQ("0x10000 is outside 0..65535", refused("Main.W", Format::automatic, "0x10000"));
+    EXPECT_EQ("\"65536\" is not a value of Main.W: signed or unsigned, -32768 to 65535",
+              refused("Main.W", Format::automatic, "65536"));
+    EXPECT_EQ("\"0x10000\" is not a value of Main.W: signed or unsigned, -32768 to 65535",
+              refused("Main.W", Format::automatic, "0x10000"));
 }
 
 TEST_F(Values, WhatIsNoNumberIsRefused)
@@ -93,9 +102,12 @@ TEST_F(Values, WhatIsNoNumberIsRefused)
         refused("Main.W", Format::automatic, text);
         refused("Main.W", Format::signedNumber, text);
     }
-    EXPECT_EQ("\"0x-1\" is no hexadecimal number", refused("Main.W", Format::hex, "0x-1"));
-    EXPECT_EQ("\"12G\" is no hexadecimal number", refused("Main.W", Format::hex, "12G"));
-    EXPECT_EQ("\"0x12\" is no whole number", refused("Main.W", Format::signedNumber, "0x12"));
+    EXPECT_EQ("\"0x-1\" is not a value of Main.W: hex, 0x0000 to 0xFFFF",
+              refused("Main.W", Format::hex, "0x-1"));
+    EXPECT_EQ("\"12G\" is not a value of Main.W: hex, 0x0000 to 0xFFFF",
+              refused("Main.W", Format::hex, "12G"));
+    EXPECT_EQ("\"0x12\" is not a value of Main.W: signed, -32768 to 32767",
+              refused("Main.W", Format::signedNumber, "0x12"));
 }
 
 TEST_F(Values, SignedNumbersAreShownWithTheirSign)
@@ -126,11 +138,14 @@ TEST_F(Values, FloatsComeBackExactly)
 
 TEST_F(Values, FloatsOutsideTheirRangeAreRefused)
 {
-    EXPECT_EQ("1e39 is outside the range of a 32-bit float",
+    EXPECT_EQ("\"1e39\" is not a value of Main.Temp: float, -3.40282e+38 to 3.40282e+38",
               refused("Main.Temp", Format::floating, "1e39"));
-    EXPECT_EQ("\"nan\" is no number", refused("Main.Temp", Format::floating, "nan"));
-    EXPECT_EQ("\"inf\" is no number", refused("Main.Temp", Format::floating, "inf"));
-    EXPECT_EQ("\"1,5\" is no number", refused("Main.Temp", Format::floating, "1,5"));
+    EXPECT_EQ("\"nan\" is not a value of Main.Temp: float, -3.40282e+38 to 3.40282e+38",
+              refused("Main.Temp", Format::floating, "nan"));
+    EXPECT_EQ("\"inf\" is not a value of Main.Temp: float, -3.40282e+38 to 3.40282e+38",
+              refused("Main.Temp", Format::floating, "inf"));
+    EXPECT_EQ("\"1,5\" is not a value of Main.Temp: float, -3.40282e+38 to 3.40282e+38",
+              refused("Main.Temp", Format::floating, "1,5"));
 }
 
 TEST_F(Values, TextsFillTheirWordsFromTheLowByte)
@@ -140,20 +155,26 @@ TEST_F(Values, TextsFillTheirWordsFromTheLowByte)
     EXPECT_EQ("A", shown("Main.Title", Format::automatic, "4100420000000000"));
     EXPECT_EQ("abcdefghijklmnop",
               shown("Main.Title", Format::text, "6162636465666768696a6b6c6d6e6f707172"));
-    EXPECT_EQ("a text of 17 characters does not fit into 16",
+    EXPECT_EQ("\"xxxxxxxxxxxxxxxxx\" is not a value of Main.Title: text, at most 16 characters "
+              "from U+0001 to U+00FF",
               refused("Main.Title", Format::text, QString(17, 'x')));
-    EXPECT_EQ("a text holds characters from U+0001 to U+00FF only",
-              refused("Main.Title", Format::text, QString(QChar(0x20AC))));
-    EXPECT_EQ("a text holds characters from U+0001 to U+00FF only",
+    EXPECT_EQ(
+        "\"€\" is not a value of Main.Title: text, at most 16 characters from U+0001 to U+00FF",
+        refused("Main.Title", Format::text, QString(QChar(0x20AC))));
+    EXPECT_EQ("\"\\u0000\" is not a value of Main.Title: text, at most 16 characters from U+0001 "
+              "to U+00FF",
               refused("Main.Title", Format::text, QString(QChar(0))));
     EXPECT_EQ("e9", bytes("Main.Title", Format::text, QString(QChar(0xE9))).substr(0, 2));
 }
 
 TEST_F(Values, FormatsFitTheirTypesOnly)
 {
-    EXPECT_EQ("the value is not written as text", refused("Main.W", Format::text, "a"));
-    EXPECT_EQ("the value is not written as signed", refused("Main.Run", Format::signedNumber, "1"));
-    EXPECT_EQ("the value is not written as float", refused("Main.W", Format::floating, "1"));
+    EXPECT_EQ("Main.W is not written as text: signed, unsigned or hex",
+              refused("Main.W", Format::text, "a"));
+    EXPECT_EQ("Main.Run is not written as signed: bit",
+              refused("Main.Run", Format::signedNumber, "1"));
+    EXPECT_EQ("Main.W is not written as float: signed, unsigned or hex",
+              refused("Main.W", Format::floating, "1"));
     EXPECT_FALSE(formatFits(element("Main.Title"), Format::hex));
     EXPECT_FALSE(formatFits(element("Main.Temp"), Format::signedNumber));
     EXPECT_TRUE(formatFits(element("Main.D"), Format::floating));
@@ -162,6 +183,69 @@ TEST_F(Values, FormatsFitTheirTypesOnly)
     EXPECT_EQ(Format::unsignedNumber, effectiveFormat(element("Main.D"), Format::automatic));
     EXPECT_EQ(Format::bit, effectiveFormat(element("Main.W.b[0]"), Format::hex));
     EXPECT_EQ(Format::text, effectiveFormat(element("Main.Title"), Format::automatic));
+}
+
+TEST_F(Values, AsShownNumbersAreDecimalOrPrefixed)
+{
+    const auto shown = [&](const char* address, Format format, const char* text) {
+        const EncodedValue encoded = encodeShown(element(address), format, text);
+        return encoded.ok ? encoded.bytes.toHex().toStdString() : encoded.problem.toStdString();
+    };
+    EXPECT_EQ("1000", shown("Main.W", Format::hex, "16"));
+    EXPECT_EQ("1600", shown("Main.W", Format::hex, "0x16"));
+    EXPECT_EQ("\"0x10000\" is not a value of Main.W: hex, 0x0000 to 0xFFFF",
+              shown("Main.W", Format::hex, "0x10000"));
+    EXPECT_EQ("\"1A\" is not a value of Main.W: hex, 0x0000 to 0xFFFF",
+              shown("Main.W", Format::hex, "1A"));
+    EXPECT_EQ("1600", shown("Main.W", Format::signedNumber, "0x16"));
+    EXPECT_EQ("\"0xFFFF\" is not a value of Main.W: signed, -32768 to 32767",
+              shown("Main.W", Format::signedNumber, "0xFFFF"));
+    EXPECT_EQ("\"-1\" is not a value of Main.W: unsigned, 0 to 65535",
+              shown("Main.W", Format::unsignedNumber, "-1"));
+    EXPECT_EQ("0000a041", shown("Main.D", Format::floating, "20"));
+    EXPECT_EQ("01", shown("Main.W.b[3]", Format::hex, "1")) << "one bit of it";
+}
+
+TEST_F(Values, BitsOfAFloatAreWrittenWithTheirPrefixOnly)
+{
+    EXPECT_EQ(
+        "0000a041",
+        encodeShown(element("Main.Temp"), Format::hex, "0x41A00000").bytes.toHex().toStdString());
+    EXPECT_EQ("\"20\" is not a value of Main.Temp: hex, 0x00000000 to 0xFFFFFFFF",
+              encodeShown(element("Main.Temp"), Format::hex, "20").problem.toStdString());
+}
+
+TEST_F(Values, ADeclaredFormatIsTheElements)
+{
+    Element word = element("Main.W");
+    word.format = Format::signedNumber;
+    EXPECT_EQ(Format::signedNumber, effectiveFormat(word, Format::automatic));
+    EXPECT_EQ(Format::hex, effectiveFormat(word, Format::hex)) << "asked for another";
+    EXPECT_EQ(Format::signedNumber, effectiveFormat(word, Format::floating))
+        << "which does not fit";
+    EXPECT_EQ("-1", decodeValue(word, Format::automatic, "\xff\xff").toStdString());
+    EXPECT_EQ("\"32768\" is not a value of Main.W: signed, -32768 to 32767",
+              encodeValue(word, Format::automatic, "32768").problem.toStdString());
+    EXPECT_EQ(32767.0, numberRange(word).high);
+    word.format = Format::unsignedNumber;
+    EXPECT_EQ(0.0, numberRange(word).low);
+    Element bit = element("Main.W.b[3]");
+    bit.format = Format::hex;
+    EXPECT_EQ(Format::bit, effectiveFormat(bit, Format::automatic));
+    EXPECT_EQ("01", encodeValue(bit, Format::automatic, "1").bytes.toHex().toStdString());
+    Element dword = element("Main.D");
+    dword.format = Format::floating;
+    EXPECT_EQ("0000a441",
+              encodeValue(dword, Format::automatic, "20.5").bytes.toHex().toStdString());
+    EXPECT_EQ("0000c03f", encodeNumber(dword, 1.5).toHex().toStdString());
+    EXPECT_LT(1e38, numberRange(dword).high);
+}
+
+TEST_F(Values, FormatsThatFitAreNamed)
+{
+    EXPECT_EQ("bit", fittingFormats(element("Main.Run")).toStdString());
+    EXPECT_EQ("signed, unsigned, hex or float", fittingFormats(element("Main.D")).toStdString());
+    EXPECT_EQ("hex or float", fittingFormats(element("Main.Temp")).toStdString());
 }
 
 TEST_F(Values, FormatNamesGoBothWays)

@@ -98,7 +98,7 @@ TEST_F(Cycle, AReplyToTheListBeforeDoesNotCountForTheNewOne)
         }
         return Mood::answers;
     });
-    options_.pauseMs = 100 * kPatientMs;
+    options_.passMs = 100 * kPatientMs;
     Setting setting;
     setting.polled = R"({ "address": "M.w" })";
     open(setting);

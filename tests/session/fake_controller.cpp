@@ -2,6 +2,7 @@
 #include "fake_controller.h"
 
 #include <algorithm>
+#include <thread>
 
 namespace tavmir::host
 {
@@ -48,6 +49,30 @@ quint32 FakeController::getAt(int station, char readFunction, quint32 address)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     return numbers_[{station, readFunction, address}];
+}
+
+void FakeController::lack(char readFunction, quint32 address, int code)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    lacks_.erase({readFunction, address});
+    if (code != 0) {
+        lacks_[{readFunction, address}] = code;
+    }
+}
+
+// 0: nothing that it names is lacking.
+int FakeController::lackCode(const QByteArray& request)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const char function = request.at(7);
+    const char readFunction = isWrite(function) ? static_cast<char>(function - 1) : function;
+    for (const quint32 address : lacks_.empty() ? std::vector<quint32>() : addressesOf(request)) {
+        const auto found = lacks_.find({readFunction, address});
+        if (found != lacks_.end()) {
+            return found->second;
+        }
+    }
+    return 0;
 }
 
 void FakeController::treat(const QByteArray& functions, Mood mood)
@@ -102,7 +127,15 @@ FakeController::Mood FakeController::moodFor(const QByteArray& request)
 
 void FakeController::answer(TestServer::Client& client, const QByteArray& request)
 {
-    switch (moodFor(request)) {
+    const Mood mood = moodFor(request);
+    if (replyMs_ > 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(replyMs_));
+    }
+    if (const int code = lackCode(request)) {
+        client.send(exceptionTo(request, code));
+        return;
+    }
+    switch (mood) {
     case Mood::answers:
         client.send(carryOut(request));
         return;
@@ -110,6 +143,9 @@ void FakeController::answer(TestServer::Client& client, const QByteArray& reques
         return;
     case Mood::refuses:
         client.send(exceptionTo(request, kExceptionCode));
+        return;
+    case Mood::isBusy:
+        client.send(exceptionTo(request, kBusyCode));
         return;
     case Mood::tooLong:
         client.send(replyTo(request, QByteArray(300, 'x')));

@@ -22,6 +22,7 @@ public:
         answers,
         silent,         // not carried out, no reply
         refuses,        // not carried out, an exception reply
+        isBusy,         // not carried out, an exception reply that says so
         tooLong,        // not carried out, a reply of a wrong length
         closes,         // not carried out, the connection is closed
         loses,          // carried out, no reply
@@ -38,6 +39,7 @@ public:
 
     static constexpr int kUsualStation = 1;
     static constexpr int kExceptionCode = 3;
+    static constexpr int kBusyCode = 6;
 
     FakeController() { start(0); }
 
@@ -52,6 +54,13 @@ public:
     {
         return getAt(kUsualStation, readFunction, address);
     }
+
+    // Requests of the class of the read function that name the address are refused with this
+    // exception code from now on; 0: not any more.
+    void lack(char readFunction, quint32 address, int code = 2);
+
+    // How long each reply takes.
+    void takeMs(int ms) { replyMs_ = ms; }
 
     // What becomes of requests with one of these function codes from now on.
     void treat(const QByteArray& functions, Mood mood);
@@ -74,6 +83,7 @@ private:
     void start(int port);
     void answer(TestServer::Client& client, const QByteArray& request);
     Mood moodFor(const QByteArray& request);
+    int lackCode(const QByteArray& request);
     QByteArray carryOut(const QByteArray& request);
     QByteArray strayReplies(const QByteArray& request);
     QByteArray entriesOfRead(const QByteArray& request);
@@ -84,6 +94,8 @@ private:
     std::map<char, Judge> judges_;
     std::map<char, int> asked_;
     std::vector<QByteArray> requests_;
+    std::map<std::pair<char, quint32>, int> lacks_;
+    std::atomic<int> replyMs_{0};
     int port_ = 0;
     std::unique_ptr<TestServer> server_;
 };

@@ -187,7 +187,7 @@ TEST_F(Figures, OfAStationSwitchedOff)
 
 TEST_F(Figures, OfTwoPasses)
 {
-    options_.pauseMs = 100 * kPatientMs;
+    options_.passMs = 100 * kPatientMs;
     Setting setting;
     setting.polled = R"({ "address": "M.w" }, { "address": "M.a" }, { "address": "M.text" },
                         { "address": "M.d" }, { "address": "M.bit" })";

@@ -51,7 +51,7 @@ TEST_F(IdleCost, WithNothingToDo)
 TEST_F(IdleCost, BetweenPasses)
 {
     options_.idleMs = kForeverMs;
-    options_.pauseMs = kForeverMs;
+    options_.passMs = kForeverMs;
     Setting setting;
     setting.polled = R"({ "address": "M.w" })";
     open(setting);

@@ -57,21 +57,59 @@ TEST(PassClock, APassIsDueUntilAllItsElementsWereAskedFor)
     EXPECT_FALSE(clock.isDue(at(3)));
 }
 
-TEST(PassClock, TheNextIsDueExactlyAPauseAfterTheEndOfTheLast)
+TEST(PassClock, TheNextIsDueExactlyAPassAfterTheBeginningOfTheLast)
 {
     PassClock clock(100);
     clock.restart(3, at(0));
+    clock.begins(at(0));
     clock.asked(3, at(7));
-    EXPECT_EQ(at(107), clock.begin());
-    EXPECT_FALSE(clock.isDue(at(107) - kInstant));
-    EXPECT_TRUE(clock.isDue(at(107)));
-    EXPECT_TRUE(clock.isDue(at(107) + kInstant));
+    EXPECT_EQ(at(100), clock.begin());
+    EXPECT_FALSE(clock.isDue(at(100) - kInstant));
+    EXPECT_TRUE(clock.isDue(at(100)));
+    EXPECT_TRUE(clock.isDue(at(100) + kInstant));
 }
 
-TEST(PassClock, WithoutAPauseTheNextIsDueAtOnce)
+TEST(PassClock, APassThatTakesLongerIsFollowedAtOnceAndOnlyOnce)
+{
+    PassClock clock(100);
+    clock.restart(3, at(0));
+    clock.begins(at(0));
+    clock.asked(3, at(350));
+    EXPECT_EQ(at(350), clock.begin());
+    clock.begins(at(350));
+    clock.asked(3, at(360));
+    EXPECT_EQ(at(450), clock.begin()) << "what was missed is not made up for";
+}
+
+TEST(PassClock, ALateThreadKeepsTheBeat)
+{
+    PassClock clock(100);
+    clock.restart(3, at(0));
+    clock.begins(at(30));
+    clock.asked(3, at(35));
+    EXPECT_EQ(at(100), clock.begin());
+}
+
+TEST(PassClock, APassThatBeginsLateByMoreThanOneSetsTheBeatAnew)
+{
+    PassClock clock(100);
+    clock.restart(3, at(0));
+    clock.begins(at(5000)); // the connection came late
+    clock.asked(2, at(5001));
+    clock.begins(at(5001));
+    clock.asked(1, at(5150));
+    EXPECT_EQ(at(5150), clock.begin());
+    clock.begins(at(5400));
+    clock.begins(at(5410));
+    clock.asked(3, at(5420));
+    EXPECT_EQ(at(5500), clock.begin());
+}
+
+TEST(PassClock, WithPassesOfNoTimeTheNextIsDueAtOnce)
 {
     PassClock clock(0);
     clock.restart(3, at(0));
+    clock.begins(at(0));
     clock.asked(3, at(7));
     EXPECT_EQ(at(7), clock.begin());
     EXPECT_TRUE(clock.isDue(at(7)));
@@ -85,13 +123,14 @@ TEST(PassClock, WhatGoesOnWithTheListsHeadCountsForTheNextPass)
     clock.asked(8, at(1));
     clock.asked(8, at(2)); // 2 of this pass, 6 of the next
     EXPECT_EQ(1u, clock.passes());
-    EXPECT_EQ(at(102), clock.begin());
+    EXPECT_EQ(at(100), clock.begin());
+    clock.begins(at(103));
     clock.asked(3, at(103));
     EXPECT_EQ(1u, clock.passes());
     EXPECT_TRUE(clock.isDue(at(103)));
     clock.asked(1, at(104));
     EXPECT_EQ(2u, clock.passes());
-    EXPECT_EQ(at(204), clock.begin());
+    EXPECT_EQ(at(200), clock.begin());
     EXPECT_EQ(20u, clock.elementsAsked());
 }
 
@@ -101,10 +140,10 @@ TEST(PassClock, ARequestLongerThanTheListIsSeveralPasses)
     clock.restart(4, at(0));
     clock.asked(11, at(1));
     EXPECT_EQ(2u, clock.passes());
-    EXPECT_EQ(at(101), clock.begin());
+    EXPECT_EQ(at(100), clock.begin());
     clock.asked(1, at(102)); // the three that went before, and this one
     EXPECT_EQ(3u, clock.passes());
-    EXPECT_EQ(at(202), clock.begin());
+    EXPECT_EQ(at(200), clock.begin());
     clock.asked(8, at(203));
     EXPECT_EQ(5u, clock.passes());
     EXPECT_EQ(20u, clock.elementsAsked());
@@ -122,9 +161,9 @@ TEST(PassClock, AnotherListBeginsAnewInTheMiddleOfAPass)
     clock.asked(1, at(4));
     EXPECT_EQ(1u, clock.passes());
     EXPECT_EQ(14u, clock.elementsAsked()) << "of all lists";
-    EXPECT_EQ(at(104), clock.begin());
+    EXPECT_EQ(at(102), clock.begin());
     clock.restart(5, at(5));
-    EXPECT_TRUE(clock.isDue(at(5))) << "a new list does not wait out the pause";
+    EXPECT_TRUE(clock.isDue(at(5))) << "a new list does not wait for its turn";
     EXPECT_EQ(1u, clock.passes());
     clock.restart(0, at(6));
     EXPECT_FALSE(clock.isPolling());

@@ -16,9 +16,9 @@ class PassPace : public RunningSession
 {
 protected:
     // Polls a bit, two words and a double word: three requests a pass.
-    void openPolling(int pauseMs, int idleMs = kForeverMs)
+    void openPolling(int passMs, int idleMs = kForeverMs)
     {
-        options_.pauseMs = pauseMs;
+        options_.passMs = passMs;
         options_.idleMs = idleMs;
         Setting setting;
         setting.polled = R"({ "address": "M.bit" }, { "address": "M.w" }, { "address": "M.a[0]" },
@@ -46,7 +46,7 @@ protected:
 
 } // namespace
 
-TEST_F(PassPace, WritesDuringThePauseAreDoneAtOnceAndStartNoPass)
+TEST_F(PassPace, WritesBetweenPassesAreDoneAtOnceAndStartNoPass)
 {
     openPolling(kForeverMs);
     ASSERT_TRUE(firstPassIsOver());
@@ -76,7 +76,7 @@ TEST_F(PassPace, AReadBehindManyWritesHasItsTurnAfterFiveOfThem)
     }
 }
 
-TEST_F(PassPace, ReadsDuringThePauseAreDoneAtOnceAndStartNoPass)
+TEST_F(PassPace, ReadsBetweenPassesAreDoneAtOnceAndStartNoPass)
 {
     openPolling(kForeverMs);
     ASSERT_TRUE(firstPassIsOver());
@@ -87,7 +87,7 @@ TEST_F(PassPace, ReadsDuringThePauseAreDoneAtOnceAndStartNoPass)
     expectOnePass();
 }
 
-TEST_F(PassPace, ManyQueuedAtOnceDuringThePauseStartNoPass)
+TEST_F(PassPace, ManyQueuedAtOnceBetweenPassesStartNoPass)
 {
     openPolling(kForeverMs);
     ASSERT_TRUE(firstPassIsOver());
@@ -102,7 +102,7 @@ TEST_F(PassPace, ManyQueuedAtOnceDuringThePauseStartNoPass)
     expectOnePass();
 }
 
-TEST_F(PassPace, BitsAndTextsDuringThePauseStartNoPass)
+TEST_F(PassPace, BitsAndTextsBetweenPassesStartNoPass)
 {
     openPolling(kForeverMs);
     ASSERT_TRUE(firstPassIsOver());
@@ -116,7 +116,7 @@ TEST_F(PassPace, BitsAndTextsDuringThePauseStartNoPass)
 
 TEST_F(PassPace, APassOfSeveralRequestsIsNoLongerThanThat)
 {
-    options_.pauseMs = kForeverMs;
+    options_.passMs = kForeverMs;
     options_.idleMs = kForeverMs;
     Setting setting;
     setting.polled = R"({ "address": "M.many[0]", "count": 100 })";
@@ -130,30 +130,43 @@ TEST_F(PassPace, APassOfSeveralRequestsIsNoLongerThanThat)
 
 TEST_F(PassPace, PassesBeginWhenTheyAreDueWhileWritesGoOn)
 {
-    constexpr int kPauseMs = 50;
+    constexpr int kPassMs = 50;
     const Clock::time_point start = Clock::now();
-    openPolling(kPauseMs);
+    openPolling(kPassMs);
     int writes = 0;
     while (bitPolls() < 8) {
         ASSERT_EQ("done", write("M.many[1]", QString::number(writes++)).state);
         ASSERT_LT(Clock::now() - start, std::chrono::milliseconds(kPatientMs));
     }
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-    EXPECT_GE(took.count(), 6 * kPauseMs) << writes << " writes voided the pauses";
+    EXPECT_GE(took.count(), 6 * kPassMs) << writes << " writes voided the pace";
 }
 
 TEST_F(PassPace, PassesBeginWhenTheyAreDueWithoutOtherWork)
 {
-    constexpr int kPauseMs = 50;
+    constexpr int kPassMs = 50;
     const Clock::time_point start = Clock::now();
-    openPolling(kPauseMs);
+    openPolling(kPassMs);
     ASSERT_TRUE(test::waitUntil([&] { return doubleWordPolls() >= 8; }));
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-    EXPECT_GE(took.count(), 6 * kPauseMs);
-    EXPECT_LE(bitPolls(), static_cast<size_t>(took.count() / kPauseMs) + 2);
+    EXPECT_GE(took.count(), 6 * kPassMs);
+    EXPECT_LE(bitPolls(), static_cast<size_t>(took.count() / kPassMs) + 2);
 }
 
-TEST_F(PassPace, WithoutAPausePassFollowsPass)
+// A controller that refuses everything is not asked more often for it.
+TEST_F(PassPace, RefusedPassesKeepThePace)
+{
+    constexpr int kPassMs = 50;
+    controller_.treat("dfl", FakeController::Mood::isBusy);
+    const Clock::time_point start = Clock::now();
+    openPolling(kPassMs);
+    ASSERT_TRUE(test::waitUntil([&] { return doubleWordPolls() >= 8 * 3; }));
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    EXPECT_GE(took.count(), 6 * kPassMs);
+    EXPECT_LE(bitPolls(), 3 * (static_cast<size_t>(took.count() / kPassMs) + 2));
+}
+
+TEST_F(PassPace, PassesOfNoTimeFollowEachOther)
 {
     openPolling(0);
     EXPECT_TRUE(test::waitUntil([&] { return bitPolls() > 200; }));

@@ -116,7 +116,7 @@ TEST_F(Drawer, WhatIsNotGoodHasAMarkAndItsReason)
     EXPECT_EQ("! b     M.b      2      5 ms  bad: refused", textOf(picture.lines[4]));
     EXPECT_EQ("~ c     M.c      3      5 ms  stale", textOf(picture.lines[5]));
     EXPECT_EQ("? d     M.d      4      5 ms  unconfirmed", textOf(picture.lines[6]));
-    EXPECT_EQ("- e     M.e      –      5 ms  never", textOf(picture.lines[7]));
+    EXPECT_EQ("  e     M.e      –      5 ms  never", textOf(picture.lines[7]));
     EXPECT_EQ(Style::plain, picture.lines[3].back().style);
     EXPECT_EQ(Style::bad, picture.lines[4].front().style);
     EXPECT_EQ(Style::stale, picture.lines[5].back().style);
@@ -254,7 +254,7 @@ TEST_F(Drawer, HelpNamesTheKeysAndTakesThePlaceOfTheValues)
     const Lines lines = drawn(24, 70);
     EXPECT_EQ("arrows, PgUp, PgDn  scroll", lines[2]);
     EXPECT_EQ("connected to h:1", lines[0].substr(0, 16));
-    EXPECT_EQ(0u, lines.back().find("1-15 of 15 lines"));
+    EXPECT_EQ(0u, lines.back().find("1-14 of 14 lines"));
 }
 
 TEST_F(Drawer, ADeadLineIsDrawnAsSuch)

@@ -86,7 +86,7 @@ class TableOnATerminal(unittest.TestCase):
 
     def run_host(self, *options, **settings):
         program = PtyProgram([HOST, "run", self.project, "--connect", self.controller.place,
-                              "--interval", "100", "--pause", "20", *options], **settings)
+                              "--interval", "100", "--pass", "20", *options], **settings)
         self.addCleanup(program.close)
         return program
 
@@ -215,8 +215,10 @@ class TableOnATerminal(unittest.TestCase):
         self.controller.stop()
         self.expect(program, lambda lines: lines[0].startswith("not connected to 127.0.0.1:") and
                     "refused" in lines[0], "the reason")
-        self.expect(program, lambda lines: re.search(r" [1-9][\d.]* s", first_value_row(lines)),
-                    "ages grow")
+        self.expect(program, lambda lines: first_value_row(lines).startswith("~ ") and
+                    "stale: " in first_value_row(lines), "a mark and a reason")
+        program.type("w")
+        self.expect(program, lambda lines: lines[2].startswith("^ "), "the worst first")
         self.controller.start()
         self.expect(program, lambda lines: lines[0].startswith("connected to "), "back")
         self.expect(program, lambda lines: re.match(r"  .* \d+ ms$", first_value_row(lines)),

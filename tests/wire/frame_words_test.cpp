@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 namespace tavmir::wire
@@ -15,19 +16,31 @@ using namespace tavmir::test;
 namespace
 {
 
-std::string nameOf(std::uint32_t address, int bits)
+ElementsInWords describe(const ElementInFrame* first, std::size_t count)
 {
-    return address == 3000 ? "W" + std::to_string(bits) : std::to_string(address);
+    ElementsInWords words = elementInWords(*first);
+    if (first->address == 3000) {
+        words.name = "W" + std::to_string(first->bits);
+    }
+    if (first->address == 7000) { // a value of three elements
+        words.name = "Long";
+        words.elements = std::min<std::size_t>(count, 3);
+        words.value.clear();
+        for (std::size_t i = 0; i < words.elements; ++i) {
+            words.value += static_cast<char>('a' + first[i].value % 26);
+        }
+    }
+    return words;
 }
 
 std::string request(const std::string& bytes)
 {
-    return requestInWords(bytesOf(bytes), bytes.size(), nameOf);
+    return requestInWords(bytesOf(bytes), bytes.size(), describe);
 }
 
 std::string reply(const std::string& bytes)
 {
-    return replyInWords(bytesOf(bytes), bytes.size(), nameOf);
+    return replyInWords(bytesOf(bytes), bytes.size(), describe);
 }
 
 } // namespace
@@ -54,6 +67,30 @@ TEST(FrameWords, WritesAreLeastSignificantByteFirst)
     EXPECT_EQ("#7 station 1 write bits: W1=1, 5=0",
               request(frameOf(7, 1, 101, 2, fromHex("00000BB8 FF 00000005 00"))));
     EXPECT_EQ("#7 station 1 write words: 2 done", reply(frameOf(7, 1, 103, 2)));
+}
+
+TEST(FrameWords, SeveralElementsMayBeOneValue)
+{
+    EXPECT_EQ(
+        "#7 station 1 read words: 5, Long, W16",
+        request(frameOf(7, 1, 102, 5, fromHex("00000005 00001B58 00001B68 00001B78 00000BB8"))));
+    EXPECT_EQ("#7 station 1 read words: Long=bcd, W16=9",
+              reply(frameOf(7, 1, 102, 4,
+                            fromHex("00001B58 0001 00001B68 0002 00001B78 0003 00000BB8 0009"))));
+    EXPECT_EQ("#7 station 1 read words: Long=b, and 1 bytes",
+              reply(frameOf(7, 1, 102, 2, fromHex("00001B58 0001 00"))));
+}
+
+TEST(FrameWords, WhoeverSpeaksOfNoElementSpeaksOfOne)
+{
+    const std::string bytes = frameOf(7, 1, 102, 2, fromHex("00000005 00000006"));
+    const auto silent = [](const ElementInFrame* first, std::size_t) {
+        ElementsInWords words = elementInWords(*first);
+        words.elements = 0;
+        return words;
+    };
+    EXPECT_EQ("#7 station 1 read words: 5, 6",
+              requestInWords(bytesOf(bytes), bytes.size(), silent));
 }
 
 TEST(FrameWords, Exceptions)
@@ -99,8 +136,8 @@ TEST(FrameWords, AnyBytesAreSafe)
         // Exactly as many bytes as are told: an address sanitizer sees the next.
         const std::vector<unsigned char> bytes(
             whole.begin(), whole.begin() + static_cast<long>(random() % (whole.size() + 1)));
-        EXPECT_FALSE(requestInWords(bytes.data(), bytes.size(), nameOf).empty());
-        EXPECT_FALSE(replyInWords(bytes.data(), bytes.size(), nameOf).empty());
+        EXPECT_FALSE(requestInWords(bytes.data(), bytes.size(), describe).empty());
+        EXPECT_FALSE(replyInWords(bytes.data(), bytes.size(), describe).empty());
     }
 }
 

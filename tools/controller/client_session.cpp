@@ -3,8 +3,12 @@
 #include "frame_bytes.h"
 #include "trace.h"
 
+#include "wire/time_words.h"
+
+#include <QtCore/QStringList>
 #include <QtNetwork/QHostAddress>
 
+#include <algorithm>
 #include <utility>
 
 namespace tavmir::controller
@@ -15,6 +19,32 @@ namespace
 // How much of a client's bytes is taken at a time; the rest waits in its connection, so that a
 // client that floods the controller neither fills its memory nor keeps it from the others.
 constexpr int kBytesAtATime = 16384;
+
+// Rounded up: nothing goes out before its time.
+int millisecondsOf(std::int64_t us)
+{
+    constexpr std::int64_t kMostMs = 3600000;
+    return static_cast<int>(std::min(kMostMs, (us + 999) / 1000));
+}
+
+// Why a request is not simply carried out, for its trace line.
+QString remarksOn(const Simulation::Outcome& outcome)
+{
+    QStringList remarks;
+    if (outcome.fault != FaultKind::None) {
+        remarks.append(faultRow(outcome.fault).name);
+    }
+    if (outcome.verdict.aboveRate) {
+        remarks.append("above the rate");
+    }
+    if (outcome.verdict.unknownStation) {
+        remarks.append("unknown station");
+    }
+    if (outcome.verdict.refusedAddress) {
+        remarks.append("refused address");
+    }
+    return remarks.isEmpty() ? QString() : QString(" [%1]").arg(remarks.join(", "));
+}
 } // namespace
 
 ClientSession::ClientSession(QTcpSocket* socket, int number, const ServerSettings& settings,
@@ -89,31 +119,31 @@ void ClientSession::answer(const wire::FrameView& request)
 {
     const QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(request.bytes),
                                                      static_cast<int>(request.size));
-    const Simulation::Outcome outcome = simulation_.take(bytes);
+    const Simulation::Outcome outcome = simulation_.take(bytes, settings_.nowUs());
     if (settings_.trace) {
-        QString line = QString("client %1 > ").arg(number_);
-        line += requestInWords(bytes, outcome.request, simulation_.names());
-        if (outcome.fault != FaultKind::None) {
-            line += QString(" [%1]").arg(faultRow(outcome.fault).name);
-        }
-        settings_.trace(line);
+        trace(">",
+              requestInWords(bytes, outcome.request, simulation_.names()) + remarksOn(outcome));
     }
+    if (!outcome.verdict.isAnswered) {
+        return;
+    }
+    waitMs_ = millisecondsOf(outcome.verdict.waitUs);
     faultRow(outcome.fault).answer(*this, outcome.reply);
 }
 
 void ClientSession::send(const QByteArray& reply)
 {
-    outbox_->send(reply);
+    outbox_->hold(reply, waitMs_);
 }
 
 void ClientSession::sendDelayed(const QByteArray& reply)
 {
-    outbox_->hold(reply, settings_.delayMs);
+    outbox_->hold(reply, settings_.delayMs + waitMs_);
 }
 
 void ClientSession::sendLate(const QByteArray& reply)
 {
-    outbox_->sendLate(reply, settings_.lateMs);
+    outbox_->sendLate(reply, settings_.lateMs + waitMs_);
 }
 
 void ClientSession::closeAllAndRefuse()
@@ -150,11 +180,19 @@ void ClientSession::closeForItsFault(const QString& why)
     close();
 }
 
+void ClientSession::trace(const char* way, const QString& words)
+{
+    settings_.trace(QString("%1 client %2 %3 ")
+                        .arg(QString::fromStdString(wire::utcInWords(settings_.now())))
+                        .arg(number_)
+                        .arg(way) +
+                    words);
+}
+
 void ClientSession::traceSent(const QByteArray& reply)
 {
     if (settings_.trace) {
-        settings_.trace(
-            QString("client %1 < %2").arg(number_).arg(replyInWords(reply, simulation_.names())));
+        trace("<", replyInWords(reply, simulation_.names()));
     }
 }
 

@@ -54,6 +54,7 @@ private:
     void answer(const wire::FrameView& request);
     void closeForItsFault(const QString& why);
     void closeIfTooSlow();
+    void trace(const char* way, const QString& words);
     void traceSent(const QByteArray& reply);
     void finish();
 
@@ -64,6 +65,7 @@ private:
     Events events_;
     wire::FrameDecoder decoder_;
     Outbox* outbox_;
+    int waitMs_ = 0; // how long the reply that is under way is held back for the rate
     bool finished_ = false;
 };
 

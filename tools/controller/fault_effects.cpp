@@ -12,6 +12,17 @@ namespace
 
 constexpr int kHeaderBytes = wire::kHeaderBytes;
 
+constexpr int kFunctionAt = wire::kFunctionOffset;
+
+// Which bits of a value change: at least one.
+std::uint32_t changeOf(const wire::FunctionCode& function, SeededRandom& random)
+{
+    const std::uint32_t change = std::uint32_t{1} << random.between(0, function.valueBits - 1);
+    const std::uint64_t mask = (std::uint64_t{1} << function.valueBits) - 1;
+    return change | (static_cast<std::uint32_t>(random.between(0, 0x7FFFFFFF)) &
+                     static_cast<std::uint32_t>(mask));
+}
+
 QByteArray withTrueLength(QByteArray frame)
 {
     const std::size_t length = sizeOf(frame) - wire::kLengthEnd;
@@ -46,6 +57,34 @@ QByteArray corrupted(const QByteArray& reply, SeededRandom& random)
     const int offset = random.between(0, kHeaderBytes - 1);
     changed[offset] = static_cast<char>(byteAt(reply, offset) ^ 0x80);
     return changed;
+}
+
+QByteArray garbled(const QByteArray& reply, SeededRandom& random)
+{
+    const wire::FunctionCode* function = wire::findFunctionCode(byteAt(reply, kFunctionAt));
+    if (!function || function->write || reply.size() <= kHeaderBytes) {
+        return reply;
+    }
+    const int entryBytes = static_cast<int>(function->entryBytes());
+    const int entry = random.between(0, (reply.size() - kHeaderBytes) / entryBytes - 1);
+    const std::uint32_t change = changeOf(*function, random);
+    QByteArray changed = reply;
+    const int end = kHeaderBytes + (entry + 1) * entryBytes;
+    for (int i = 0; i < static_cast<int>(function->valueBytes); ++i) {
+        const int at = end - 1 - i;
+        changed[at] = static_cast<char>(byteAt(reply, at) ^ (change >> (8 * i) & 0xFF));
+    }
+    return changed;
+}
+
+void garble(Request& request, SeededRandom& random)
+{
+    if (request.elements.empty() || !request.functionCode->write) {
+        return;
+    }
+    const int last = static_cast<int>(request.elements.size()) - 1;
+    BitValue& element = request.elements[static_cast<std::size_t>(random.between(0, last))];
+    element.value ^= changeOf(*request.functionCode, random);
 }
 
 } // namespace tavmir::controller

@@ -3,6 +3,7 @@
 #ifndef TAVMIR_CONTROLLER_FAULT_EFFECTS_H
 #define TAVMIR_CONTROLLER_FAULT_EFFECTS_H
 
+#include "request.h"
 #include "seeded_random.h"
 
 #include <QtCore/QByteArray>
@@ -22,9 +23,14 @@ QByteArray oversized(const QByteArray& reply, SeededRandom& random);
 QByteArray cutShort(const QByteArray& reply, SeededRandom& random);
 
 // The top bit of one header byte flipped. Values are left alone: nothing in the protocol could
-// tell a client that one is wrong, while TCP's own checksum keeps them from changing. And only
-// the top bit, so that a transaction id never becomes that of a neighbouring request.
+// tell a client that one is wrong (see garbled). And only the top bit, so that a transaction id
+// never becomes that of a neighbouring request.
 QByteArray corrupted(const QByteArray& reply, SeededRandom& random);
+
+// One value changed, the frame otherwise right: of a read's reply one that it brings, of a write
+// one that it asks for. What carries no value stays as it is.
+QByteArray garbled(const QByteArray& reply, SeededRandom& random);
+void garble(Request& request, SeededRandom& random);
 
 } // namespace tavmir::controller
 

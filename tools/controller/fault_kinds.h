@@ -23,6 +23,7 @@ enum class FaultKind {
     Oversize,
     Cut,
     Corrupt,
+    Garble,
     Duplicate,
     Disconnect,
     Refuse
@@ -50,6 +51,8 @@ struct FaultRow {
     const char* help;
     bool carriesOut; // the request is carried out, and the fault is one of its reply
     void (*answer)(FaultyLine& line, const QByteArray& reply);
+    // On its way to the controller; null: it arrives as it was sent.
+    void (*change)(Request& request, SeededRandom& random) = nullptr;
 };
 
 inline constexpr FaultRow kFaultTable[] = {
@@ -73,6 +76,10 @@ inline constexpr FaultRow kFaultTable[] = {
     {FaultKind::Corrupt, "corrupt", "the top bit of one byte of the reply's header is flipped",
      true,
      [](FaultyLine& line, const QByteArray& reply) { line.send(corrupted(reply, line.random())); }},
+    {FaultKind::Garble, "garble",
+     "one value changes on its way: a read brings another, a write stores another", true,
+     [](FaultyLine& line, const QByteArray& reply) { line.send(garbled(reply, line.random())); },
+     garble},
     {FaultKind::Duplicate, "duplicate", "the reply comes twice", true,
      [](FaultyLine& line, const QByteArray& reply) {
          line.send(reply);

@@ -1,5 +1,5 @@
 // What this controller takes and gives within the protocol: its frames stay as short as those of
-// Modbus TCP, and it has three ways to refuse.
+// Modbus TCP, and these are its own reasons to refuse.
 #ifndef TAVMIR_CONTROLLER_FRAME_LIMITS_H
 #define TAVMIR_CONTROLLER_FRAME_LIMITS_H
 
@@ -22,6 +22,8 @@ constexpr std::size_t mostElements(std::size_t entryBytes)
 constexpr std::uint8_t kUnknownFunction = 1;
 constexpr std::uint8_t kBadCount = 3;
 constexpr std::uint8_t kDeviceFailure = 4;
+constexpr std::uint8_t kDeviceBusy = 6;
+constexpr std::uint8_t kStationDoesNotAnswer = 11;
 
 } // namespace tavmir::controller
 

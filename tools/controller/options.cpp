@@ -11,6 +11,7 @@ namespace
 {
 
 constexpr int kMostMs = 3600000;
+constexpr int kMostPerSecond = 1000000;
 
 const char* const kDescription =
     "Simulated controller: a TCP server with bit-addressed memory that a driver can poll and "
@@ -72,12 +73,15 @@ public:
         }
     }
 
-    std::vector<FaultRule> faults(const QString& option)
+    // Of an option that may be given several times.
+    template <typename Rule>
+    std::vector<Rule> rules(const QString& option,
+                            std::optional<Rule> (*parse)(const QString&, QString*))
     {
-        std::vector<FaultRule> rules;
+        std::vector<Rule> rules;
         for (const QString& text : parser_.values(option)) {
             QString why;
-            const std::optional<FaultRule> rule = parseFaultRule(text, &why);
+            const std::optional<Rule> rule = parse(text, &why);
             if (rule) {
                 rules.push_back(*rule);
             } else if (problem_.isEmpty()) {
@@ -85,6 +89,41 @@ public:
             }
         }
         return rules;
+    }
+
+    std::optional<Stations> stations(const QString& option)
+    {
+        if (!parser_.isSet(option)) {
+            return std::nullopt;
+        }
+        const std::optional<Stations> stations = parseStations(parser_.value(option));
+        if (!stations) {
+            note(option, "a list of stations from 0 to 255, like 1,2 or 1-4");
+        }
+        return stations;
+    }
+
+    int perSecond(const QString& option)
+    {
+        if (!parser_.isSet(option)) {
+            return 0;
+        }
+        bool isNumber = false;
+        const int number = parser_.value(option).toInt(&isNumber);
+        if (!isNumber || number < 1 || number > kMostPerSecond) {
+            note(option, QString("a number of requests from 1 to %1").arg(kMostPerSecond));
+        }
+        return number;
+    }
+
+    // Of two words: true for the second one.
+    bool isSecond(const QString& option, const QString& first, const QString& second)
+    {
+        const QString word = parser_.value(option);
+        if (word != first && word != second) {
+            note(option, QString("%1 or %2").arg(first, second));
+        }
+        return word == second;
     }
 
 private:
@@ -118,7 +157,20 @@ void addOptions(QCommandLineParser& parser)
     add("delay-ms", "How long a delayed reply waits.", "MS", QString::number(standard.delayMs));
     add("late-ms", "How long a late reply waits.", "MS", QString::number(standard.lateMs));
     add("refuse-ms", "How long connections are refused.", "MS", QString::number(standard.refuseMs));
-    parser.addOption(QCommandLineOption("trace", "Print each frame, decoded."));
+    add("refuse",
+        "An address that the controller lacks: requests that touch it are answered with exception "
+        "CODE. CLASS:FROM-TO=CODE with bit addresses, CLASS one of bit, word, dword, any; or an "
+        "address of the project, ADDRESS=CODE. May be given several times.",
+        "RULE", {});
+    add("stations", "The stations that are there, like 1,2 or 1-4; all when left out.", "LIST", {});
+    add("unknown-stations",
+        "How requests to others are answered: refuse, with exception 11, or silent.", "HOW",
+        "refuse");
+    add("max-rate", "How many requests are served in a second, of all clients together.", "N", {});
+    add("over-rate",
+        "What becomes of those above it: refuse, with exception 6, or delay, until there is room.",
+        "HOW", "refuse");
+    parser.addOption(QCommandLineOption("trace", "Print each frame, decoded, with its time."));
 }
 
 } // namespace
@@ -130,6 +182,8 @@ CommandLine parseCommandLine(const QStringList& arguments)
     parser.setApplicationDescription(description());
     const QCommandLineOption help({"h", "help"}, "Print this and end.");
     parser.addOption(help);
+    const QCommandLineOption version({"v", "version"}, "Print the version and end.");
+    parser.addOption(version);
     addOptions(parser);
     if (!parser.parse(arguments)) {
         line.problem = parser.errorText();
@@ -137,6 +191,10 @@ CommandLine parseCommandLine(const QStringList& arguments)
     }
     if (parser.isSet(help)) {
         line.printOnly = parser.helpText();
+        return line;
+    }
+    if (parser.isSet(version)) {
+        line.printOnly = "tavmir-controller " TAVMIR_VERSION "\n";
         return line;
     }
     if (!parser.positionalArguments().isEmpty()) {
@@ -151,11 +209,17 @@ CommandLine parseCommandLine(const QStringList& arguments)
         line.problem = "--project: a file name is missing";
     }
     line.options.trace = parser.isSet("trace");
-    line.options.faults = values.faults("fault");
+    line.options.faults = values.rules("fault", parseFaultRule);
     line.options.seed = values.seed("seed");
     line.options.delayMs = values.milliseconds("delay-ms");
     line.options.lateMs = values.milliseconds("late-ms");
     line.options.refuseMs = values.milliseconds("refuse-ms");
+    line.options.refused = values.rules("refuse", parseRefuseRule);
+    line.options.admission.stations = values.stations("stations");
+    line.options.admission.silentForOthers =
+        values.isSecond("unknown-stations", "refuse", "silent");
+    line.options.admission.mostRequestsPerSecond = values.perSecond("max-rate");
+    line.options.admission.delaysAboveRate = values.isSecond("over-rate", "refuse", "delay");
     return line;
 }
 

@@ -2,6 +2,7 @@
 #ifndef TAVMIR_CONTROLLER_OPTIONS_H
 #define TAVMIR_CONTROLLER_OPTIONS_H
 
+#include "admission.h"
 #include "fault_plan.h"
 
 #include <QtCore/QString>
@@ -24,12 +25,14 @@ struct Options {
     int delayMs = 50;
     int lateMs = 2000;
     int refuseMs = 1000;
+    std::vector<RefuseRule> refused;
+    AdmissionRules admission; // without its refused ranges: they need the project
 };
 
 struct CommandLine {
     Options options;
     QString problem;   // not empty: one line, what is wrong
-    QString printOnly; // not empty: print this and end (--help)
+    QString printOnly; // not empty: print this and end (--help, --version)
 };
 
 // `arguments`: the program's name first. Needs the application object.

@@ -24,10 +24,7 @@ public:
     // the outbox.
     Outbox(QTcpSocket& socket, std::function<void(const QByteArray&)> onSent, QObject* parent);
 
-    // Behind the replies that are held back, or at once when there are none.
-    void send(const QByteArray& reply) { hold(reply, 0); }
-
-    // `ms` milliseconds from now; replies sent after it wait behind it.
+    // `ms` milliseconds from now, 0 at once, but behind the replies that are held back already.
     void hold(const QByteArray& reply, int ms);
 
     // `ms` milliseconds from now, wherever other replies are then.

@@ -24,13 +24,13 @@ QByteArray header(const Request& request, std::uint8_t function, std::uint8_t co
     return bytes;
 }
 
+} // namespace
+
 Answer refuse(const Request& request, std::uint8_t exceptionCode)
 {
     const auto function = static_cast<std::uint8_t>(request.function | wire::kExceptionBit);
     return {header(request, function, exceptionCode, 0), exceptionCode};
 }
-
-} // namespace
 
 Answer carryOut(const Request& request, BitMemory& memory)
 {

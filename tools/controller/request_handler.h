@@ -24,6 +24,9 @@ struct Answer {
 // found them, 4 when the memory is full.
 Answer carryOut(const Request& request, BitMemory& memory);
 
+// The exception reply of a request that is not carried out for another reason.
+Answer refuse(const Request& request, std::uint8_t exceptionCode);
+
 } // namespace tavmir::controller
 
 #endif

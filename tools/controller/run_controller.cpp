@@ -12,6 +12,8 @@
 #include <QtCore/QTimer>
 
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 namespace tavmir::controller
 {
@@ -33,15 +35,42 @@ void logLine(const QString& text)
     printLine(stderr, "tavmir-controller: " + text);
 }
 
-bool loadProject(const QString& fileName, Simulation& simulation)
+// Nothing when it cannot be read.
+std::optional<project::Project> readProject(const QString& fileName)
 {
     const project::ReadOutcome outcome = project::readProjectFile(fileName);
-    QString problem = outcome.error;
-    if (outcome.project && simulation.load(*outcome.project, &problem)) {
-        return true;
+    if (!outcome.project) {
+        logLine(outcome.error);
     }
-    logLine(outcome.project ? QString("%1: %2").arg(fileName, problem) : problem);
-    return false;
+    return outcome.project;
+}
+
+// project  null: there is none
+bool prepare(Simulation& simulation, const Options& options, const project::Project* project)
+{
+    QString problem;
+    if (project && !simulation.load(*project, &problem)) {
+        logLine(QString("%1: %2").arg(options.projectFile, problem));
+        return false;
+    }
+    const auto refused = refusedRanges(options.refused, project, &problem);
+    if (!refused) {
+        logLine("--refuse: " + problem);
+        return false;
+    }
+    AdmissionRules rules = options.admission;
+    rules.refused = *refused;
+    simulation.admit(std::move(rules));
+    return true;
+}
+
+bool prepare(Simulation& simulation, const Options& options)
+{
+    if (options.projectFile.isEmpty()) {
+        return prepare(simulation, options, nullptr);
+    }
+    const std::optional<project::Project> project = readProject(options.projectFile);
+    return project && prepare(simulation, options, &*project);
 }
 
 // Moves the signals as long as it lives.
@@ -92,7 +121,7 @@ ServerSettings settingsOf(const Options& options)
 int runController(const Options& options)
 {
     Simulation simulation(FaultPlan(options.faults, options.seed));
-    if (!options.projectFile.isEmpty() && !loadProject(options.projectFile, simulation)) {
+    if (!prepare(simulation, options)) {
         return kExitBadInput;
     }
     if (!options.address.isLoopback()) {

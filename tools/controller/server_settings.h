@@ -4,10 +4,18 @@
 
 #include <QtCore/QString>
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
 
 namespace tavmir::controller
 {
+
+inline std::int64_t steadyUs()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+}
 
 struct ServerSettings {
     int delayMs = 50;    // Delay
@@ -17,6 +25,8 @@ struct ServerSettings {
     int mostClients = 256;            // at the same time; the next one is closed at once
     qint64 mostUnsentBytes = 1 << 20; // per client; who lets more wait is closed
 
+    std::function<std::int64_t()> nowUs = steadyUs; // for the rate
+    std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
     std::function<void(const QString&)> log = [](const QString&) {};
     std::function<void(const QString&)> trace; // empty: frames are not traced
 };

@@ -1,9 +1,7 @@
 #include "simulation.h"
 
 #include "element_store.h"
-#include "request_handler.h"
 
-#include "project/address_expansion.h"
 #include "project/value_format.h"
 
 #include <utility>
@@ -29,10 +27,7 @@ Simulation::Simulation(FaultPlan faults, std::size_t mostMemoryPages)
 bool Simulation::load(const project::Project& project, QString* problem)
 {
     station_ = static_cast<std::uint8_t>(project.connection.station);
-    for (const project::Element& element : project::leafElements(project)) {
-        names_.add(element.address, project::memoryBits(element), element.addressText);
-    }
-    names_.sort();
+    names_ = project::ElementNames(project);
     return storeInitialValues(project, problem) && addSignals(project, problem);
 }
 
@@ -76,30 +71,48 @@ bool Simulation::addSignals(const project::Project& project, QString* problem)
     return false;
 }
 
-Simulation::Outcome Simulation::take(const QByteArray& frame)
+Simulation::Outcome Simulation::take(const QByteArray& frame, std::int64_t nowUs)
 {
-    Outcome outcome = respond(frame);
+    Outcome outcome = respond(frame, nowUs);
     if (watcher_) {
         watcher_(outcome);
     }
     return outcome;
 }
 
-Simulation::Outcome Simulation::respond(const QByteArray& frame)
+Simulation::Outcome Simulation::respond(const QByteArray& frame, std::int64_t nowUs)
 {
     Outcome outcome;
     outcome.request = parseRequest(frame);
     outcome.fault = faults_.next();
-    statistics_.countFault(outcome.fault);
     if (!faultRow(outcome.fault).carriesOut) {
+        statistics_.countFault(outcome.fault);
         statistics_.countLostRequest(outcome.request);
         return outcome;
     }
-    const Answer answer = carryOut(outcome.request, memory_);
+    outcome.verdict = gatekeeper_.judge(outcome.request, nowUs);
+    statistics_.countVerdict(outcome.verdict);
+    if (!outcome.verdict.isAnswered) {
+        outcome.fault = FaultKind::None; // there is no reply that it could happen to
+        statistics_.countLostRequest(outcome.request);
+        return outcome;
+    }
+    statistics_.countFault(outcome.fault);
+    if (faultRow(outcome.fault).change) {
+        faultRow(outcome.fault).change(outcome.request, faults_.detail());
+    }
+    const Answer answer = answerTo(outcome);
     outcome.reply = answer.reply;
     outcome.carriedOut = answer.exceptionCode == 0;
     statistics_.countRequest(outcome.request, answer.exceptionCode);
     return outcome;
+}
+
+Answer Simulation::answerTo(const Outcome& outcome)
+{
+    const std::uint8_t exceptionCode = outcome.verdict.exceptionCode;
+    return exceptionCode != 0 ? refuse(outcome.request, exceptionCode)
+                              : carryOut(outcome.request, memory_);
 }
 
 bool Simulation::advanceTo(std::int64_t ms)

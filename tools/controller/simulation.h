@@ -3,13 +3,15 @@
 #ifndef TAVMIR_CONTROLLER_SIMULATION_H
 #define TAVMIR_CONTROLLER_SIMULATION_H
 
+#include "admission.h"
 #include "bit_memory.h"
-#include "element_names.h"
 #include "fault_plan.h"
 #include "request.h"
+#include "request_handler.h"
 #include "signal_board.h"
 #include "statistics.h"
 
+#include "project/element_names.h"
 #include "project/project_model.h"
 
 #include <QtCore/QByteArray>
@@ -33,14 +35,19 @@ public:
     // says what. Call once, before the first request.
     bool load(const project::Project& project, QString* problem);
 
+    // Which requests are served at all; all of them when never called.
+    void admit(AdmissionRules rules) { gatekeeper_ = Gatekeeper(std::move(rules)); }
+
     // What one request frame of FrameDecoder leads to.
     struct Outcome {
-        Request request;
-        QByteArray reply; // whole and right, the fault still to be worked in; empty: lost
-        FaultKind fault = FaultKind::None;
+        Request request;  // as it arrived: a fault may have changed values on the way
+        QByteArray reply; // whole and right, the fault still to be worked in; empty: none comes
+        FaultKind fault = FaultKind::None; // of an unanswered request only what loses it
+        Verdict verdict;
         bool carriedOut = false; // neither lost nor refused
     };
-    Outcome take(const QByteArray& frame);
+    // nowUs  of a steady clock, for the rate
+    Outcome take(const QByteArray& frame, std::int64_t nowUs = 0);
 
     // Told of each request, before its answer goes out: for who keeps books of the memory.
     using Watcher = std::function<void(const Outcome& outcome)>;
@@ -53,17 +60,19 @@ public:
     BitMemory& memory() { return memory_; }
     FaultPlan& faults() { return faults_; }
     Statistics& statistics() { return statistics_; }
-    const ElementNames& names() const { return names_; }
+    const project::ElementNames& names() const { return names_; }
 
 private:
-    Outcome respond(const QByteArray& frame);
+    Outcome respond(const QByteArray& frame, std::int64_t nowUs);
+    Answer answerTo(const Outcome& outcome);
     bool storeInitialValues(const project::Project& project, QString* problem);
     bool addSignals(const project::Project& project, QString* problem);
 
     BitMemory memory_;
     FaultPlan faults_;
+    Gatekeeper gatekeeper_;
     Statistics statistics_;
-    ElementNames names_;
+    project::ElementNames names_;
     SignalBoard signals_;
     Watcher watcher_;
     std::uint8_t station_ = 1; // whose memory the project describes

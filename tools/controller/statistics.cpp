@@ -38,6 +38,14 @@ void Statistics::countArrival(const Request& request)
     }
 }
 
+void Statistics::countVerdict(const Verdict& verdict)
+{
+    aboveRate += verdict.aboveRate ? 1 : 0;
+    toUnknownStations += verdict.unknownStation ? 1 : 0;
+    toRefusedAddresses += verdict.refusedAddress ? 1 : 0;
+    unanswered += verdict.isAnswered ? 0 : 1;
+}
+
 void Statistics::countFault(FaultKind kind)
 {
     if (kind != FaultKind::None) {
@@ -54,6 +62,10 @@ QString Statistics::text() const
     if (requestsOfUnknownFunction > 0) {
         text += line("requests of unknown function", requestsOfUnknownFunction);
     }
+    text += line("requests above the rate", aboveRate);
+    text += line("requests to unknown stations", toUnknownStations);
+    text += line("requests to refused addresses", toRefusedAddresses);
+    text += line("requests not answered", unanswered);
     text += line("elements read", elementsRead);
     text += line("elements written", elementsWritten);
     for (const auto& [code, number] : exceptions) {

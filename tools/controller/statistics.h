@@ -2,6 +2,7 @@
 #ifndef TAVMIR_CONTROLLER_STATISTICS_H
 #define TAVMIR_CONTROLLER_STATISTICS_H
 
+#include "admission.h"
 #include "fault_plan.h"
 #include "request.h"
 
@@ -22,6 +23,10 @@ struct Statistics {
     std::uint64_t elementsWritten = 0;
     std::map<std::uint8_t, std::uint64_t> exceptions; // by exception code
     std::array<std::uint64_t, kFaultKinds> faults{};  // by kind; none is not counted
+    std::uint64_t aboveRate = 0;                      // requests: refused or delayed for it
+    std::uint64_t toUnknownStations = 0;
+    std::uint64_t toRefusedAddresses = 0;
+    std::uint64_t unanswered = 0; // requests to stations that are not there, in silence
     std::uint64_t clients = 0;
     std::uint64_t clientsAtOnce = 0; // the most
     std::uint64_t clientsRefused = 0;
@@ -32,8 +37,9 @@ struct Statistics {
 
     // exceptionCode  0: carried out.
     void countRequest(const Request& request, std::uint8_t exceptionCode);
-    // It came, and that is all.
+    // It came, and that is all: lost or not answered.
     void countLostRequest(const Request& request);
+    void countVerdict(const Verdict& verdict);
     void countFault(FaultKind kind);
     std::uint64_t faultsOf(FaultKind kind) const { return faults[static_cast<std::size_t>(kind)]; }
 

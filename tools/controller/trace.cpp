@@ -10,16 +10,17 @@ namespace tavmir::controller
 namespace
 {
 
-wire::ElementName namesFrom(const ElementNames& names)
+wire::DescribeElements namesFrom(const project::ElementNames& names)
 {
-    return [&names](std::uint32_t address, int bits) {
-        return names.nameOf(address, bits).toStdString();
+    return [&names](const wire::ElementInFrame* first, std::size_t count) {
+        return names.describe(first, count);
     };
 }
 
 } // namespace
 
-QString requestInWords(const QByteArray& frame, const Request& request, const ElementNames& names)
+QString requestInWords(const QByteArray& frame, const Request& request,
+                       const project::ElementNames& names)
 {
     const unsigned char* bytes = bytesOf(frame);
     const std::string words = request.exceptionCode == 0
@@ -30,7 +31,7 @@ QString requestInWords(const QByteArray& frame, const Request& request, const El
     return QString::fromStdString(words);
 }
 
-QString replyInWords(const QByteArray& reply, const ElementNames& names)
+QString replyInWords(const QByteArray& reply, const project::ElementNames& names)
 {
     return QString::fromStdString(
         wire::replyInWords(bytesOf(reply), sizeOf(reply), namesFrom(names)));

@@ -16,13 +16,13 @@ std::vector<PlannedFrame> planFrames(const DriverApi& api, size_t elementsOnWire
         PlannedFrame frame = plannedFrame(*request);
         QByteArray zeros(request->replyLength, '\0');
         api.takeReply(&zeros, zeros.size());
-        const size_t count = frame.elements.size();
-        if (frame.isFull()) {
-            frame.end = BatchEnd::byteBudget;
+        covered += frame.elements.size();
+        if (covered == elementsOnWire) {
+            frame.end = BatchEnd::endOfList;
         } else {
-            frame.end = count == elementsOnWire ? BatchEnd::endOfList : BatchEnd::typeChange;
+            frame.end = frame.isFull() ? BatchEnd::byteBudget : BatchEnd::typeChange;
         }
-        covered += count;
+        frame.wrapped = covered > elementsOnWire ? covered - elementsOnWire : 0;
         frames.push_back(std::move(frame));
     }
     return frames;

@@ -12,7 +12,7 @@ namespace tavmir::host
 // api             of a driver that is set up and whose cycle does not run. Its caches hold
 //                 zeros for the polled elements afterwards.
 // elementsOnWire  entries of its polled list
-// Frames until every element was in one; the last may go on with the list's head.
+// Frames until every element was in one; the last may go on with the list's head, and says so.
 std::vector<PlannedFrame> planFrames(const DriverApi& api, size_t elementsOnWire);
 
 } // namespace tavmir::host

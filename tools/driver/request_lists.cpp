@@ -1,6 +1,8 @@
 // Members of the driver's context.
 #include "request_lists.h"
 
+#include <algorithm>
+
 namespace tavmir::host
 {
 
@@ -45,6 +47,11 @@ void keepPollingOut(Communication_Protocol& driver, bool writesWait, bool readsW
     if (!(writesWait && readsWait) || lastWasRead) {
         driver.writeTurns = 0;
     }
+}
+
+void giveUpAtNextFailure(Communication_Protocol& driver)
+{
+    driver.comInfo->retryCount = std::max(driver.comInfo->retryCount, driver.comInfo->retryLimit);
 }
 
 } // namespace tavmir::host

@@ -35,6 +35,10 @@ int withdraw(Communication_Protocol& driver, RequestList which,
 // Communication thread, before nextRequest, with something queued.
 void keepPollingOut(Communication_Protocol& driver, bool writesWait, bool readsWait);
 
+// Lets the driver give up the request in flight with its next failure instead of repeating it.
+// Communication thread, before takeReply.
+void giveUpAtNextFailure(Communication_Protocol& driver);
+
 } // namespace tavmir::host
 
 #endif

@@ -18,6 +18,17 @@ void copyExchange(const Exchange& from, const char* request, const char* reply, 
     std::memcpy(to.reply, replyBytes, from.replyKept());
 }
 
+namespace
+{
+
+QString foreignInWords(quint32 frames)
+{
+    return frames == 0 ? QString()
+                       : QString("; %1 late or foreign replies came instead").arg(frames);
+}
+
+} // namespace
+
 QString exceptionInWords(quint8 code)
 {
     const char* words = wire::exceptionWords(code);
@@ -35,7 +46,8 @@ QString endInWords(const Exchange& exchange, const QString& linkProblem)
     case ExchangeEnd::exception:
         return "the controller refused the request: " + exceptionInWords(exchange.exceptionCode);
     case ExchangeEnd::timeout:
-        return QString("the controller did not answer within %1 ms").arg(exchange.replyTimeoutMs);
+        return QString("the controller did not answer within %1 ms").arg(exchange.replyTimeoutMs) +
+               foreignInWords(exchange.foreignFrames);
     case ExchangeEnd::cut:
         return "the controller's reply was cut off";
     case ExchangeEnd::lost:

@@ -76,6 +76,7 @@ void Feed::publish(const Exchange& exchange, const char* request, const char* re
     const auto fill = [&](FeedEntry& entry) {
         if (entry.kind != FeedKind::exchange) {
             entry.text.clear();
+            entry.variable.clear();
             entry.plan.reset();
         }
         entry.kind = FeedKind::exchange;
@@ -93,6 +94,7 @@ void Feed::publish(const FeedEntry& entry)
         kept.at = entry.at;
         kept.wall = entry.wall;
         kept.text = entry.text;
+        kept.variable = entry.variable;
         kept.operation = entry.operation;
         kept.brokenStream = entry.brokenStream;
         kept.frames = entry.frames;

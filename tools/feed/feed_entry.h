@@ -19,7 +19,9 @@ enum class FeedKind : quint8 {
     connectionLost, // text: why
     framesDropped,  // unasked, while nothing was in flight
     operationEnded, // text: why it was not done
-    planChanged     // another list is polled from now on
+    planChanged,     // another list is polled from now on
+    elementSetAside, // the controller refuses it alone, it is not polled; variable, text: why
+    elementBack      // one of those answers again; variable
 };
 
 struct OperationEnd {
@@ -29,12 +31,21 @@ struct OperationEnd {
     int elements = 0;
     int acknowledged = 0;
     int station = 0;
+    qint32 firstAddress = 0; // of its elements
+    int bitsApart = 0;       // from one element to the next; 0: the place is not told
+};
+
+// One of the polled variables that the controller refuses: it is only tried now and then.
+struct SetAside {
+    size_t place = 0; // in the list
+    QString why;      // "refused, code 2 (illegal data address)"
 };
 
 // A polled list under its generation, which counts the lists that the driver was given.
 struct PolledGeneration {
     quint32 generation = 0;
-    std::vector<PolledElement> polled;
+    std::vector<PolledElement> polled; // all that the host asked for, also what is set aside
+    std::vector<SetAside> setAside{};
 };
 
 struct FeedEntry {
@@ -44,6 +55,7 @@ struct FeedEntry {
     WallClock::time_point wall;
     Exchange exchange;         // FeedKind::exchange only
     QString text;              // see FeedKind
+    QString variable;          // its name; see FeedKind
     OperationEnd operation;    // FeedKind::operationEnded only
     bool brokenStream = false; // FeedKind::connectionLost: what came was no frame, or half of one
     quint32 frames = 0;        // FeedKind::framesDropped only

@@ -11,6 +11,7 @@ void LineFigures::take(const FeedEntry& entry)
     if (entry.standing) {
         return;
     }
+    lastError.take(entry);
     switch (entry.kind) {
     case FeedKind::exchange:
         takeExchange(entry.exchange);
@@ -36,6 +37,8 @@ void LineFigures::take(const FeedEntry& entry)
         ++outcomes[static_cast<int>(entry.operation.kind)][static_cast<int>(entry.operation.state)];
         break;
     case FeedKind::planChanged:
+    case FeedKind::elementSetAside:
+    case FeedKind::elementBack:
         break;
     }
 }
@@ -43,6 +46,7 @@ void LineFigures::take(const FeedEntry& entry)
 void LineFigures::takeExchange(const Exchange& exchange)
 {
     ++(exchange.attempt > 1 ? retries : requests);
+    byElements.take(exchange);
     discarded += exchange.foreignFrames;
     bytesSent += exchange.sentBytes;
     bytesReceived += exchange.receivedBytes;
@@ -58,6 +62,7 @@ void LineFigures::takeExchange(const Exchange& exchange)
         break;
     case ExchangeEnd::exception:
         ++exceptions;
+        ++exceptionsByCode[exchange.exceptionCode];
         break;
     case ExchangeEnd::timeout:
     case ExchangeEnd::cut:

@@ -1,4 +1,4 @@
-// The words.
+// The words and marks.
 #include "quality.h"
 
 namespace tavmir::host
@@ -17,6 +17,22 @@ const char* qualityWord(Quality quality)
         return "bad";
     case Quality::unconfirmed:
         return "unconfirmed";
+    }
+    return "";
+}
+
+const char* qualityMark(Quality quality)
+{
+    switch (quality) {
+    case Quality::never:
+    case Quality::good:
+        break;
+    case Quality::stale:
+        return "~";
+    case Quality::bad:
+        return "!";
+    case Quality::unconfirmed:
+        return "?";
     }
     return "";
 }

@@ -150,6 +150,7 @@ void ValueFold::watch(const std::vector<PolledElement>& variables)
 
 void ValueFold::take(const FeedEntry& entry, const Changed& changed)
 {
+    qualities_.take(entry);
     if (entry.kind == FeedKind::planChanged) {
         watch(entry.plan->polled);
         return;
@@ -283,18 +284,43 @@ Clock::time_point ValueFold::oldestOf(const Variable& fold) const
     return Clock::time_point(Clock::duration(oldest));
 }
 
+std::optional<Clock::time_point> ValueFold::readAt(const Variable& fold) const
+{
+    if (fold.places.size() > 1) {
+        return fold.shown.readAt;
+    }
+    const Slot& slot = groups_[fold.group].places[fold.places.front()];
+    return slot.readAt == 0 ? std::nullopt
+                            : std::make_optional(Clock::time_point(Clock::duration(slot.readAt)));
+}
+
 FoldedValue ValueFold::value(size_t variable) const
 {
     const Variable& fold = folds_[variable];
     if (fold.places.size() > 1) {
         return fold.shown;
     }
-    const Slot& slot = groups_[fold.group].places[fold.places.front()];
-    if (slot.readAt == 0) {
-        return {};
+    const std::optional<Clock::time_point> at = readAt(fold);
+    return at ? FoldedValue{valueBytes(variables_[variable].element, bytesOf(fold)), at}
+              : FoldedValue();
+}
+
+std::vector<ReadPlace> ValueFold::placesOf(const Variable& fold) const
+{
+    const Group& group = groups_[fold.group];
+    std::vector<ReadPlace> places;
+    for (const quint32 place : fold.places) {
+        const Slot& slot = group.places[place];
+        places.push_back({{group.elements, slot.address, group.station}, slot.readAt});
     }
-    return {valueBytes(variables_[variable].element, bytesOf(fold)),
-            Clock::time_point(Clock::duration(slot.readAt))};
+    return places;
+}
+
+ValueQuality ValueFold::quality(size_t variable, Clock::time_point now) const
+{
+    const Variable& fold = folds_[variable];
+    const auto places = qualities_.isUntroubled() ? std::vector<ReadPlace>() : placesOf(fold);
+    return qualities_.of(places, readAt(fold), now);
 }
 
 } // namespace tavmir::host

@@ -4,11 +4,13 @@
 //
 // Known by station, class and address, so it does not matter which request brought a value: a
 // one-shot read refreshes it as polling does. A variable of several elements, a text, is shown
-// when it is whole: when each of its elements has come since it was shown last.
+// when it is whole: when each of its elements has come since it was shown last. How far each can
+// be trusted, quality_fold.h says.
 #ifndef TAVMIR_FEED_VALUE_FOLD_H
 #define TAVMIR_FEED_VALUE_FOLD_H
 
 #include "feed_entry.h"
+#include "quality_fold.h"
 
 #include <functional>
 #include <optional>
@@ -27,6 +29,8 @@ struct FoldedValue {
 class ValueFold
 {
 public:
+    explicit ValueFold(const QualityRules& rules = QualityRules()) : qualities_(rules) {}
+
     // The variables from now on. What is known of elements that were asked for before is kept.
     void watch(const std::vector<PolledElement>& variables);
 
@@ -37,8 +41,14 @@ public:
     // Takes a plan of the feed as the variables to watch, and values out of replies.
     void take(const FeedEntry& entry, const Changed& changed = Changed());
 
+    // Entries were missed here.
+    void gap() { qualities_.gap(); }
+
     const std::vector<PolledElement>& variables() const { return variables_; }
     FoldedValue value(size_t variable) const;
+    ValueQuality quality(size_t variable, Clock::time_point now) const;
+
+    const LineHealth& line() const { return qualities_.line(); }
 
 private:
     // One element on the wire and what the last reply said of it. Small: a pass goes over all.
@@ -79,10 +89,13 @@ private:
     void partCame(quint32 variable, size_t slot);
     QByteArray bytesOf(const Variable& fold) const;
     Clock::time_point oldestOf(const Variable& fold) const;
+    std::vector<ReadPlace> placesOf(const Variable& fold) const;
+    std::optional<Clock::time_point> readAt(const Variable& fold) const;
 
     std::vector<PolledElement> variables_;
     std::vector<Variable> folds_;
     std::vector<Group> groups_;
+    QualityFold qualities_;
     std::vector<quint32> changed_; // by the reply that is being taken
 };
 

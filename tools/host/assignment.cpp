@@ -1,6 +1,7 @@
 // Writes as a user asks for them.
 #include "assignment.h"
 
+#include "project/raw_address.h"
 #include "project/value_format.h"
 #include "value_row.h"
 
@@ -20,23 +21,23 @@ Assignment parseAssignment(const project::Project& project, const PolledIndex& p
     }
     const QString address = text.left(equals);
     const QString value = text.mid(equals + 1);
-    const project::Resolution resolution = project::resolveAddress(project, address);
-    if (!resolution.ok) {
-        assignment.problem =
-            QString("address \"%1\": %2").arg(printable(address), resolution.problem);
+    const project::Resolution named = project::resolveNamed(project, address);
+    if (!named.ok) {
+        assignment.problem = QString("address \"%1\": %2").arg(printable(address), named.problem);
         return assignment;
     }
-    assignment.element = resolution.element;
-    if (format == Format::automatic && polled.formatOf(assignment.element) == Format::floating) {
-        format = Format::floating;
-    }
-    const project::EncodedValue encoded = project::encodeValue(assignment.element, format, value);
+    assignment.element = named.element;
+    const project::EncodedValue encoded =
+        format == Format::automatic
+            ? project::encodeShown(assignment.element, polled.formatOf(assignment.element), value)
+            : project::encodeValue(assignment.element, format, value);
     if (!encoded.ok) {
-        assignment.problem =
-            QString("value of %1: %2").arg(printable(address), printable(encoded.problem));
+        assignment.problem = printable(encoded.problem);
         return assignment;
     }
     assignment.bytes = encoded.bytes;
+    assignment.address = address;
+    assignment.value = value;
     assignment.shown = QString("%1 = %2").arg(address, printable(value));
     return assignment;
 }

@@ -10,12 +10,14 @@ namespace tavmir::host
 struct Assignment {
     project::Element element;
     QByteArray bytes;
+    QString address; // as it was given
+    QString value;   // the same
     QString shown;   // "Main.Setpoint = 5"
     QString problem; // not empty: refused
 };
 
-// `text` is split at its first "=". Values are taken in `format`; when that is automatic,
-// a number with a fraction is taken where the element is polled as one.
+// `text` is split at its first "=". The value is taken in `format`; when that is automatic, in the
+// one in which the element is shown (PolledIndex).
 Assignment parseAssignment(const project::Project& project, const PolledIndex& polled,
                            const QString& text, project::Format format);
 

@@ -3,13 +3,18 @@
 
 #include "complain.h"
 #include "driver/plan_frames.h"
+#include "plan/label_tree.h"
+#include "plan/overlaps.h"
 #include "prepared_host.h"
-#include "project/address_expansion.h"
+#include "project/raw_address.h"
+#include "project/value_format.h"
 #include "value_row.h"
 
 #include <QtCore/QTextStream>
 
+#include <algorithm>
 #include <cstdio>
+#include <set>
 
 namespace tavmir::host
 {
@@ -18,6 +23,7 @@ namespace
 {
 
 constexpr int kMaxListedElements = 100;
+constexpr int kMaxListedSharing = 10;
 
 QString typeName(const project::Element& element)
 {
@@ -41,7 +47,7 @@ QString typeName(const project::Element& element)
 QString describe(const project::Element& element)
 {
     QString text = QString("%1: %2 (type %3) at bit address %4")
-                       .arg(element.addressText, typeName(element))
+                       .arg(project::shownAddress(element), typeName(element))
                        .arg(element.typeCode())
                        .arg(element.address);
     if (element.bitNumber) {
@@ -49,6 +55,9 @@ QString describe(const project::Element& element)
     }
     if (element.isArrayElement) {
         text += QString(", array element, the driver cuts counts to %1").arg(element.elementLimit);
+    }
+    if (element.type == project::DataType::text) {
+        text += QString(", polled as %1 words, %2").arg(element.words).arg(pollAddress(element));
     }
     return text;
 }
@@ -71,14 +80,48 @@ QString driverDisagrees(const DriverApi& api, const project::Element& element)
     return QString();
 }
 
-// True when the address can be used.
-bool explainAddress(PreparedHost& host, const QString& address, QTextStream& out)
+QString described(const PreparedHost& host, const project::Element& element)
 {
-    const project::Resolution resolution = project::resolveAddress(host.project(), address);
-    const project::Expansion expansion = project::expandAddress(host.project(), address);
+    const PolledIndex& polled = host.polled();
+    return QString("%1, shown as %2")
+        .arg(describe(element), project::formatName(polled.formatOf(element)));
+}
+
+// One line with the project's variables that share bits with the element; none when it has them
+// for itself.
+QString sharedWith(const project::Element& element, const std::vector<project::Element>& all)
+{
+    QStringList names;
+    for (const project::Element& other : sharingBits(element, all)) {
+        names << other.addressText;
+    }
+    if (names.isEmpty()) {
+        return QString();
+    }
+    const int more = names.size() - kMaxListedSharing;
+    QString text = "    shares bits with " + names.mid(0, kMaxListedSharing).join(", ");
+    return more > 0 ? text + QString(" and %1 more").arg(more) : text;
+}
+
+// What the driver's parser says of the address text; one without a variable is none to it.
+QString driverResult(const PreparedHost& host, const QString& address)
+{
+    if (project::isRawAddress(address)) {
+        return QString();
+    }
+    const int code = project::resolveAddress(host.project(), address).driverCode;
+    return QString("  driver's result %1: %2\n").arg(code).arg(project::driverCodeInWords(code));
+}
+
+// True when the address can be used.
+//   all  elements of the project
+bool explainAddress(PreparedHost& host, const std::vector<project::Element>& all,
+                    const QString& address, QTextStream& out)
+{
+    const project::Resolution resolution = project::resolveNamed(host.project(), address);
+    const project::Expansion expansion = project::expandNamed(host.project(), address);
     out << (address.isEmpty() ? QString("(empty)") : printable(address)) << '\n';
-    out << "  driver's result " << resolution.driverCode << ": "
-        << project::driverCodeInWords(resolution.driverCode) << '\n';
+    out << driverResult(host, address);
     if (!expansion.ok) {
         out << "  refused: " << printable(resolution.problem) << '\n';
         return false;
@@ -91,15 +134,60 @@ bool explainAddress(PreparedHost& host, const QString& address, QTextStream& out
     for (const project::Element& element : expansion.elements) {
         const QString disagreement = driverDisagrees(host.session().api(), element);
         agreed = agreed && disagreement.isEmpty();
-        if (++listed <= kMaxListedElements || !disagreement.isEmpty()) {
-            out << "  " << describe(element)
+        const bool isListed = ++listed <= kMaxListedElements;
+        if (isListed || !disagreement.isEmpty()) {
+            out << "  " << described(host, element)
                 << (disagreement.isEmpty() ? QString() : "; BUT " + disagreement) << '\n';
+        }
+        const QString shared = isListed ? sharedWith(element, all) : QString();
+        if (!shared.isEmpty()) {
+            out << shared << '\n';
         }
     }
     if (listed > kMaxListedElements) {
         out << "  … and " << listed - kMaxListedElements << " more\n";
     }
     return agreed;
+}
+
+QString withMark(const project::Element& element, const std::set<WireElement>& polled)
+{
+    const std::vector<WireElement> parts = wireElements(element, 0);
+    const bool isPolled = std::any_of(parts.begin(), parts.end(), [&](const WireElement& part) {
+        return polled.count(part) != 0;
+    });
+    return element.addressText + (isPolled ? " (polled)" : "");
+}
+
+// One line for each two variables of the project that share bits.
+QStringList overlapLines(PreparedHost& host)
+{
+    std::set<WireElement> polled;
+    for (const PolledElement& entry : host.session().polled()) {
+        for (const WireElement& part : wireElements(entry.element, 0)) {
+            polled.insert(part);
+        }
+    }
+    QStringList lines;
+    const auto overlaps = findOverlaps(project::leafElements(host.project()));
+    for (const Overlap& overlap : overlaps) {
+        if (lines.size() == kMaxListedElements) {
+            lines << QString("… and %1 overlaps more").arg(overlaps.size() - kMaxListedElements);
+            break;
+        }
+        lines << QString("overlap: %1 and %2 share the bits %3 to %4")
+                     .arg(withMark(overlap.first, polled), withMark(overlap.second, polled))
+                     .arg(overlap.from)
+                     .arg(overlap.to);
+    }
+    return lines;
+}
+
+void explainPlan(PreparedHost& host, QTextStream& out)
+{
+    const auto frames = planFrames(host.session().api(), host.session().polledElementsOnWire());
+    const QStringList lines = describePlan(frames, host.session().polled()) + overlapLines(host);
+    out << lines.join('\n') << '\n';
 }
 
 } // namespace
@@ -114,13 +202,13 @@ int explainCommand(const CommandLine& line)
     }
     QTextStream out(stdout);
     if (line.arguments.isEmpty()) {
-        const auto frames = planFrames(host.session().api(), host.session().polledElementsOnWire());
-        out << describePlan(frames, host.session().polled()).join('\n') << '\n';
+        explainPlan(host, out);
         return kExitOk;
     }
+    const std::vector<project::Element> all = project::leafElements(host.project());
     QStringList refused;
     for (const QString& address : line.arguments) {
-        if (!explainAddress(host, address, out)) {
+        if (!explainAddress(host, all, address, out)) {
             refused << "\"" + printable(address) + "\"";
         }
     }

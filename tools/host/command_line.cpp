@@ -24,11 +24,11 @@ void addOptions(Parser& parser, unsigned options)
     parser.addOption({"connect", "Use this controller instead of the project's.", "HOST:PORT"});
     parser.addOption({"station", "Use this default station instead of the project's.", "N"});
     if (options & kOutputOption) {
-        parser.addOption({"format", "Show values as table, json or csv.", "FORMAT", "table"});
+        parser.addOption({"format", "Show the results as table, json or csv.", "FORMAT", "table"});
     }
     if (options & kFormatOption) {
         parser.addOption(
-            {"as", "Take values as signed, unsigned, hex, float, bit or text.", "FORMAT"});
+            {"as", QString("Take values as %1.").arg(project::formatNames()), "FORMAT"});
     }
     if (options & kTimeoutOption) {
         parser.addOption({"timeout",
@@ -44,10 +44,19 @@ void addOptions(Parser& parser, unsigned options)
                           "MS", "500"});
         parser.addOption({"changes", "Print every change, with the time of its reply, instead of "
                                      "all values again and again."});
-        parser.addOption(
-            {"pause", "Pause between two full passes over the polled variables.", "MS", "0"});
+        parser.addOption({"pass",
+                          "Begin a pass over the polled variables this often, instead of what the "
+                          "project says; 0: as fast as the line allows.",
+                          "MS"});
+        parser.addOption({"stale-after",
+                          "A value is stale when it was not read for so long, or for three passes "
+                          "if they take longer.",
+                          "MS", QString::number(QualityRules().staleAfterMs)});
         parser.addOption({"stdin", "Take lines from standard input: ADDRESS=VALUE writes, "
                                    "ADDRESS reads from the controller."});
+    }
+    if (options & kWriteOptions) {
+        parser.addOption({"read-back", "After each write read what stands there, and say it."});
     }
 }
 
@@ -111,7 +120,10 @@ void takeRun(const Parser& parser, CommandLine& line, QString& problem)
 {
     constexpr int kLongestMs = 24 * 3600 * 1000;
     line.intervalMs = number(parser, "interval", 1, kLongestMs, problem);
-    line.pauseMs = number(parser, "pause", 0, kLongestMs, problem);
+    if (parser.isSet("pass")) {
+        line.passMs = number(parser, "pass", 0, kLongestMs, problem);
+    }
+    line.staleAfterMs = number(parser, "stale-after", 1, kLongestMs, problem);
     line.commandsFromInput = parser.isSet("stdin");
     line.everyChange = parser.isSet("changes");
     if (line.everyChange && parser.isSet("interval") && problem.isEmpty()) {
@@ -143,10 +155,15 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
     parser.addPositionalArgument("PROJECT", "The project file.",
                                  QString("%1 PROJECT").arg(command.name));
     if (command.maxArguments > 0) {
-        parser.addPositionalArgument(command.arguments, "Address texts of the project.");
+        parser.addPositionalArgument(
+            command.arguments,
+            "Addresses of the project, or @bit:, @word: or @dword: and a bit address.");
     }
     if (!parser.parse(arguments)) {
-        parsed.problem = parser.errorText();
+        parsed.problem =
+            parser.unknownOptionNames().contains("pause")
+                ? QString("unknown option --pause: --pass says how often a pass begins")
+                : parser.errorText();
         return parsed;
     }
     if (parser.isSet(help)) {
@@ -171,6 +188,7 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
     if (command.options & kRunOptions) {
         takeRun(parser, parsed.line, parsed.problem);
     }
+    parsed.line.readBack = (command.options & kWriteOptions) && parser.isSet("read-back");
     return parsed;
 }
 

@@ -25,8 +25,10 @@ struct CommandLine {
     int timeoutMs = 0;   // of one read or write; 0: by the project's connection
     int durationMs = -1; // -1: until stopped
     int intervalMs = 500;
-    int pauseMs = 0;
+    std::optional<int> passMs; // --pass; none: the project's
+    int staleAfterMs = QualityRules().staleAfterMs;
     bool everyChange = false; // --changes
+    bool readBack = false;    // --read-back
     bool commandsFromInput = false;
 };
 
@@ -35,7 +37,8 @@ enum CommandOption : unsigned {
     kOutputOption = 1,  // --format
     kFormatOption = 2,  // --as
     kTimeoutOption = 8, // --timeout
-    kRunOptions = 4     // --duration, --interval, --changes, --pause, --stdin
+    kRunOptions = 4,    // --duration, --interval, --changes, --pass, --stale-after, --stdin
+    kWriteOptions = 16  // --read-back
 };
 
 struct CommandDescription {

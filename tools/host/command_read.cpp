@@ -1,6 +1,7 @@
 // `read`: values from the controller, once.
 #include "commands.h"
 
+#include "colours.h"
 #include "complain.h"
 #include "console.h"
 #include "prepared_host.h"
@@ -13,7 +14,7 @@ namespace tavmir::host
 namespace
 {
 
-QString lineOf(const ValueRow& row, OutputFormat format)
+QString lineOf(const ValueRow& row, OutputFormat format, bool colours)
 {
     switch (format) {
     case OutputFormat::table:
@@ -23,7 +24,7 @@ QString lineOf(const ValueRow& row, OutputFormat format)
     case OutputFormat::csv:
         return csvLine(row, utcText(WallClock::now()));
     }
-    return row.address + " = " + printable(row.value);
+    return assignmentLine(row, colours);
 }
 
 // Every element of every address; none when one of them is refused.
@@ -62,16 +63,19 @@ int readCommand(const CommandLine& line)
         console.print(csvHeading());
     }
     bool allRead = true;
-    const auto failed = [&](const QString& problem) {
+    const bool colours = coloursWanted();
+    const auto show = [&](const ValueRow& row) {
+        console.print(lineOf(row, line.output, colours));
+    };
+    const auto failed = [&](const ValueRow& row) {
         allRead = false;
-        console.complain(problem);
+        show(row);
+        console.complain(notRead(row));
     };
     host.session().start();
     workUntilSignal(stop, host.session(), console, [&] {
         host.awaitConnection();
-        readAll(
-            host.session(), *elements, host.operationMs(),
-            [&](const ValueRow& row) { console.print(lineOf(row, line.output)); }, failed);
+        readAll(host.session(), *elements, host.operationMs(), show, failed);
     });
     return console.finish(stop) && allRead ? kExitOk : kExitFailed;
 }

@@ -3,6 +3,7 @@
 
 #include "operator_input.h"
 #include "prepared_host.h"
+#include "refused_report.h"
 #include "run_monitor.h"
 #include "statistics_report.h"
 
@@ -17,6 +18,7 @@ namespace
 {
 
 constexpr int kLookMs = 20; // the feed keeps what happens meanwhile
+constexpr auto kQualitiesEach = std::chrono::milliseconds(200);
 
 // What operator and driver's reports say, for the thread that shows it.
 class Messages
@@ -58,16 +60,19 @@ public:
     Run(const CommandLine& line, PreparedHost& host, wire::StopSignal& stop, Console& console)
         : line_(line), host_(host), stop_(stop), console_(console),
           view_(makeRunView(line.output, line.everyChange, line.commandsFromInput, console)),
-          monitor_(host.session().feed(), host.controller(), *view_, line.everyChange)
+          monitor_(host.session().feed(), {line.staleAfterMs, host.controller()}, *view_,
+                   line.everyChange)
     {
     }
 
-    // False when standard output could not be written.
+    // False when a write was not done, there never was a connection, or standard output could not
+    // be written.
     bool run()
     {
         HostSession& session = host_.session();
         const Clock::time_point start = Clock::now();
         session.start();
+        bool allWritten = true;
         {
             std::unique_ptr<OperatorInput> commands;
             if (line_.commandsFromInput) {
@@ -82,13 +87,17 @@ public:
                 commands->stop();
             }
             session.stop(); // ends what the operator still waits for
+            allWritten = !commands || commands->finish();
         }
         look();
         const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
         const size_t elements = session.polledElementsOnWire();
-        view_->close(statisticsLines(monitor_.figures(), seconds, elements),
-                     statisticsJson(monitor_.figures(), seconds, elements));
-        return console_.finishSoon();
+        QJsonObject json = statisticsJson(monitor_.figures(), seconds, elements);
+        json.insert("refusedVariables", refusedJson(monitor_.refused()));
+        view_->close(statisticsLines(monitor_.figures(), seconds, elements) +
+                         refusedLines(monitor_.refused()),
+                     json);
+        return console_.finishSoon() && allWritten && monitor_.wasConnected();
     }
 
 private:
@@ -106,12 +115,17 @@ private:
         const Deadline end(start, std::max(0, line_.durationMs));
         const auto interval = std::chrono::milliseconds(line_.intervalMs);
         Clock::time_point next = start + interval;
+        Clock::time_point nextQualities = start + kQualitiesEach;
         bool shown = line_.everyChange;
         for (;;) {
             const Clock::time_point wake = endless ? next : std::min(next, end.end());
             const bool stopped = stop_.waitMs(msUntil(wake)) || console_.isBroken();
             const bool goesOn = look() && !stopped;
             const Clock::time_point now = Clock::now();
+            if (line_.everyChange && now >= nextQualities) {
+                monitor_.tellQualities(now);
+                nextQualities = now + kQualitiesEach;
+            }
             if (!line_.everyChange && now >= next) {
                 monitor_.show();
                 shown = true;
@@ -145,7 +159,7 @@ int runCommand(const CommandLine& line)
     }
     wire::StopSignal stop;
     SessionOptions options;
-    options.pauseMs = line.pauseMs;
+    options.passMs = line.passMs.value_or(host.project().connection.passMs);
     if (!host.openSession(options)) {
         return kExitBadInput;
     }

@@ -1,11 +1,12 @@
 // `write`: values to the controller, each with its result.
 #include "commands.h"
 
-#include "assignment.h"
 #include "complain.h"
 #include "console.h"
 #include "prepared_host.h"
+#include "reading.h"
 #include "until_signal.h"
+#include "write_report.h"
 
 #include <deque>
 
@@ -20,7 +21,7 @@ namespace
 constexpr size_t kQueuedAhead = 1000;
 
 // Writes in the given order. Plain writes are queued together; a bit of a word is written for
-// itself, after all before it have ended.
+// itself, after all before it have ended, and so is each value that is read back.
 class Writer
 {
 public:
@@ -29,7 +30,7 @@ public:
     void add(const Assignment& assignment)
     {
         const Deadline deadline(host_.operationMs());
-        if (assignment.element.bitNumber) {
+        if (assignment.element.bitNumber || host_.line().readBack) {
             finish();
             report(assignment,
                    host_.session().write(assignment.element, assignment.bytes, deadline));
@@ -68,13 +69,44 @@ private:
 
     void report(const Assignment& assignment, const Outcome& outcome)
     {
-        const QString text = writeResult(assignment, outcome);
-        if (outcome.ok()) {
-            console_.print(text);
-            return;
+        WriteReport report = {outcome, std::nullopt};
+        if (host_.line().readBack) {
+            report.readBack = readBack(assignment);
+            report.outcome = settled(outcome, *report.readBack);
         }
-        allWritten_ = false;
-        console_.complain(text);
+        print(assignment, report);
+        if (!isDone(report)) {
+            allWritten_ = false;
+            console_.complain(writeLine(assignment, report));
+        }
+    }
+
+    ReadBack readBack(const Assignment& assignment)
+    {
+        const ReadRequest request = parseRead(host_.project(), host_.polled(), assignment.address,
+                                              host_.line().valueFormat);
+        const Outcome outcome =
+            host_.session().read(assignment.element, Deadline(host_.operationMs()));
+        const QByteArray bytes = valueBytes(assignment.element, outcome.bytes);
+        return {rowOf(request.elements.front(), outcome),
+                outcome.ok() && bytes == assignment.bytes};
+    }
+
+    void print(const Assignment& assignment, const WriteReport& report)
+    {
+        switch (host_.line().output) {
+        case OutputFormat::table:
+            if (isDone(report)) {
+                console_.print(writeLine(assignment, report));
+            }
+            break;
+        case OutputFormat::json:
+            console_.print(jsonLine(writeJson(assignment, report)));
+            break;
+        case OutputFormat::csv:
+            console_.print(writeCsv(assignment, report, utcText(WallClock::now())));
+            break;
+        }
     }
 
     PreparedHost& host_;
@@ -114,6 +146,9 @@ int writeCommand(const CommandLine& line)
         return kExitBadInput;
     }
     Console console;
+    if (line.output == OutputFormat::csv) {
+        console.print(writeCsvHeading());
+    }
     Writer writer(host, console);
     host.session().start();
     workUntilSignal(stop, host.session(), console, [&] {

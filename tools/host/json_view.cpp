@@ -12,8 +12,10 @@ void JsonView::show(const std::vector<ValueRow>& rows, const LineState& state)
     for (const ValueRow& row : rows) {
         values << jsonOf(row);
     }
-    console_.print(jsonLine(
-        {{"time", utcText(WallClock::now())}, {"connected", state.connected}, {"values", values}}));
+    console_.print(jsonLine({{"time", utcText(WallClock::now())},
+                             {"connected", state.connected},
+                             {"state", state.words},
+                             {"values", values}}));
 }
 
 void JsonView::change(const ValueRow& row, WallClock::time_point time)

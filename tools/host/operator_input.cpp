@@ -15,8 +15,16 @@ OperatorInput::OperatorInput(int descriptor, PreparedHost& host,
 
 OperatorInput::~OperatorInput()
 {
+    finish();
+}
+
+bool OperatorInput::finish()
+{
     stop();
-    thread_.join();
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+    return allWritten_;
 }
 
 void OperatorInput::loop()
@@ -36,12 +44,16 @@ void OperatorInput::write(const QString& text)
     const Assignment assignment =
         parseAssignment(host_.project(), host_.polled(), text, project::Format::automatic);
     if (!assignment.problem.isEmpty()) {
+        allWritten_ = false;
         say_(assignment.problem);
         return;
     }
-    const Deadline deadline(host_.operationMs());
-    say_(writeResult(assignment,
-                     host_.session().write(assignment.element, assignment.bytes, deadline)));
+    const Outcome outcome =
+        host_.session().write(assignment.element, assignment.bytes, Deadline(host_.operationMs()));
+    if (!outcome.ok()) {
+        allWritten_ = false;
+    }
+    say_(writeResult(assignment, outcome));
 }
 
 void OperatorInput::read(const QString& address)
@@ -55,7 +67,8 @@ void OperatorInput::read(const QString& address)
     const auto came = [&](const ValueRow& row) {
         say_(QString("%1 = %2: read").arg(row.address, printable(row.value)));
     };
-    readAll(host_.session(), request.elements, host_.operationMs(), came, say_);
+    const auto failed = [&](const ValueRow& row) { say_(notRead(row)); };
+    readAll(host_.session(), request.elements, host_.operationMs(), came, failed);
 }
 
 } // namespace tavmir::host

@@ -5,6 +5,7 @@
 #include "line_reader.h"
 #include "prepared_host.h"
 
+#include <atomic>
 #include <functional>
 #include <thread>
 
@@ -23,11 +24,15 @@ public:
     // Takes no further line.
     void stop() { lines_.stop(); }
 
+    // Waits until what is under way has ended. False: one of the writes was not done.
+    bool finish();
+
 private:
     void loop();
     void write(const QString& text);
     void read(const QString& address);
 
+    std::atomic<bool> allWritten_{true};
     PreparedHost& host_;
     std::function<void(const QString& text)> say_;
     LineReader lines_;

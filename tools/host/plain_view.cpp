@@ -7,13 +7,13 @@ namespace tavmir::host
 void PlainView::show(const std::vector<ValueRow>& rows, const LineState& state)
 {
     const QStringList lines =
-        QStringList(utcText(WallClock::now()) + "  " + state.words) + tableLines(rows);
+        QStringList(utcText(WallClock::now()) + "  " + state.words) + tableLines(rows, colours_);
     console_.print(lines.join('\n') + '\n');
 }
 
 void PlainView::change(const ValueRow& row, WallClock::time_point time)
 {
-    console_.print(QString("%1  %2 = %3").arg(utcText(time), row.address, printable(row.value)));
+    console_.print(QString("%1  %2").arg(utcText(time), assignmentLine(row, colours_)));
 }
 
 void PlainView::message(const QString& text)

@@ -10,7 +10,11 @@ namespace tavmir::host
 class PlainView : public RunView
 {
 public:
-    explicit PlainView(Console& console) : console_(console) {}
+    // colours  values that are not good are dimmed or coloured
+    explicit PlainView(Console& console, bool colours = false)
+        : console_(console), colours_(colours)
+    {
+    }
 
     void show(const std::vector<ValueRow>& rows, const LineState& state) override;
     void change(const ValueRow& row, WallClock::time_point time) override;
@@ -19,6 +23,7 @@ public:
 
 private:
     Console& console_;
+    bool colours_;
 };
 
 } // namespace tavmir::host

@@ -29,7 +29,7 @@ const Command kCommands[] = {
       kOutputOption | kFormatOption | kTimeoutOption, 1, kAnyNumber},
      readCommand},
     {{"write", "ADDRESS=VALUE...", "Writes values to the controller.",
-      kFormatOption | kTimeoutOption, 1, kAnyNumber},
+      kOutputOption | kFormatOption | kTimeoutOption | kWriteOptions, 1, kAnyNumber},
      writeCommand},
     {{"explain", "[ADDRESS...]",
       "Says what addresses mean; without addresses, how polling is cut into requests.", 0, 0,

@@ -1,7 +1,7 @@
 // Asking ahead of the answers.
 #include "reading.h"
 
-#include "project/address_expansion.h"
+#include "project/raw_address.h"
 #include "project/value_format.h"
 
 #include <deque>
@@ -24,7 +24,7 @@ ReadRequest parseRead(const project::Project& project, const PolledIndex& polled
                       const QString& address, Format format)
 {
     ReadRequest request;
-    const project::Expansion expansion = project::expandAddress(project, address);
+    const project::Expansion expansion = project::expandNamed(project, address);
     if (!expansion.ok) {
         request.problem = QString("address \"%1\": %2").arg(printable(address), expansion.problem);
         return request;
@@ -37,17 +37,31 @@ ReadRequest parseRead(const project::Project& project, const PolledIndex& polled
         }
         PolledElement entry;
         entry.element = element;
-        entry.name = element.addressText;
-        entry.format = format == Format::automatic ? polled.formatOf(element)
-                                                   : project::effectiveFormat(element, format);
+        entry.name = project::shownAddress(element);
+        const bool isAsked = format != Format::automatic && project::formatFits(element, format);
+        entry.format = isAsked ? format : polled.formatOf(element);
         request.elements.push_back(entry);
     }
     return request;
 }
 
+ValueRow rowOf(const PolledElement& entry, const Outcome& outcome)
+{
+    if (outcome.ok()) {
+        return rowOf(entry, valueBytes(entry.element, outcome.bytes), 0);
+    }
+    const bool asked = outcome.state != OutcomeState::notSent;
+    return rowWithout(entry, {asked ? Quality::bad : Quality::never, outcome.reason});
+}
+
+QString notRead(const ValueRow& row)
+{
+    return QString("%1: not read: %2").arg(row.name, row.reason);
+}
+
 void readAll(HostSession& session, const std::vector<PolledElement>& elements, int timeoutMs,
              const std::function<void(const ValueRow& row)>& read,
-             const std::function<void(const QString& line)>& failed)
+             const std::function<void(const ValueRow& row)>& failed)
 {
     std::deque<OperationId> asked;
     int onTheWay = 0;
@@ -67,11 +81,12 @@ void readAll(HostSession& session, const std::vector<PolledElement>& elements, i
             asked.pop_front();
             onTheWay -= project::wireElementCount(entry.element);
         }
+        const ValueRow row = rowOf(entry, outcome);
         if (outcome.ok()) {
-            read(rowOf(entry, valueBytes(entry.element, outcome.bytes), 0));
+            read(row);
             continue;
         }
-        failed(QString("%1: not read: %2").arg(entry.name, outcome.reason));
+        failed(row);
         if (outcome.state == OutcomeState::notSent && !session.connection().isConnected()) {
             whyNoMore = outcome.reason;
         }

@@ -24,10 +24,16 @@ ReadRequest parseRead(const project::Project& project, const PolledIndex& polled
 // Reads all from the controller, at most `timeoutMs` for each. When the connection is lost that
 // long, what is left is not asked for.
 //   read    told each value that its own reply brought, in the order of `elements`
-//   failed  told one line for each that was not read
+//   failed  told each that was not read, with the reason
 void readAll(HostSession& session, const std::vector<PolledElement>& elements, int timeoutMs,
              const std::function<void(const ValueRow& row)>& read,
-             const std::function<void(const QString& line)>& failed);
+             const std::function<void(const ValueRow& row)>& failed);
+
+// What one read's outcome makes of its element: a good value, or none with the reason.
+ValueRow rowOf(const PolledElement& entry, const Outcome& outcome);
+
+// "Main.Setpoint: not read: the controller did not answer within 500 ms"
+QString notRead(const ValueRow& row);
 
 } // namespace tavmir::host
 

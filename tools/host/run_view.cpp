@@ -1,6 +1,7 @@
 // Which view shows what.
 #include "run_view.h"
 
+#include "colours.h"
 #include "csv_view.h"
 #include "json_view.h"
 #include "plain_view.h"
@@ -28,7 +29,7 @@ std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, bool
             return screen;
         }
     }
-    return std::make_unique<PlainView>(console);
+    return std::make_unique<PlainView>(console, coloursWanted());
 }
 
 } // namespace tavmir::host

@@ -11,9 +11,9 @@
 namespace tavmir::host
 {
 
-// How the connection is, in words and as a flag, and how it has been lately.
+// How the line is, in words and as a flag, and how it has been lately.
 struct LineState {
-    bool connected = false;
+    bool connected = false; // and the last request was answered
     QString words;
     RecentLine recent = RecentLine();
 };
@@ -26,7 +26,7 @@ public:
     // All values as they are now.
     virtual void show(const std::vector<ValueRow>& rows, const LineState& state) = 0;
 
-    // One value that has changed, at the time of the reply that brought it.
+    // One value that has changed, at the time of the reply that brought it, or whose quality has.
     virtual void change(const ValueRow& row, WallClock::time_point time) = 0;
 
     // One line beside the values.

@@ -1,6 +1,8 @@
 // Rows into the table, keys into commands, and what remains.
 #include "screen_view.h"
 
+#include "colours.h"
+
 #include <QtCore/QDateTime>
 
 #include <fcntl.h>
@@ -16,7 +18,7 @@ constexpr int kKeptMessages = 1000;
 
 TableRow tableRow(const ValueRow& row)
 {
-    return {printable(row.name), row.address, row.value.isNull() ? QString() : printable(row.value),
+    return {printable(row.name), row.address, row.value.isNull() ? QString() : shownValue(row),
             ageText(row.ageMs),  row.ageMs,   row.quality,
             row.reason};
 }
@@ -29,7 +31,7 @@ std::unique_ptr<RunView> ScreenView::open(Console& console, bool takesCommands)
     Output& out = console.out();
     view->screen_ = TableScreen::open(
         {[&out](const QByteArray& bytes) { out.write(bytes); }, [&out] { return out.isBehind(); }},
-        takesCommands);
+        takesCommands, coloursWanted());
     if (!view->screen_) {
         return nullptr;
     }
@@ -78,7 +80,7 @@ void ScreenView::drawAgain()
 
 void ScreenView::change(const ValueRow& row, WallClock::time_point time)
 {
-    message(QString("%1  %2 = %3").arg(utcText(time), row.address, printable(row.value)));
+    message(QString("%1  %2").arg(utcText(time), assignmentLine(row)));
 }
 
 void ScreenView::message(const QString& text)
@@ -126,7 +128,7 @@ QStringList ScreenView::lastPicture() const
         }
     }
     QStringList lines(utcText(WallClock::now()) + "  " + state_.words);
-    lines << tableLines(rows);
+    lines << tableLines(rows, coloursWanted());
     const int more = screen_->shownInAll() - static_cast<int>(rows.size());
     if (more > 0) {
         lines << QString("… %1 more").arg(more);

@@ -1,39 +1,43 @@
 // Counters in words and as JSON.
 #include "statistics_report.h"
 
+#include "value_row.h"
+
+#include <QtCore/QJsonArray>
+
 namespace tavmir::host
 {
 
 namespace
 {
 
-struct NamedCount {
-    const char* name; // as a JSON key; "giveUps" is shown as "give-ups"
-    const char* shown;
+struct LabelledCount {
+    const char* label;
     uint64_t value;
 };
 
-std::vector<NamedCount> countsOf(const LineFigures& figures)
+std::vector<LabelledCount> countsOf(const LineFigures& figures)
 {
     return {
-        {"requests", "requests", figures.requests},
-        {"replies", "replies", figures.replies},
-        {"retries", "retries", figures.retries},
-        {"giveUps", "give-ups", figures.giveUps},
-        {"timeouts", "time-outs", figures.timeouts},
-        {"notConnected", "requests without a connection", figures.notConnected},
-        {"lost", "requests lost with a connection", figures.lost},
-        {"suppressed", "requests to stations switched off", figures.suppressed},
-        {"exceptions", "exception replies", figures.exceptions},
-        {"discarded", "late or foreign frames dropped", figures.discarded},
-        {"refusedReplies", "replies of wrong length", figures.refusedReplies},
-        {"brokenStreams", "broken streams closed", figures.brokenStreams},
-        {"connects", "connects", figures.connects},
-        {"connectFailures", "failed connects", figures.connectFailures},
-        {"lostConnections", "lost connections", figures.lostConnections},
-        {"bytesSent", "bytes sent", figures.bytesSent},
-        {"bytesReceived", "bytes received", figures.bytesReceived},
-        {"missed", "events missed by these statistics", figures.missed},
+        {"requests", figures.requests},
+        {"attempts", figures.attempts()},
+        {"replies", figures.replies},
+        {"retries", figures.retries},
+        {"give-ups", figures.giveUps},
+        {"time-outs", figures.timeouts},
+        {"requests that never left", figures.notConnected},
+        {"requests lost with a connection", figures.lost},
+        {"requests to stations switched off", figures.suppressed},
+        {"exception replies", figures.exceptions},
+        {"late or foreign frames dropped", figures.discarded},
+        {"replies of wrong length", figures.refusedReplies},
+        {"broken streams closed", figures.brokenStreams},
+        {"connects", figures.connects},
+        {"failed connects", figures.connectFailures},
+        {"lost connections", figures.lostConnections},
+        {"bytes sent", figures.bytesSent},
+        {"bytes received", figures.bytesReceived},
+        {"events missed by these statistics", figures.missed},
     };
 }
 
@@ -48,75 +52,202 @@ double scansPerSecond(const LineFigures& figures, double seconds, size_t element
     return elements == 0 ? 0 : perSecond(read / static_cast<double>(elements), seconds);
 }
 
+QString decimal(double number)
+{
+    return QString::number(number, 'f', 1);
+}
+
 double micros(double nanoseconds)
 {
     return nanoseconds / 1000;
+}
+
+double microsAt(const LatencyHistogram& times, double share)
+{
+    return micros(static_cast<double>(times.percentile(share)));
 }
 
 constexpr OutcomeState kStates[] = {OutcomeState::done, OutcomeState::refused,
                                     OutcomeState::notSent, OutcomeState::unknown,
                                     OutcomeState::partial};
 
-QString operationsText(const LineFigures& figures, OperationKind kind)
+struct LabelledNumber {
+    QString label;
+    double value;
+};
+using Numbers = std::vector<LabelledNumber>;
+
+// The parts of one line, each "VALUE LABEL", and of one object.
+QString asText(const Numbers& numbers)
 {
-    QStringList parts(QString("%1 asked").arg(figures.ended(kind)));
-    for (const OutcomeState state : kStates) {
-        parts << QString("%1 %2").arg(figures.ended(kind, state)).arg(outcomeWord(state));
+    QStringList parts;
+    for (const LabelledNumber& number : numbers) {
+        parts << QString("%1 %2").arg(number.value).arg(number.label);
     }
     return parts.join(", ");
 }
 
-QJsonObject operationsJson(const LineFigures& figures, OperationKind kind)
+QJsonObject asJson(const Numbers& numbers)
 {
-    const auto count = [&](OutcomeState state) {
-        return static_cast<double>(figures.ended(kind, state));
-    };
-    return {{"asked", static_cast<double>(figures.ended(kind))},
-            {"done", count(OutcomeState::done)},
-            {"refused", count(OutcomeState::refused)},
-            {"notSent", count(OutcomeState::notSent)},
-            {"unknown", count(OutcomeState::unknown)},
-            {"partial", count(OutcomeState::partial)}};
+    QJsonObject object;
+    for (const LabelledNumber& number : numbers) {
+        object.insert(statisticsKey(number.label), number.value);
+    }
+    return object;
+}
+
+Numbers operations(const LineFigures& figures, OperationKind kind)
+{
+    Numbers numbers = {{"asked", static_cast<double>(figures.ended(kind))}};
+    for (const OutcomeState state : kStates) {
+        numbers.push_back({outcomeWord(state), static_cast<double>(figures.ended(kind, state))});
+    }
+    return numbers;
+}
+
+// Times as "LABEL VALUE us", and as "labelUs" in an object.
+Numbers roundTripTimes(const LatencyHistogram& times)
+{
+    return {{"minimum", micros(static_cast<double>(times.minimum()))},
+            {"mean", micros(times.mean())},
+            {"p99", microsAt(times, 0.99)}};
+}
+
+Numbers groupTimes(const GroupFigures& group)
+{
+    return {{"mean", micros(group.roundTrip.mean())}, {"p99", microsAt(group.roundTrip, 0.99)}};
+}
+
+Numbers groupCounts(const GroupFigures& group)
+{
+    return {{"sent", static_cast<double>(group.sent)},
+            {"good", static_cast<double>(group.good)},
+            {"failed", static_cast<double>(group.failed)}};
+}
+
+QString timesText(const Numbers& times)
+{
+    QStringList parts;
+    for (const LabelledNumber& time : times) {
+        parts << QString("%1 %2 us").arg(time.label, decimal(time.value));
+    }
+    return parts.join(", ");
+}
+
+void insertTimes(QJsonObject& object, const Numbers& times)
+{
+    for (const LabelledNumber& time : times) {
+        object.insert(statisticsKey(time.label + " us"), time.value);
+    }
+}
+
+QStringList errorLines(const LineFigures& figures)
+{
+    QStringList lines;
+    QStringList codes;
+    for (const auto& [code, count] : figures.exceptionsByCode) {
+        codes << QString("%1 times %2").arg(count).arg(exceptionInWords(code));
+    }
+    lines << "  exceptions by code: " + (codes.isEmpty() ? QString("none") : codes.join(", "));
+    const LastError& error = figures.lastError;
+    lines << "  last error: " + (error.happened()
+                                     ? utcText(error.time()) + " " + printable(error.words())
+                                     : QString("none"));
+    return lines;
+}
+
+QString groupName(const GroupFigures& group)
+{
+    return QString("%1 of station %2").arg(wire::elementsName(group.elements)).arg(group.station);
+}
+
+QJsonArray groupsJson(const LineFigures& figures)
+{
+    QJsonArray groups;
+    for (const GroupFigures& group : figures.byElements.groups()) {
+        QJsonObject object = asJson(groupCounts(group));
+        insertTimes(object, groupTimes(group));
+        object.insert("elements", wire::elementsName(group.elements));
+        object.insert("station", group.station);
+        groups << object;
+    }
+    return groups;
+}
+
+QJsonObject exceptionsJson(const LineFigures& figures)
+{
+    QJsonObject codes;
+    for (const auto& [code, count] : figures.exceptionsByCode) {
+        codes.insert(QString::number(code), static_cast<double>(count));
+    }
+    return codes;
+}
+
+QJsonValue lastErrorJson(const LastError& error)
+{
+    if (!error.happened()) {
+        return QJsonValue();
+    }
+    return QJsonObject{{"time", utcText(error.time())}, {"reason", error.words()}};
 }
 
 } // namespace
 
+QString statisticsKey(const QString& label)
+{
+    QString key;
+    bool begins = false; // a word does
+    for (const QChar character : label) {
+        if (!character.isLetterOrNumber()) {
+            begins = true;
+            continue;
+        }
+        key += begins && !key.isEmpty() ? character.toUpper() : character;
+        begins = false;
+    }
+    return key;
+}
+
 QStringList statisticsLines(const LineFigures& figures, double seconds, size_t elements)
 {
-    const LatencyHistogram& trip = figures.roundTrip;
     QStringList lines;
-    lines << QString("statistics of %1 s").arg(seconds, 0, 'f', 1);
-    for (const NamedCount& count : countsOf(figures)) {
-        lines << QString("  %1: %2").arg(count.shown).arg(count.value);
+    lines << QString("statistics of %1 s").arg(decimal(seconds));
+    for (const LabelledCount& count : countsOf(figures)) {
+        lines << QString("  %1: %2").arg(count.label).arg(count.value);
     }
-    lines << QString("  round trip: minimum %1 us, mean %2 us, p99 %3 us")
-                 .arg(micros(static_cast<double>(trip.minimum())), 0, 'f', 1)
-                 .arg(micros(trip.mean()), 0, 'f', 1)
-                 .arg(micros(static_cast<double>(trip.percentile(0.99))), 0, 'f', 1);
-    lines << QString("  scans per second: %1")
-                 .arg(scansPerSecond(figures, seconds, elements), 0, 'f', 1);
     if (figures.missed > 0) {
         lines << "  events were missed: what they held is in none of these figures";
     }
-    lines << "  writes: " + operationsText(figures, OperationKind::write);
-    lines << "  one-shot reads: " + operationsText(figures, OperationKind::read);
+    lines << errorLines(figures);
+    lines << "  round trip: " + timesText(roundTripTimes(figures.roundTrip));
+    lines << "  scans per second: " + decimal(scansPerSecond(figures, seconds, elements));
+    lines << "  writes: " + asText(operations(figures, OperationKind::write));
+    lines << "  one-shot reads: " + asText(operations(figures, OperationKind::read));
+    lines << "  by element group:";
+    for (const GroupFigures& group : figures.byElements.groups()) {
+        lines << QString("    %1: %2, %3")
+                     .arg(groupName(group), asText(groupCounts(group)),
+                          timesText(groupTimes(group)));
+    }
     return lines;
 }
 
 QJsonObject statisticsJson(const LineFigures& figures, double seconds, size_t elements)
 {
-    const LatencyHistogram& trip = figures.roundTrip;
     QJsonObject object;
     object.insert("seconds", seconds);
-    for (const NamedCount& count : countsOf(figures)) {
-        object.insert(count.name, static_cast<double>(count.value));
+    for (const LabelledCount& count : countsOf(figures)) {
+        object.insert(statisticsKey(count.label), static_cast<double>(count.value));
     }
-    object.insert("roundTripMinUs", micros(static_cast<double>(trip.minimum())));
-    object.insert("roundTripMeanUs", micros(trip.mean()));
-    object.insert("roundTripP99Us", micros(static_cast<double>(trip.percentile(0.99))));
+    QJsonObject roundTrip;
+    insertTimes(roundTrip, roundTripTimes(figures.roundTrip));
+    object.insert("exceptionsByCode", exceptionsJson(figures));
+    object.insert("lastError", lastErrorJson(figures.lastError));
+    object.insert("roundTrip", roundTrip);
     object.insert("scansPerSecond", scansPerSecond(figures, seconds, elements));
-    object.insert("writes", operationsJson(figures, OperationKind::write));
-    object.insert("reads", operationsJson(figures, OperationKind::read));
+    object.insert("writes", asJson(operations(figures, OperationKind::write)));
+    object.insert("oneShotReads", asJson(operations(figures, OperationKind::read)));
+    object.insert("byElementGroup", groupsJson(figures));
     return object;
 }
 

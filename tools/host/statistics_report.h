@@ -1,4 +1,5 @@
-// The closing statistics of a run.
+// The closing statistics of a run. Each figure has one label: the lines show it as it is, the JSON
+// object has it as its key, in camelCase.
 #ifndef TAVMIR_HOST_STATISTICS_REPORT_H
 #define TAVMIR_HOST_STATISTICS_REPORT_H
 
@@ -9,6 +10,9 @@
 
 namespace tavmir::host
 {
+
+// The key of a label: "requests lost with a connection" is "requestsLostWithAConnection".
+QString statisticsKey(const QString& label);
 
 // seconds   that the cycle has run
 // elements  on the wire that are polled

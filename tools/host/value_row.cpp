@@ -1,6 +1,7 @@
 // Values as text.
 #include "value_row.h"
 
+#include "project/raw_address.h"
 #include "project/value_format.h"
 
 #include <QtCore/QDateTime>
@@ -14,7 +15,7 @@ ValueRow rowOf(const PolledElement& variable, const QByteArray& bytes, qint64 ag
 {
     ValueRow row;
     row.name = variable.name;
-    row.address = variable.element.addressText;
+    row.address = project::shownAddress(variable.element);
     row.format = variable.format;
     row.value = project::decodeValue(variable.element, variable.format, bytes);
     row.ageMs = ageMs;
@@ -22,24 +23,38 @@ ValueRow rowOf(const PolledElement& variable, const QByteArray& bytes, qint64 ag
     return row;
 }
 
+ValueRow rowWithout(const PolledElement& variable, const ValueQuality& quality)
+{
+    ValueRow row;
+    row.name = variable.name;
+    row.address = project::shownAddress(variable.element);
+    row.format = variable.format;
+    row.quality = quality.quality;
+    row.reason = quality.reason;
+    return row;
+}
+
+ValueRow rowOf(const ValueFold& values, size_t place, Clock::time_point now)
+{
+    const PolledElement& variable = values.variables()[place];
+    const FoldedValue value = values.value(place);
+    const ValueQuality quality = values.quality(place, now);
+    if (!value.readAt) {
+        return rowWithout(variable, quality);
+    }
+    const auto age = std::chrono::duration_cast<std::chrono::milliseconds>(now - *value.readAt);
+    ValueRow row = rowOf(variable, value.bytes, std::max<qint64>(0, age.count()));
+    row.quality = quality.quality;
+    row.reason = quality.reason;
+    return row;
+}
+
 std::vector<ValueRow> rowsOf(const ValueFold& values, Clock::time_point now)
 {
     std::vector<ValueRow> rows;
+    rows.reserve(values.variables().size());
     for (size_t i = 0; i < values.variables().size(); ++i) {
-        const PolledElement& variable = values.variables()[i];
-        const FoldedValue value = values.value(i);
-        if (value.readAt) {
-            const auto age =
-                std::chrono::duration_cast<std::chrono::milliseconds>(now - *value.readAt);
-            rows.push_back(rowOf(variable, value.bytes, std::max<qint64>(0, age.count())));
-            continue;
-        }
-        ValueRow row;
-        row.name = variable.name;
-        row.address = variable.element.addressText;
-        row.format = variable.format;
-        row.reason = "no reply has brought it yet";
-        rows.push_back(row);
+        rows.push_back(rowOf(values, i, now));
     }
     return rows;
 }

@@ -23,8 +23,15 @@ struct ValueRow {
     QString reason = QString(); // why not good; empty of what is good
 };
 
-// bytes  as the driver's calls give them
+// A good value.
+//   bytes  as the driver's calls give them
 ValueRow rowOf(const PolledElement& variable, const QByteArray& bytes, qint64 ageMs);
+
+// Of a variable without any value.
+ValueRow rowWithout(const PolledElement& variable, const ValueQuality& quality);
+
+// A variable of the fold as it stands at the time.
+ValueRow rowOf(const ValueFold& values, size_t place, Clock::time_point now);
 
 // Every variable of the fold as it stands now, in its order.
 std::vector<ValueRow> rowsOf(const ValueFold& values, Clock::time_point now);

@@ -1,6 +1,7 @@
 // Requests in words.
 #include "frame_plan.h"
 
+#include "label_tree.h"
 #include "wire/frame_layout.h"
 
 #include <map>
@@ -59,7 +60,69 @@ QStringList variablesOf(const PlannedFrame& frame, const std::vector<PolledEleme
     return names;
 }
 
+QString passText(const std::vector<PlannedFrame>& frames)
+{
+    if (frames.empty() || frames.back().wrapped == 0) {
+        return QString("%1 requests a pass").arg(frames.size());
+    }
+    return QString("%1 requests a pass on average").arg(requestsPerPass(frames), 0, 'f', 1);
+}
+
+QString endText(const PlannedFrame& frame)
+{
+    if (frame.wrapped == 0) {
+        return "  ends because " + endInWords(frame.end);
+    }
+    return QString(
+               "  wraps around: %1 elements to the end of the polled list, then %2 from its head; "
+               "the next pass begins behind them")
+        .arg(frame.elements.size() - frame.wrapped)
+        .arg(frame.wrapped);
+}
+
+QStringList textsOf(const std::vector<PolledElement>& polled)
+{
+    QStringList lines;
+    for (const PolledElement& entry : polled) {
+        if (entry.element.type == project::DataType::text) {
+            lines << QString("text %1: polled as %2 words, %3")
+                         .arg(entry.name)
+                         .arg(entry.element.words)
+                         .arg(pollAddress(entry.element));
+        }
+    }
+    return lines;
+}
+
+// A request that ends at another data type though the next one has the same function code.
+QStringList hintsOf(const std::vector<PlannedFrame>& frames)
+{
+    int early = 0;
+    for (size_t i = 0; i + 1 < frames.size(); ++i) {
+        const bool sameFunction = frames[i].function == frames[i + 1].function;
+        early += frames[i].end == BatchEnd::typeChange && sameFunction ? 1 : 0;
+    }
+    if (early == 0) {
+        return {};
+    }
+    return {
+        QString("hint: %1 of %2 requests end early, because data types alternate that are asked "
+                "for alike; with one data type their elements would share requests")
+            .arg(early)
+            .arg(frames.size())};
+}
+
 } // namespace
+
+double requestsPerPass(const std::vector<PlannedFrame>& frames)
+{
+    const auto count = static_cast<double>(frames.size());
+    if (frames.empty() || frames.back().wrapped == 0) {
+        return count;
+    }
+    const PlannedFrame& last = frames.back();
+    return count - static_cast<double>(last.wrapped) / static_cast<double>(last.elements.size());
+}
 
 bool PlannedFrame::isFull() const
 {
@@ -101,10 +164,10 @@ QStringList describePlan(const std::vector<PlannedFrame>& frames,
         }
     }
     QStringList lines;
-    lines << QString("%1 variables, %2 elements on the wire, %3 requests a pass")
+    lines << QString("%1 variables, %2 elements on the wire, %3")
                  .arg(polled.size())
                  .arg(users.size())
-                 .arg(frames.size());
+                 .arg(passText(frames));
     for (size_t i = 0; i < frames.size(); ++i) {
         const PlannedFrame& frame = frames[i];
         lines << QString("request %1: function '%2', %3 %4 of station %5, %6 bytes out, %7 back")
@@ -116,9 +179,9 @@ QStringList describePlan(const std::vector<PlannedFrame>& frames,
                      .arg(frame.requestBytes)
                      .arg(frame.replyBytes);
         lines << "  variables: " + variablesOf(frame, polled, users).join(", ");
-        lines << "  ends because " + endInWords(frame.end);
+        lines << endText(frame);
     }
-    return lines;
+    return lines << textsOf(polled) << hintsOf(frames);
 }
 
 } // namespace tavmir::host

@@ -19,6 +19,7 @@ struct PlannedFrame {
     int requestBytes = 0;
     int replyBytes = 0;
     std::vector<WireElement> elements;
+    size_t wrapped = 0; // of them, the last ones: from the list's head again
     BatchEnd end = BatchEnd::endOfList;
 
     // One more element would pass the driver's limit of a request of this class.
@@ -28,9 +29,14 @@ struct PlannedFrame {
 // A read request of the driver, taken apart; `end` is left to who sees what follows.
 PlannedFrame plannedFrame(const Protocol& request);
 
-// The plan as lines of text: each request, the variables that share it and why it ends.
+// The plan of a pass as lines of text: each request, the variables that share it and why it ends;
+// what texts are polled as; where requests end early because types alternate.
 QStringList describePlan(const std::vector<PlannedFrame>& frames,
                          const std::vector<PolledElement>& polled);
+
+// How many requests a pass takes. One that goes on with the list's head leaves less for the next
+// pass, which then begins further on: 1.3 say that ten passes take 13 requests.
+double requestsPerPass(const std::vector<PlannedFrame>& frames);
 
 } // namespace tavmir::host
 

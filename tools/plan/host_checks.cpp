@@ -1,6 +1,8 @@
 // Checks before calls.
 #include "host_checks.h"
 
+#include "project/raw_address.h"
+
 namespace tavmir::host
 {
 
@@ -30,6 +32,12 @@ int valueBytes(int dataType)
 
 QString refusalOfExchange(const project::Project& project, const Element& element)
 {
+    if (element.isRaw) {
+        const Element known = project::rawElement(element.type, element.address);
+        return known.addressText == element.addressText
+                   ? QString()
+                   : QString("%1 is not what it stands for").arg(element.addressText);
+    }
     const project::Resolution resolution = project::resolveAddress(project, element.addressText);
     if (!resolution.ok) {
         return resolution.problem;

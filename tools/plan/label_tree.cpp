@@ -2,6 +2,8 @@
 // used in many places is held once.
 #include "label_tree.h"
 
+#include "project/raw_address.h"
+
 namespace tavmir::host
 {
 
@@ -16,13 +18,14 @@ using project::Variable;
 constexpr quint16 kArrayFlag = 0x100;
 constexpr quint16 kStructureTypeFlag = 0x200;
 constexpr quint16 kBitsFlag = 0x400;
+constexpr int kDecimal = 10;          // the base of an index
 constexpr int kTextArrayStride = 256; // bits from one text of an array to the next
 constexpr char kWordsSuffix[] = "~words";
 constexpr char kWordMember[] = "w";
 
 quint16 codeOf(DataType type)
 {
-    return static_cast<quint16>(static_cast<int>(type));
+    return static_cast<quint16>(project::driverType(type));
 }
 
 Label_Type_Info structureType(const QString& name, const QList<Label_Type_Info>& members)
@@ -135,12 +138,42 @@ private:
     Label_Type_Info wordOfText_;
 };
 
+// Elements without a variable: an array whose index is the bit address.
+Label_Type_Info rawArray(const project::RawVariable& variable)
+{
+    Label_Type_Info member;
+    member.name = project::kRawMember;
+    member.typeFlags = codeOf(variable.type);
+    Label_Type_Info record;
+    record.name = variable.name;
+    record.typeFlags = codeOf(DataType::structure) | kArrayFlag;
+    record.offset = static_cast<qint32>(variable.offset);
+    record.dimensionCount = 1;
+    record.arrayBounds << kDecimal << 0 << project::kMostRawIndex;
+    record.elementSizes << 1;
+    record.elementType << structureType(variable.name, {member});
+    return record;
+}
+
+Label_Type_Info rawLabel()
+{
+    QList<Label_Type_Info> arrays;
+    for (const project::RawVariable& variable : project::rawVariables()) {
+        arrays << rawArray(variable);
+    }
+    Label_Type_Info label;
+    label.name = project::kRawLabel;
+    label.elementType << structureType(label.name, arrays);
+    return label;
+}
+
 } // namespace
 
 QList<Label_Type_Info> labelTree(const Project& project)
 {
     TreeBuilder builder(project);
     QList<Label_Type_Info> labels;
+    labels << rawLabel();
     for (const project::Label& label : project.labels) {
         labels << builder.label(label);
     }

@@ -38,24 +38,49 @@ void PolledIndex::add(const std::vector<PolledElement>& polled)
         for (const WireElement& part : wireElements(entry.element, entry.station)) {
             stations_[{part.elements, part.address}] = entry.station;
         }
-        formats_[{placeOf(entry.element), partOf(entry.element)}] = entry.format;
+        const bool isGiven =
+            entry.formatIsGiven ||
+            entry.format != project::effectiveFormat(entry.element, Format::automatic);
+        PolledFormat& polledFormat = formats_[valueOf(entry.element)];
+        if (isGiven || !polledFormat.isGiven) {
+            polledFormat = {entry.format, isGiven};
+        }
     }
 }
 
 int PolledIndex::stationOf(const Element& element) const
 {
-    if (!ownStations_) {
+    if (!ownStations_ || element.isRaw) {
         return defaultStation_;
     }
     const auto found = stations_.find(placeOf(element));
     return found == stations_.end() ? defaultStation_ : found->second;
 }
 
+PolledIndex::Value PolledIndex::valueOf(const Element& element)
+{
+    return {placeOf(element), partOf(element), element.type};
+}
+
+const PolledIndex::PolledFormat* PolledIndex::find(const Element& element) const
+{
+    Value value = valueOf(element);
+    auto found = formats_.find(value);
+    if (found == formats_.end() && element.type == project::DataType::dword) {
+        value.type = project::DataType::real;
+        found = formats_.find(value);
+    }
+    return found == formats_.end() ? nullptr : &found->second;
+}
+
 Format PolledIndex::formatOf(const Element& element) const
 {
-    const auto found = formats_.find({placeOf(element), partOf(element)});
-    const Format wanted = found == formats_.end() ? Format::automatic : found->second;
-    return project::effectiveFormat(element, wanted);
+    const PolledFormat* polled = find(element);
+    const bool isDeclared = element.format != Format::automatic;
+    if (polled == nullptr || (isDeclared && !polled->isGiven)) {
+        return project::effectiveFormat(element, Format::automatic);
+    }
+    return project::effectiveFormat(element, polled->format);
 }
 
 } // namespace tavmir::host

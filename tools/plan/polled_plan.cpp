@@ -27,6 +27,7 @@ std::vector<PolledElement> polledElements(const project::Project& project)
             PolledElement entry;
             entry.element = element;
             entry.format = project::effectiveFormat(element, polled.format);
+            entry.formatIsGiven = entry.format == polled.format;
             entry.name = named ? polled.name : element.addressText;
             if (named && expansion.elements.size() > 1) {
                 entry.name += QString(" (%1)").arg(++number);

@@ -15,6 +15,7 @@ namespace tavmir::host
 struct PolledElement {
     project::Element element;
     project::Format format = project::Format::automatic; // fits the element
+    bool formatIsGiven = false;                          // by the polled entry
     QString name;
     int station = 0; // at which the driver asks for it
 };

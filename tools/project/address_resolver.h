@@ -11,17 +11,27 @@
 namespace tavmir::project
 {
 
+// The data type with which a variable is registered with the driver. A real is a double word to it:
+// the two share function codes and caches, but a request ends where the data type changes.
+inline int driverType(DataType type)
+{
+    return static_cast<int>(type == DataType::real ? DataType::dword : type);
+}
+
 // One value: a bit, a word, a double word, a float, a text, or one bit of a word.
 struct Element {
     QString addressText;
-    DataType type = DataType::word; // never structure
-    quint32 address = 0;            // bits; the word's address also for one of its bits
-    std::optional<int> bitNumber;   // set: one bit of the word or double word
-    int words = 0;                  // text: its 16-bit words; otherwise 0
+    DataType type = DataType::word;    // never structure
+    quint32 address = 0;               // bits; the word's address also for one of its bits
+    std::optional<int> bitNumber;      // set: one bit of the word or double word
+    int words = 0;                     // text: its 16-bit words; otherwise 0
+    Format format = Format::automatic; // as its variable is declared; of one bit of a word: ignored
     bool isArrayElement = false;
+    bool isRaw = false;   // of no variable (raw_address.h)
     int elementLimit = 0; // array element: what the driver cuts counts to (high - low)
 
-    int typeCode() const { return static_cast<int>(type); }
+    // The data type under which the driver knows it.
+    int typeCode() const { return driverType(type); }
     bool isBit() const { return type == DataType::bit || bitNumber.has_value(); }
 };
 

@@ -48,6 +48,7 @@ Element makeElement(const Variable& variable, quint32 address, const QString& te
     element.addressText = text;
     element.type = variable.type;
     element.address = address;
+    element.format = variable.format;
     element.words = variable.type == DataType::text ? variable.words : 0;
     if (variable.array) {
         const IndexRange& last = variable.array->bounds.back();

@@ -4,6 +4,7 @@
 #include <QtCore/QSet>
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace tavmir::project
@@ -15,11 +16,23 @@ namespace
 struct Level {
     bool isObject = false;
     bool keyNext = false;
+    int offset = 0; // where it begins
     QSet<QByteArray> keys;
 };
 
-// Offset behind the closing quote of the string that opens at `start`, or the end of the text.
-int stringEnd(const QByteArray& text, int start)
+bool isBlank(char character)
+{
+    return character == ' ' || character == '\t' || character == '\n' || character == '\r';
+}
+
+// A digit or letter, or what else belongs to numbers and words.
+bool isInWord(char character)
+{
+    return !isBlank(character) && QByteArray("{}[],:\"").indexOf(character) < 0;
+}
+
+// Offset behind the closing quote of the string that opens at `start`; none: it is not closed.
+std::optional<int> stringEnd(const QByteArray& text, int start)
 {
     for (int i = start + 1; i < text.size(); ++i) {
         if (text.at(i) == '\\') {
@@ -28,7 +41,7 @@ int stringEnd(const QByteArray& text, int start)
             return i + 1;
         }
     }
-    return text.size();
+    return std::nullopt;
 }
 
 } // namespace
@@ -47,21 +60,39 @@ TextPlace placeOf(const QByteArray& text, int offset)
     return place;
 }
 
+int endOfText(const QByteArray& text)
+{
+    int end = text.size();
+    while (end > 0 && isBlank(text.at(end - 1))) {
+        --end;
+    }
+    return end;
+}
+
 JsonScan scanJson(const QByteArray& text, int maxNesting)
 {
+    JsonScan scan;
     std::vector<Level> levels;
+    bool isPaired = true; // no bracket has met one of another kind so far
     for (int i = 0; i < text.size(); ++i) {
         const char character = text.at(i);
+        const bool goesOn = isInWord(character) && i > 0 && isInWord(text.at(i - 1));
+        if (!isBlank(character) && !goesOn) {
+            scan.lastToken = i;
+        }
         switch (character) {
         case '{':
         case '[':
             if (static_cast<int>(levels.size()) == maxNesting) {
-                return {i, QString("nested deeper than %1 levels").arg(maxNesting)};
+                scan.offset = i;
+                scan.problem = QString("nested deeper than %1 levels").arg(maxNesting);
+                return scan;
             }
-            levels.push_back({character == '{', character == '{', {}});
+            levels.push_back({character == '{', character == '{', i, {}});
             break;
         case '}':
         case ']':
+            isPaired = isPaired && !levels.empty() && levels.back().isObject == (character == '}');
             if (!levels.empty()) {
                 levels.pop_back();
             }
@@ -72,23 +103,34 @@ JsonScan scanJson(const QByteArray& text, int maxNesting)
             }
             break;
         case '"': {
-            const int end = stringEnd(text, i);
+            const std::optional<int> end = stringEnd(text, i);
+            if (!end) {
+                scan.openOffset = isPaired ? i : -1;
+                scan.openKind = "a text";
+                return scan;
+            }
             if (!levels.empty() && levels.back().keyNext) {
-                const QByteArray key = text.mid(i + 1, std::max(0, end - i - 2));
+                const QByteArray key = text.mid(i + 1, *end - i - 2);
                 if (levels.back().keys.contains(key)) {
-                    return {i, QString("key \"%1\" is given twice").arg(QString::fromUtf8(key))};
+                    scan.offset = i;
+                    scan.problem = QString("key \"%1\" is given twice").arg(QString::fromUtf8(key));
+                    return scan;
                 }
                 levels.back().keys.insert(key);
                 levels.back().keyNext = false;
             }
-            i = end - 1;
+            i = *end - 1;
             break;
         }
         default:
             break;
         }
     }
-    return {};
+    if (isPaired && !levels.empty()) {
+        scan.openOffset = levels.back().offset;
+        scan.openKind = levels.back().isObject ? "an object" : "a list";
+    }
+    return scan;
 }
 
 } // namespace tavmir::project

@@ -30,6 +30,7 @@ struct Connection {
     bool ownStations = false; // "stationMode": "own": a polled variable keeps its own station
     int connectTimeoutMs = 1000;
     int replyTimeoutMs = 500;
+    int passMs = 100;               // from the beginning of one pass to the next; 0: at once
     int reconnectMinMs = 100;       // first pause after a lost connection
     int reconnectMaxMs = 5000;      // pauses grow up to this
     int retryLimit = 2;             // failures tolerated before a request is given up
@@ -53,7 +54,8 @@ struct Variable {
     int structure = -1; // DataType::structure: index into Project::types
     quint32 offset = 0; // bits: a variable's address, or a member's distance from the start
     bool bitsAllowed = false;
-    int words = 0; // DataType::text: 16-bit words
+    int words = 0;                     // DataType::text: 16-bit words
+    Format format = Format::automatic; // how its values are meant; automatic: by the type
     std::optional<ArrayShape> array;
     QString path;
 };

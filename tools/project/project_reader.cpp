@@ -28,6 +28,30 @@ ReadOutcome refuseAt(const QString& source, const QByteArray& json, int offset,
                   QString("line %1, column %2: %3").arg(place.line).arg(place.column).arg(problem));
 }
 
+// What the parser says of a file whose end is missing depends on the byte at which it stops.
+bool endsTooSoon(const JsonScan& scan, const QJsonParseError& error)
+{
+    return scan.openOffset >= 0 && error.offset >= scan.lastToken;
+}
+
+ReadOutcome refuseMalformed(const QString& source, const QByteArray& json, const JsonScan& scan,
+                            const QJsonParseError& error)
+{
+    const int end = endOfText(json);
+    if (end == 0) {
+        return refuseAt(source, json, 0, "the file is empty");
+    }
+    if (!endsTooSoon(scan, error)) {
+        return refuseAt(source, json, error.offset, error.errorString());
+    }
+    const TextPlace open = placeOf(json, scan.openOffset);
+    return refuseAt(source, json, end,
+                    QString("the file ends in the middle of %1 that begins at line %2, column %3")
+                        .arg(scan.openKind)
+                        .arg(open.line)
+                        .arg(open.column));
+}
+
 Project readParts(const QJsonObject& root, const QString& source)
 {
     const JsonObject object(root, QString(),
@@ -75,7 +99,7 @@ ReadOutcome readProject(const QByteArray& json, const QString& source)
         return refuseAt(source, json, scan.offset, scan.problem);
     }
     if (malformed) {
-        return refuseAt(source, json, error.offset, error.errorString());
+        return refuseMalformed(source, json, scan, error);
     }
     if (!document.isObject()) {
         return refuse(source, "must be one JSON object");

@@ -6,10 +6,15 @@
 #include "json_object.h"
 #include "project_model.h"
 
+#include <optional>
+
 namespace tavmir::project
 {
 
 Connection readConnection(const QJsonValue& value);
+
+// The key "format"; none when it is missing.
+std::optional<Format> readFormatKey(const JsonObject& object);
 
 // "types": names first, so that they may refer to each other in any order, then the members.
 void readTypes(const QJsonArray& list, Project& project);

@@ -1,7 +1,9 @@
 // "types" and "labels": structure types, variables and members.
 #include "read_steps.h"
 
+#include "address_walk.h"
 #include "project_reader.h"
+#include "value_format.h"
 
 #include <QtCore/QSet>
 
@@ -133,10 +135,34 @@ void readExtras(const JsonObject& object, Variable& variable)
     }
 }
 
+// What the variable's values are meant to be, wherever they are shown and written. A real is a
+// float: its bits are shown by whom asks for them only.
+void readDeclaredFormat(const JsonObject& object, Variable& variable)
+{
+    const std::optional<Format> format = readFormatKey(object);
+    if (!format) {
+        return;
+    }
+    if (variable.type == DataType::structure) {
+        object.refuse("format", "a structure has none; its members may have");
+    }
+    const Element element = makeElement(variable, 0, QString());
+    const bool isReal = variable.type == DataType::real;
+    if (!formatFits(element, *format) || (isReal && *format != Format::floating)) {
+        object.refuse("format",
+                      QString("a %1 is %2, not %3")
+                          .arg(object.text("type"),
+                               isReal ? formatName(Format::floating) : fittingFormats(element),
+                               formatName(*format)));
+    }
+    variable.format = *format;
+}
+
 Variable readVariable(const QJsonValue& value, const QString& path, const QString& placeKey,
                       const Project& project, QSet<QString>& names)
 {
-    const JsonObject object(value, path, {"name", "type", placeKey, "array", "bits", "words"});
+    const JsonObject object(value, path,
+                            {"name", "type", placeKey, "array", "bits", "words", "format"});
     Variable variable;
     variable.path = path;
     variable.name = readName(object);
@@ -145,6 +171,7 @@ Variable readVariable(const QJsonValue& value, const QString& path, const QStrin
     variable.offset =
         static_cast<quint32>(object.integer(placeKey, 0, std::numeric_limits<quint32>::max()));
     readExtras(object, variable);
+    readDeclaredFormat(object, variable);
     return variable;
 }
 

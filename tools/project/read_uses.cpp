@@ -53,20 +53,13 @@ Element readElement(const JsonObject& object, const Project& project, QSet<QStri
 
 Format readFormat(const JsonObject& object, const std::vector<Element>& elements)
 {
-    if (!object.has("format")) {
-        return Format::automatic;
-    }
-    const QString name = object.text("format");
-    const std::optional<Format> format = formatFromName(name);
-    if (!format) {
-        object.refuse("format", QString("unknown format %1").arg(quoted(name)));
-    }
+    const Format format = readFormatKey(object).value_or(Format::automatic);
     // Among many elements the format is for those that it fits.
-    if (elements.size() == 1 && !formatFits(elements.front(), *format)) {
-        object.refuse("format",
-                      QString("%1 cannot be shown as %2").arg(elements.front().addressText, name));
+    if (elements.size() == 1 && !formatFits(elements.front(), format)) {
+        object.refuse("format", QString("%1 cannot be shown as %2")
+                                    .arg(elements.front().addressText, formatName(format)));
     }
-    return *format;
+    return format;
 }
 
 QString valueText(const JsonObject& object)
@@ -164,6 +157,19 @@ Signal readSignal(const QJsonValue& value, const QString& path, const Project& p
 
 } // namespace
 
+std::optional<Format> readFormatKey(const JsonObject& object)
+{
+    if (!object.has("format")) {
+        return std::nullopt;
+    }
+    const QString name = object.text("format");
+    const std::optional<Format> format = formatFromName(name);
+    if (!format) {
+        object.refuse("format", QString("unknown format %1").arg(quoted(name)));
+    }
+    return format;
+}
+
 void readPolled(const QJsonArray& list, Project& project)
 {
     QSet<QString> names;
@@ -189,6 +195,10 @@ void readPolled(const QJsonArray& list, Project& project)
         polled.format = readFormat(object, expansion.elements);
         if (object.has("station")) {
             polled.station = static_cast<int>(object.integer("station", 0, 255));
+            if (!project.connection.ownStations) {
+                object.refuse("station", "needs the connection's \"stationMode\": \"own\"; with "
+                                         "\"default\" all is asked of its one station");
+            }
         }
         project.polled.push_back(polled);
     }

@@ -2,6 +2,7 @@
 #include "cycle_thread.h"
 
 #include "driver/request_lists.h"
+#include "plan/frame_plan.h"
 #include "wire/frame_layout.h"
 
 #include <algorithm>
@@ -30,8 +31,9 @@ QString whyTimeIsOver(const ConnectionState& connection)
 
 } // namespace
 
-CycleThread::CycleThread(SessionState& state, const LinkOptions& link, int idleMs)
-    : state_(state), link_(link, [this](const FeedEntry& entry) { linkChanged(entry); }),
+CycleThread::CycleThread(SessionState& state, SearchedList& polled, const LinkOptions& link,
+                         int idleMs)
+    : state_(state), polled_(polled), tries_(state), link_(link, [this](const FeedEntry& entry) { linkChanged(entry); }),
       idleMs_(idleMs)
 {
     reply_.reserve(static_cast<int>(wire::kMaxFrameBytes));
@@ -140,8 +142,10 @@ Protocol* CycleThread::nextRequest()
 Protocol* CycleThread::chooseRequest()
 {
     const Clock::time_point now = Clock::now();
-    restUntil_ = now + std::chrono::milliseconds(idleMs_);
+    search(now);
+    restUntil_ = std::min(now + std::chrono::milliseconds(idleMs_), polled_.search().nextAt());
     if (state_.passes.isDue(now)) {
+        state_.passes.begins(now);
         return state_.api.nextRequest();
     }
     const bool writesWait = state_.operations.hasWork(OperationKind::write);
@@ -154,6 +158,16 @@ Protocol* CycleThread::chooseRequest()
         restUntil_ = std::min(restUntil_, state_.passes.begin());
     }
     return nullptr;
+}
+
+// Under the gate, with nothing in flight.
+void CycleThread::search(Clock::time_point now)
+{
+    if (const std::optional<SearchTries::End> end = tries_.takeEnd()) {
+        polled_.tried(end->end, end->code, now);
+    }
+    polled_.giveIfDue(now);
+    tries_.begin(polled_.search(), polled_.polled(), now);
 }
 
 ExchangeEnd CycleThread::perform(const Protocol& request)
@@ -172,6 +186,7 @@ ExchangeEnd CycleThread::perform(const Protocol& request)
                        exchange_);
     }
     problem_ = exchange_.isGood() ? QString() : endInWords(exchange_, link_.problem());
+    noteRefusal(request);
     // Before the driver reports anything: whoever awaits an operation finds its exchange told.
     state_.feed.publish(exchange_, request.frame.constData(), reply_.constData());
     return exchange_.end;
@@ -195,6 +210,15 @@ void CycleThread::suppress(const Protocol& request)
     }
 }
 
+void CycleThread::noteRefusal(const Protocol& request)
+{
+    refused_.clear();
+    if (exchange_.kind == RequestKind::poll && exchange_.end == ExchangeEnd::exception &&
+        CulpritSearch::blamesAddress(exchange_.exceptionCode)) {
+        refused_ = plannedFrame(request).elements;
+    }
+}
+
 void CycleThread::takeReply()
 {
     const bool received = exchange_.end == ExchangeEnd::reply;
@@ -205,6 +229,9 @@ void CycleThread::takeReply()
     RequestInFlight& inFlight = state_.inFlight;
     inFlight.attempted(exchange_, problem_);
     events_.clear();
+    if (exchange_.end == ExchangeEnd::exception && tries_.isCarriedBy(inFlight)) {
+        giveUpAtNextFailure(*state_.api.context); // asked again it would be refused again
+    }
     const int status = state_.api.takeReply(&reply_, received ? reply_.size() : 0)->status;
     if (status != kStatusRepeat) {
         endRequest(status == kStatusGood);
@@ -216,13 +243,20 @@ void CycleThread::endRequest(bool good)
 {
     RequestInFlight& inFlight = state_.inFlight;
     if (inFlight.kind() == RequestKind::poll && inFlight.generation() == state_.generation) {
-        state_.passes.asked(elements_, exchange_.endedAt);
+        endPoll(good);
     }
+    tries_.requestEnded(inFlight, exchange_);
     inFlight.end(state_.operations, good ? reply_ : QByteArray());
     if (!good) {
         state_.feed.publish(entryNow(FeedKind::gaveUp, problem_));
     }
     reportEnded(!good);
+}
+
+void CycleThread::endPoll(bool good)
+{
+    state_.passes.asked(elements_, exchange_.endedAt);
+    polled_.polledRequestEnded(good, refused_, exchange_.endedAt);
 }
 
 void CycleThread::reportEnded(bool gaveUp)

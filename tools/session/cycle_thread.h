@@ -12,6 +12,8 @@
 
 #include "driver/driver_events.h"
 #include "link/tcp_link.h"
+#include "searched_list.h"
+#include "search_tries.h"
 #include "session_state.h"
 
 #include <atomic>
@@ -26,7 +28,8 @@ public:
     static constexpr int kIdleMs = 1000;
 
     // idleMs   how long the thread sleeps when there is nothing to send; new work wakes it
-    CycleThread(SessionState& state, const LinkOptions& link, int idleMs = kIdleMs);
+    CycleThread(SessionState& state, SearchedList& polled, const LinkOptions& link,
+                int idleMs = kIdleMs);
     ~CycleThread();
     CycleThread(const CycleThread&) = delete;
     CycleThread& operator=(const CycleThread&) = delete;
@@ -36,6 +39,7 @@ public:
     // Ends the thread, also while it waits for a reply: every pending operation ends, that of the
     // request in flight by what became of its attempts. May be called again, on any thread.
     void stop();
+    bool isStopping() const { return stopping_; }
     // New work was queued. Any thread.
     void wake() { link_.wake(); }
 
@@ -54,6 +58,9 @@ private:
     Protocol* chooseRequest();
     ExchangeEnd perform(const Protocol& request);
     void suppress(const Protocol& request);
+    void noteRefusal(const Protocol& request);
+    void search(Clock::time_point now);
+    void endPoll(bool good);
     void takeReply();
     void endRequest(bool good);
     void reportEnded(bool gaveUp);
@@ -61,11 +68,14 @@ private:
     void loop();
 
     SessionState& state_;
+    SearchedList& polled_;
+    SearchTries tries_;
     TcpLink link_;
     DriverEvents events_;
     QByteArray reply_;
     Exchange exchange_;
     size_t elements_ = 0;         // of the request that it sent last
+    std::vector<WireElement> refused_; // the same, of a polled one that was refused for an address
     QString problem_;             // why the last exchange was bad
     Clock::time_point restUntil_; // when there was nothing to send
     std::thread thread_;

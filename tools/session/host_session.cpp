@@ -4,6 +4,8 @@
 #include "plan/host_checks.h"
 #include "plan/label_tree.h"
 
+#include <algorithm>
+
 namespace tavmir::host
 {
 
@@ -32,10 +34,11 @@ LinkOptions linkOptions(const project::Connection& connection, const SessionOpti
 
 HostSession::HostSession(std::unique_ptr<Driver> driver, const project::Project& project,
                          const SessionOptions& options)
-    : driver_(std::move(driver)), project_(project), state_(driver_->api(), options.pauseMs),
-      index_(std::make_shared<PolledIndex>(project)),
-      cycle_(std::make_unique<CycleThread>(state_, linkOptions(project.connection, options),
-                                           options.idleMs)),
+    : driver_(std::move(driver)), project_(project), mostRetries_(options.mostRetries),
+      state_(driver_->api(), options.passMs),
+      list_(state_, options.searches), index_(std::make_shared<PolledIndex>(project)),
+      cycle_(std::make_unique<CycleThread>(
+          state_, list_, linkOptions(project.connection, options), options.idleMs)),
       queue_(state_, project, [this] { cycle_->wake(); }), bits_(queue_)
 {
     if (options.polls) {
@@ -57,7 +60,7 @@ QString HostSession::setUp()
     }
     comInfo_.defaultStation = connection.station;
     comInfo_.comStation = connection.station;
-    comInfo_.retryLimit = connection.retryLimit;
+    comInfo_.retryLimit = std::min(connection.retryLimit, mostRetries_);
     comInfo_.stationMode = connection.ownStations ? 1 : 0;
     comInfo_.writeMode = connection.writesToController ? kWritesToController : kWritesToCaches;
     const DriverApi& api = driver_->api();
@@ -75,23 +78,12 @@ QString HostSession::poll(const std::vector<PolledElement>& polled)
     if (!refusal.isEmpty()) {
         return refusal;
     }
-    const size_t expected = wireOrder(polled).size();
-    QList<HOSTVAR> records = hostRecords(polled);
     {
         const std::lock_guard<std::mutex> gate(state_.gate);
-        // An empty list leaves the one that is polled in place: it is only not asked for any more.
-        if (state_.generation > 0 || expected > 0) {
-            const int filed = driver_->api().rebuildPolled(&records);
-            if (static_cast<size_t>(filed) != expected) {
-                return QString("the driver polls %1 of %2 elements").arg(filed).arg(expected);
-            }
+        const QString problem = list_.replace(polled);
+        if (!problem.isEmpty()) {
+            return problem;
         }
-        ++state_.generation;
-        state_.passes.restart(expected, Clock::now());
-        FeedEntry entry = entryNow(FeedKind::planChanged);
-        entry.plan =
-            std::make_shared<PolledGeneration>(PolledGeneration{state_.generation, polled});
-        state_.feed.publish(entry);
         const std::lock_guard<std::mutex> planned(plannedMutex_);
         const auto index = std::make_shared<PolledIndex>(*index_);
         index->add(polled);

@@ -15,6 +15,7 @@
 #include "cycle_thread.h"
 #include "operation_queue.h"
 #include "plan/polled_index.h"
+#include "searched_list.h"
 #include "session_state.h"
 
 #include <memory>
@@ -24,7 +25,9 @@ namespace tavmir::host
 
 struct SessionOptions {
     bool polls = true;                 // false: the project's polled variables are left alone
-    int pauseMs = 0;                   // between two full passes over the polled variables
+    int passMs = 0; // from the beginning of a pass over the polled variables to the next; 0: at once
+    bool searches = true;              // for the variables that make the controller refuse requests
+    int mostRetries = 1000;            // of a request, where the project allows more
     unsigned jitterSeed = 1;           // of the reconnect pauses
     int idleMs = CycleThread::kIdleMs; // how long the cycle sleeps when nothing is to be sent
 };
@@ -46,6 +49,7 @@ public:
 
     // Once; a session that was stopped does not start again.
     void start() { cycle_->start(); }
+    bool isStopping() const { return cycle_->isStopping(); }
     // Every pending operation ends. May be called again, and while others wait for operations.
     void stop() { cycle_->stop(); }
 
@@ -90,11 +94,13 @@ private:
 
     std::unique_ptr<Driver> driver_;
     const project::Project& project_;
+    int mostRetries_;
     ComInfo comInfo_ = {};
     quint16 localBits_[64] = {};
     quint16 localWords_[64] = {};
     quint16 indexWords_[64] = {};
     SessionState state_;
+    SearchedList list_;
     mutable std::mutex plannedMutex_; // around the two below
     std::vector<PolledElement> polled_;
     std::shared_ptr<const PolledIndex> index_;

@@ -11,6 +11,7 @@ namespace
 
 constexpr int kFirstHostKey = 1000;
 constexpr int kVarKeyBits = 31;
+constexpr int kNobodysStation = -1;
 
 } // namespace
 
@@ -62,6 +63,22 @@ OperationId OperationTracker::admit(OperationKind kind, const OperationShape& sh
         end(pending_.find(id.key),
             closed_ ? closedReason_ : QString("earlier ones did not end in time"));
     }
+    return id;
+}
+
+std::optional<OperationId> OperationTracker::admitAlone(OperationKind kind)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const Kind& list = of(kind);
+    if (closed_ || list.operations > 0 || !list.line.empty()) {
+        return std::nullopt;
+    }
+    OperationShape shape;
+    shape.station = kNobodysStation; // so that no other fits beside it
+    shape.valueBytes = 0;
+    shape.isAsked = false;
+    const OperationId id{kind, nextKey()};
+    add(id, shape, Deadline(Clock::time_point::max(), 0));
     return id;
 }
 
@@ -172,8 +189,10 @@ void OperationTracker::end(Pending::iterator found, Outcome outcome)
         list.operationsByStation.erase(station);
     }
     outcome.bytes = operation.bytes;
-    tell(id, operation.shape, outcome);
-    if (!operation.abandoned) {
+    if (operation.shape.isAsked) {
+        tell(id, operation.shape, outcome);
+    }
+    if (operation.shape.isAsked && !operation.abandoned) {
         keep(id.key, outcome);
     }
     changed_.notify_all();
@@ -183,8 +202,9 @@ void OperationTracker::tell(const OperationId& id, const OperationShape& shape,
                             const Outcome& outcome)
 {
     FeedEntry entry = entryNow(FeedKind::operationEnded, outcome.reason);
-    entry.operation = {id.kind,          outcome.state,        id.key,
-                       outcome.elements, outcome.acknowledged, shape.station};
+    entry.operation = {
+        id.kind,       outcome.state,      id.key,         outcome.elements, outcome.acknowledged,
+        shape.station, shape.firstAddress, shape.bitsApart};
     feed_.publish(entry);
 }
 

@@ -54,6 +54,7 @@ struct OperationShape {
     qint32 firstAddress = 0; // in bits
     int bitsApart = 16;      // from one element to the next
     int valueBytes = 2;      // of one element; of a write 0: it brings no values
+    bool isAsked = true;     // false: the session's own, nobody is told of its end
 };
 
 class OperationTracker
@@ -69,6 +70,10 @@ public:
     //   most  elements of the kind that may be pending with it
     OperationId admit(OperationKind kind, const OperationShape& shape, const Deadline& deadline,
                       int most);
+
+    // One of the session's own that shares its requests with nobody: none while others are pending or
+    // wait in line, and while it is pending others wait. It brings no values, and is not claimed.
+    std::optional<OperationId> admitAlone(OperationKind kind);
 
     // One that never gets as far: it has ended, for this reason.
     OperationId refuse(OperationKind kind, const OperationShape& shape, const QString& reason);

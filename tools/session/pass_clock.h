@@ -1,6 +1,7 @@
-// When the next pass over the polled list is due. A pass is over when as many elements have been
-// asked for as the list has, whether they were answered or not; a request that goes on with the
-// list's head counts for the next one. One thread.
+// When the next pass over the polled list is due: a fixed time after the last one began, or at once
+// when that took longer. A pass is over when as many elements have been asked for as the list has,
+// whether they were answered or not; a request that goes on with the list's head counts for the
+// next one. One thread.
 #ifndef TAVMIR_SESSION_PASS_CLOCK_H
 #define TAVMIR_SESSION_PASS_CLOCK_H
 
@@ -18,11 +19,15 @@ using wire::Deadline;
 class PassClock
 {
 public:
-    // pauseMs  from the end of one pass to the beginning of the next; 0: none
-    explicit PassClock(int pauseMs) : pause_(std::chrono::milliseconds(pauseMs)) {}
+    // passMs  from the beginning of one pass to the beginning of the next; 0: at once
+    explicit PassClock(int passMs) : pass_(std::chrono::milliseconds(passMs)) {}
 
     // Another list, whose first pass is due at once; with no elements none ever is.
     void restart(size_t elements, Clock::time_point now);
+
+    // A request of a pass that is due goes out. A pass that begins late, by more than one, sets the
+    // beat anew: what was missed is not made up for.
+    void begins(Clock::time_point now);
 
     // A request of `count` elements is over.
     void asked(size_t count, Clock::time_point now);
@@ -30,6 +35,8 @@ public:
     bool isPolling() const { return elements_ > 0; }
     // True from the moment when a pass should begin until it is over.
     bool isDue(Clock::time_point now) const { return isPolling() && now >= begin_; }
+    // True while no request of the next pass has gone out.
+    bool isBetween() const { return !hasBegun_; }
     // When the next pass begins; meaningless without elements.
     Clock::time_point begin() const { return begin_; }
     uint64_t passes() const { return passes_; }
@@ -37,8 +44,9 @@ public:
     uint64_t elementsAsked() const { return total_; }
 
 private:
-    Clock::duration pause_;
+    Clock::duration pass_;
     Clock::time_point begin_;
+    bool hasBegun_ = false;
     size_t elements_ = 0;
     size_t asked_ = 0; // of the present pass
     uint64_t passes_ = 0;

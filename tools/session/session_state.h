@@ -17,8 +17,8 @@ namespace tavmir::host
 {
 
 struct SessionState {
-    SessionState(const DriverApi& driver, int pauseMs)
-        : api(driver), operations(feed), passes(pauseMs)
+    SessionState(const DriverApi& driver, int passMs)
+        : api(driver), operations(feed), passes(passMs)
     {
     }
 

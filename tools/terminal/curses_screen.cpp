@@ -91,12 +91,10 @@ Key keyOf(wint_t character)
 short colourOf(Style style)
 {
     switch (style) {
-    case Style::stale:
-        return COLOR_YELLOW;
     case Style::bad:
         return COLOR_RED;
     case Style::unconfirmed:
-        return COLOR_CYAN;
+        return COLOR_YELLOW;
     default:
         return -1;
     }
@@ -164,7 +162,7 @@ public:
     void beginColours()
     {
         hasColours_ = ::start_color() == OK && ::use_default_colors() == OK;
-        for (const Style style : {Style::stale, Style::bad, Style::unconfirmed}) {
+        for (const Style style : {Style::bad, Style::unconfirmed}) {
             ::init_pair(static_cast<short>(style), colourOf(style), -1);
         }
     }
@@ -172,10 +170,8 @@ public:
     void set(Style style)
     {
         const bool coloured = hasColours_ && colourOf(style) >= 0;
-        // Yellow that is dimmed cannot be told from the others on many terminals.
-        const attr_t attributes =
-            coloured && style == Style::stale ? A_NORMAL : attributesOf(style);
-        ::wattr_set(stdscr, attributes, static_cast<short>(coloured ? int(style) : 0), nullptr);
+        ::wattr_set(stdscr, attributesOf(style), static_cast<short>(coloured ? int(style) : 0),
+                    nullptr);
     }
 
     void draw(const Picture& picture)

@@ -23,19 +23,8 @@ Style styleOf(Quality quality)
 
 char markOf(Quality quality)
 {
-    switch (quality) {
-    case Quality::never:
-        return '-';
-    case Quality::good:
-        return ' ';
-    case Quality::stale:
-        return '~';
-    case Quality::bad:
-        return '!';
-    case Quality::unconfirmed:
-        return '?';
-    }
-    return ' ';
+    const char mark = *qualityMark(quality);
+    return mark == '\0' ? ' ' : mark;
 }
 
 } // namespace tavmir::host

@@ -27,7 +27,6 @@ constexpr KeyHelp kKeys[] = {
     {"mark !", "bad: refused or given up"},
     {"mark ~", "stale: too old, or link down"},
     {"mark ?", "written, not yet confirmed"},
-    {"mark -", "never read"},
 };
 
 } // namespace

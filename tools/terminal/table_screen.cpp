@@ -2,7 +2,6 @@
 #include "table_screen.h"
 
 #include <clocale>
-#include <cstdlib>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -21,13 +20,6 @@ ScreenSize terminalSize()
     return {size.ws_row, size.ws_col};
 }
 
-// https://no-color.org: set to anything but nothing.
-bool wantsColours()
-{
-    const char* const refused = std::getenv("NO_COLOR");
-    return refused == nullptr || *refused == '\0';
-}
-
 } // namespace
 
 TableScreen::TableScreen(const ScreenOutput& output, bool takesCommands)
@@ -40,16 +32,17 @@ TableScreen::~TableScreen()
     leave();
 }
 
-std::unique_ptr<TableScreen> TableScreen::open(const ScreenOutput& output, bool takesCommands)
+std::unique_ptr<TableScreen> TableScreen::open(const ScreenOutput& output, bool takesCommands,
+                                               bool colours)
 {
     std::unique_ptr<TableScreen> screen(new TableScreen(output, takesCommands));
-    return screen->begin() ? std::move(screen) : nullptr;
+    return screen->begin(colours) ? std::move(screen) : nullptr;
 }
 
-bool TableScreen::begin()
+bool TableScreen::begin(bool colours)
 {
     std::setlocale(LC_CTYPE, ""); // widths, and what can be drawn at all
-    screen_ = CursesScreen::open(keys_.givesKeys() ? STDIN_FILENO : -1, wantsColours());
+    screen_ = CursesScreen::open(keys_.givesKeys() ? STDIN_FILENO : -1, colours);
     if (!screen_) {
         return false;
     }

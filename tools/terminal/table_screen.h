@@ -24,7 +24,8 @@ class TableScreen
 public:
     // Null when the terminal cannot show it. Keys are taken when standard input is a terminal.
     //   takesCommands  lines that are typed behind ":" are wanted
-    static std::unique_ptr<TableScreen> open(const ScreenOutput& output, bool takesCommands);
+    static std::unique_ptr<TableScreen> open(const ScreenOutput& output, bool takesCommands,
+                                             bool colours);
     ~TableScreen();
     TableScreen(const TableScreen&) = delete;
     TableScreen& operator=(const TableScreen&) = delete;
@@ -47,7 +48,7 @@ public:
 
 private:
     TableScreen(const ScreenOutput& output, bool takesCommands);
-    bool begin();
+    bool begin(bool colours);
     void drawIfWanted();
 
     ScreenOutput output_;

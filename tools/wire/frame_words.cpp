@@ -1,6 +1,9 @@
 // Frames in words.
 #include "frame_words.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace tavmir
 {
 namespace wire
@@ -20,35 +23,6 @@ std::string functionInWords(std::uint8_t code)
     return function != nullptr ? function->words : "function " + std::to_string(code);
 }
 
-// The entries behind a header: how long each is, and what to say of it.
-struct Entries {
-    std::size_t entryBytes;
-    std::function<std::string(const unsigned char* entry)> words;
-};
-
-// Whole entries one after the other, then the bytes left over.
-std::string entriesInWords(const FrameView& frame, const Entries& entries)
-{
-    std::string list;
-    const auto add = [&list](const std::string& words) {
-        list += (list.empty() ? "" : ", ") + words;
-    };
-    std::size_t offset = kHeaderBytes;
-    for (; offset + entries.entryBytes <= frame.size; offset += entries.entryBytes) {
-        add(entries.words(frame.bytes + offset));
-    }
-    if (offset < frame.size) {
-        add("and " + bytesInWords(frame.size - offset));
-    }
-    return list;
-}
-
-std::string pairInWords(const FunctionCode& function, const ElementName& name,
-                        const unsigned char* entry, std::uint32_t value)
-{
-    return name(bigEndian32(entry), function.valueBits) + "=" + std::to_string(value);
-}
-
 std::uint32_t writtenValue(const FunctionCode& function, const unsigned char* value)
 {
     if (function.elements == ElementClass::bits) {
@@ -57,12 +31,62 @@ std::uint32_t writtenValue(const FunctionCode& function, const unsigned char* va
     return littleEndianNumber(value, function.valueBytes);
 }
 
+// The entries behind a header: how long each is, and what its value is.
+struct Entries {
+    std::size_t entryBytes;
+    std::function<std::uint32_t(const unsigned char* value)> valueOf; // empty: they have none
+};
+
+std::vector<ElementInFrame> elementsOf(const FrameView& frame, int bits, const Entries& entries)
+{
+    std::vector<ElementInFrame> elements;
+    for (std::size_t offset = kHeaderBytes; offset + entries.entryBytes <= frame.size;
+         offset += entries.entryBytes) {
+        const unsigned char* entry = frame.bytes + offset;
+        ElementInFrame element = {bigEndian32(entry), bits, 0};
+        if (entries.valueOf) {
+            element.value = entries.valueOf(entry + kAddressBytes);
+        }
+        elements.push_back(element);
+    }
+    return elements;
+}
+
+// Whole entries one after the other, then the bytes left over.
+std::string entriesInWords(const FrameView& frame, int bits, const Entries& entries,
+                           const DescribeElements& describe)
+{
+    std::string list;
+    const auto add = [&list](const std::string& words) {
+        list += (list.empty() ? "" : ", ") + words;
+    };
+    const std::vector<ElementInFrame> elements = elementsOf(frame, bits, entries);
+    for (std::size_t i = 0; i < elements.size();) {
+        const ElementsInWords words = describe(&elements[i], elements.size() - i);
+        add(entries.valueOf ? words.name + "=" + words.value : words.name);
+        i += std::max<std::size_t>(1, words.elements);
+    }
+    const std::size_t left = frame.size - kHeaderBytes - elements.size() * entries.entryBytes;
+    if (left > 0) {
+        add("and " + bytesInWords(left));
+    }
+    return list;
+}
+
 std::string unknownInWords(const FrameView& frame)
 {
     return titleInWords(frame) + ", " + bytesInWords(frame.size);
 }
 
 } // namespace
+
+ElementsInWords elementInWords(const ElementInFrame& element)
+{
+    ElementsInWords words;
+    words.name = std::to_string(element.address);
+    words.value = std::to_string(element.value);
+    return words;
+}
 
 std::string exceptionInWords(std::uint8_t code)
 {
@@ -77,7 +101,8 @@ std::string titleInWords(const FrameView& frame)
            " " + functionInWords(static_cast<std::uint8_t>(frame.function & ~kExceptionBit));
 }
 
-std::string requestInWords(const unsigned char* bytes, std::size_t size, const ElementName& name)
+std::string requestInWords(const unsigned char* bytes, std::size_t size,
+                           const DescribeElements& describe)
 {
     if (size < kHeaderBytes) {
         return bytesInWords(size);
@@ -87,16 +112,18 @@ std::string requestInWords(const unsigned char* bytes, std::size_t size, const E
     if (function == nullptr) {
         return unknownInWords(frame);
     }
-    const auto words = [&](const unsigned char* entry) {
-        return function->write ? pairInWords(*function, name, entry,
-                                             writtenValue(*function, entry + kAddressBytes))
-                               : name(bigEndian32(entry), function->valueBits);
-    };
+    Entries entries = {function->requestEntryBytes(), nullptr};
+    if (function->write) {
+        entries.valueOf = [function](const unsigned char* value) {
+            return writtenValue(*function, value);
+        };
+    }
     return titleInWords(frame) + ": " +
-           entriesInWords(frame, Entries{function->requestEntryBytes(), words});
+           entriesInWords(frame, function->valueBits, entries, describe);
 }
 
-std::string replyInWords(const unsigned char* bytes, std::size_t size, const ElementName& name)
+std::string replyInWords(const unsigned char* bytes, std::size_t size,
+                         const DescribeElements& describe)
 {
     if (size < kHeaderBytes) {
         return bytesInWords(size);
@@ -113,12 +140,11 @@ std::string replyInWords(const unsigned char* bytes, std::size_t size, const Ele
     if (function->write) {
         return titleInWords(frame) + ": " + std::to_string(count) + " done";
     }
-    const auto words = [&](const unsigned char* entry) {
-        return pairInWords(*function, name, entry,
-                           bigEndianNumber(entry + kAddressBytes, function->valueBytes));
-    };
+    const Entries entries = {function->entryBytes(), [function](const unsigned char* value) {
+                                 return bigEndianNumber(value, function->valueBytes);
+                             }};
     return titleInWords(frame) + ": " +
-           entriesInWords(frame, Entries{function->entryBytes(), words});
+           entriesInWords(frame, function->valueBits, entries, describe);
 }
 
 } // namespace wire

@@ -12,9 +12,26 @@ namespace tavmir
 namespace wire
 {
 
-// What to call the element of `bits` bits at an address; the address itself when nothing better
-// is known.
-typedef std::function<std::string(std::uint32_t address, int bits)> ElementName;
+// One element as it stands in a frame.
+struct ElementInFrame {
+    std::uint32_t address;
+    int bits;
+    std::uint32_t value; // 0 where the frame has none
+};
+
+// What elements are called, and what their value means.
+struct ElementsInWords {
+    std::string name;
+    std::string value;
+    std::size_t elements = 1; // of which this speaks: those of a text follow each other
+};
+
+// Speaks of the first of `count` elements, and of those behind it that are one value with it.
+typedef std::function<ElementsInWords(const ElementInFrame* first, std::size_t count)>
+    DescribeElements;
+
+// When nothing better is known: the address and the number.
+ElementsInWords elementInWords(const ElementInFrame& element);
 
 // "3 (illegal data value)"; the number alone when it is not known.
 std::string exceptionInWords(std::uint8_t code);
@@ -25,11 +42,13 @@ std::string titleInWords(const FrameView& frame);
 
 // "#7 station 1 write words: Main.W=4660, 116=1". Any bytes can be shown; what makes no sense is
 // counted in bytes.
-std::string requestInWords(const unsigned char* bytes, std::size_t size, const ElementName& name);
+std::string requestInWords(const unsigned char* bytes, std::size_t size,
+                           const DescribeElements& describe);
 
 // The same of a reply: "#7 station 1 read words: Main.W=4660", "#7 station 1 write words: 2 done",
 // "#7 station 1 read words: exception 3 (illegal data value)".
-std::string replyInWords(const unsigned char* bytes, std::size_t size, const ElementName& name);
+std::string replyInWords(const unsigned char* bytes, std::size_t size,
+                         const DescribeElements& describe);
 
 } // namespace wire
 } // namespace tavmir

@@ -15,7 +15,7 @@ host::SessionOptions sessionOptions()
 {
     host::SessionOptions options;
     options.polls = false; // what the project says gives every element its station only
-    options.pauseMs = 10;
+    options.passMs = 10;
     return options;
 }
 
