@@ -316,8 +316,8 @@ TEST(HostProgram, BadInputIsOneLineAndNothingIsSent)
         QStringList arguments;
         const char* message;
     } cases[] = {
-        {{}, "a command is missing: run, read, write or explain"},
-        {{"poll"}, "unknown command poll: run, read, write or explain"},
+        {{}, "a command is missing: run, read, write, check or explain"},
+        {{"poll"}, "unknown command poll: run, read, write, check or explain"},
         {{"run"}, "usage: tavmir-host run PROJECT"},
         {{"run", "/nonexistent/p.json"},
          "/nonexistent/p.json: cannot be read: No such file or directory"},

@@ -129,6 +129,18 @@ TEST_F(Monitor, FailedAttemptsAreToldOnceAndShownEachTime)
               messagesOf({entryWith(FeedKind::connectFailed, "again")}));
 }
 
+TEST_F(Monitor, ARefusedVariableIsNamedWhenItIsFoundAndWhenItAnswersAgain)
+{
+    open();
+    FeedEntry entry = entryWith(FeedKind::elementSetAside, "refused, code 2");
+    entry.variable = "A.x";
+    EXPECT_EQ(Lines{"A.x: refused, code 2"}, messagesOf({entry}));
+    EXPECT_EQ(1u, monitor_->refused().all().count("A.x"));
+    entry.kind = FeedKind::elementBack;
+    EXPECT_EQ(Lines{"A.x: answers again"}, messagesOf({entry}));
+    EXPECT_TRUE(monitor_->refused().all().empty());
+}
+
 TEST_F(Monitor, ALossIsToldAndTheAttemptsAfterItAreNot)
 {
     open();

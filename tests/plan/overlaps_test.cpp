@@ -65,7 +65,7 @@ TEST(Overlaps, RowsOfAnArrayMeet)
 
 TEST(Overlaps, NothingSharesNothing)
 {
-    EXPECT_TRUE(findOverlaps({}).empty());
+    EXPECT_TRUE(findOverlaps(std::vector<project::Element>()).empty());
     const project::Project project = withVariables(
         R"({ "name": "a", "type": "word", "address": 4294967264 },
            { "name": "b", "type": "word", "address": 4294967280 })");
@@ -95,6 +95,26 @@ TEST(Overlaps, OfOneElement)
               names(sharingBits(project::rawElement(project::DataType::word, 320), all)));
     EXPECT_EQ((std::vector<std::string>{"M.a", "M.same", "M.bit"}),
               names(sharingBits(project::rawElement(project::DataType::dword, 168), all)));
+}
+
+TEST(Overlaps, OfPolledVariablesAreThoseOfEachStationWithoutBitsOfWords)
+{
+    const project::Project project = withVariables(
+        R"({ "name": "t", "type": "text", "address": 320, "words": 3 },
+           { "name": "in", "type": "word", "address": 336, "bits": true })");
+    const auto polled = [&](const char* address, int station) {
+        PolledElement one;
+        one.element = elementOf(project, address);
+        one.station = station;
+        return one;
+    };
+    EXPECT_EQ((std::vector<std::string>{"M.t M.in 336 351"}),
+              inWords(findOverlaps(std::vector<PolledElement>{polled("M.in", 1), polled("M.t", 1),
+                                                              polled("M.in.b[3]", 1)})));
+    EXPECT_TRUE(
+        findOverlaps(std::vector<PolledElement>{polled("M.in", 1), polled("M.t", 2)}).empty());
+    EXPECT_TRUE(findOverlaps(std::vector<PolledElement>{polled("M.in", 1), polled("M.in.b[3]", 1)})
+                    .empty());
 }
 
 } // namespace tavmir::host

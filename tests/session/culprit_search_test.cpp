@@ -430,6 +430,26 @@ TEST_F(Search, OnlyCodesThatSpeakOfTheAddressBlameOne)
     }
 }
 
+TEST_F(Search, WhatWasPolledUntilNowIsTriedBeforeWhatWaits)
+{
+    watchWords(38 * 5);
+    lacks_ = {0, 38, 76, 152};
+    poll(0, 38);
+    poll(38, 38);
+    poll(76, 38);
+    tryNext();
+    poll(152, 38); // refused only now
+    std::vector<size_t> order;
+    while (search_.isSearching()) {
+        tryNext();
+        for (const CulpritSearch::Change& change : search_.takeChanges()) {
+            order.push_back(change.variable);
+        }
+    }
+    EXPECT_EQ((std::vector<size_t>{76, 152, 38, 0}), order);
+    EXPECT_EQ(lacks_, found());
+}
+
 // Two hundred among ten thousand, with a reply time of 5 ms, while polling has its turn between any
 // two tries.
 TEST_F(Search, TwoHundredOfTenThousandAreFoundInUnderAMinute)

@@ -15,10 +15,10 @@ enum class FeedKind : quint8 {
     exchange,
     gaveUp, // the driver gave the last exchange's request up
     connected,
-    connectFailed,  // text: why
-    connectionLost, // text: why
-    framesDropped,  // unasked, while nothing was in flight
-    operationEnded, // text: why it was not done
+    connectFailed,   // text: why
+    connectionLost,  // text: why
+    framesDropped,   // unasked, while nothing was in flight
+    operationEnded,  // text: why it was not done
     planChanged,     // another list is polled from now on
     elementSetAside, // the controller refuses it alone, it is not polled; variable, text: why
     elementBack      // one of those answers again; variable

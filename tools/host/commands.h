@@ -11,6 +11,7 @@ namespace tavmir::host
 int runCommand(const CommandLine& line);
 int readCommand(const CommandLine& line);
 int writeCommand(const CommandLine& line);
+int checkCommand(const CommandLine& line);
 int explainCommand(const CommandLine& line);
 
 } // namespace tavmir::host

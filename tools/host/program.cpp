@@ -31,6 +31,10 @@ const Command kCommands[] = {
     {{"write", "ADDRESS=VALUE...", "Writes values to the controller.",
       kOutputOption | kFormatOption | kTimeoutOption | kWriteOptions, 1, kAnyNumber},
      writeCommand},
+    {{"check", "",
+      "Asks once for every polled variable, alone and in its request, and says who answers.",
+      kOutputOption, 0, 0},
+     checkCommand},
     {{"explain", "[ADDRESS...]",
       "Says what addresses mean; without addresses, how polling is cut into requests.", 0, 0,
       kAnyNumber},
@@ -85,9 +89,9 @@ int runProgram(const QStringList& arguments)
             return runOne(command, QStringList(arguments.first()) + arguments.mid(2));
         }
     }
-    complain(name.isEmpty()
-                 ? QString("a command is missing: run, read, write or explain")
-                 : QString("unknown command %1: run, read, write or explain").arg(printable(name)));
+    complain(name.isEmpty() ? QString("a command is missing: run, read, write, check or explain")
+                            : QString("unknown command %1: run, read, write, check or explain")
+                                  .arg(printable(name)));
     return kExitBadInput;
 }
 

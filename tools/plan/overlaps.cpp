@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 
 namespace tavmir::host
 {
@@ -59,6 +60,22 @@ std::vector<Overlap> findOverlaps(const std::vector<Element>& elements)
         if (furthest == nullptr || endOf(*element) > endOf(*furthest)) {
             furthest = element;
         }
+    }
+    return overlaps;
+}
+
+std::vector<Overlap> findOverlaps(const std::vector<PolledElement>& polled)
+{
+    std::map<int, std::vector<Element>> stations;
+    for (const PolledElement& one : polled) {
+        if (!one.element.bitNumber) {
+            stations[one.station].push_back(one.element);
+        }
+    }
+    std::vector<Overlap> overlaps;
+    for (const auto& [station, elements] : stations) {
+        const std::vector<Overlap> ofStation = findOverlaps(elements);
+        overlaps.insert(overlaps.end(), ofStation.begin(), ofStation.end());
     }
     return overlaps;
 }

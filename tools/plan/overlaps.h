@@ -2,7 +2,7 @@
 #ifndef TAVMIR_PLAN_OVERLAPS_H
 #define TAVMIR_PLAN_OVERLAPS_H
 
-#include "project/address_resolver.h"
+#include "polled_plan.h"
 
 namespace tavmir::host
 {
@@ -17,6 +17,10 @@ struct Overlap {
 // Ascending by address. Each element that shares bits with one before it is named once, with the
 // one that reaches furthest.
 std::vector<Overlap> findOverlaps(const std::vector<project::Element>& elements);
+
+// The same of polled variables, each station by itself. Bits of a word are left out: they lie with
+// their word.
+std::vector<Overlap> findOverlaps(const std::vector<PolledElement>& polled);
 
 // Those of `elements`, which are a project's, that share bits with `element`, other than itself.
 std::vector<project::Element> sharingBits(const project::Element& element,

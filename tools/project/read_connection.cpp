@@ -27,8 +27,8 @@ Connection readConnection(const QJsonValue& value)
 {
     const JsonObject object(value, "connection",
                             {"host", "port", "station", "stationMode", "connectTimeoutMs",
-                             "replyTimeoutMs", "passMs", "reconnectMinMs", "reconnectMaxMs", "retryLimit",
-                             "writeMode"});
+                             "replyTimeoutMs", "passMs", "reconnectMinMs", "reconnectMaxMs",
+                             "retryLimit", "writeMode"});
     const auto milliseconds = [&object](const QString& key, int fallback) {
         return static_cast<int>(object.integer(key, 1, kLongestMs, fallback));
     };
@@ -42,7 +42,8 @@ Connection readConnection(const QJsonValue& value)
     connection.ownStations = firstOf(object, "stationMode", "own", "default", "default");
     connection.connectTimeoutMs = milliseconds("connectTimeoutMs", connection.connectTimeoutMs);
     connection.replyTimeoutMs = milliseconds("replyTimeoutMs", connection.replyTimeoutMs);
-    connection.passMs = static_cast<int>(object.integer("passMs", 0, kLongestMs, connection.passMs));
+    connection.passMs =
+        static_cast<int>(object.integer("passMs", 0, kLongestMs, connection.passMs));
     connection.reconnectMinMs = milliseconds("reconnectMinMs", connection.reconnectMinMs);
     connection.reconnectMaxMs = milliseconds("reconnectMaxMs", connection.reconnectMaxMs);
     if (connection.reconnectMaxMs < connection.reconnectMinMs) {

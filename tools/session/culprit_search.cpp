@@ -42,6 +42,7 @@ void CulpritSearch::watch(const std::vector<PolledElement>& variables)
     differing_ = variables.size();
     places_.clear();
     groups_.clear();
+    ofThisRequest_ = 0;
     retries_.clear();
     changes_.clear();
     underWay_ = Group();
@@ -146,7 +147,8 @@ void CulpritSearch::suspect(const std::vector<size_t>& variables, Clock::time_po
         set(variable, State::suspected);
     }
     group.holdsOne = group.variables.size() == variables.size();
-    groups_.push_back(std::move(group));
+    // The latest first: its other variables have been polled until now.
+    groups_.insert(groups_.begin() + ofThisRequest_, std::move(group));
 }
 
 std::vector<CulpritSearch::Refused> CulpritSearch::refusedVariables() const
@@ -192,6 +194,7 @@ void CulpritSearch::cutFirst()
     second.variables.assign(middle, group.variables.end());
     groups_.push_front(std::move(second));
     groups_.push_front(std::move(first));
+    ++ofThisRequest_;
 }
 
 std::vector<size_t> CulpritSearch::next(Clock::time_point now)
@@ -200,20 +203,21 @@ std::vector<size_t> CulpritSearch::next(Clock::time_point now)
         return {};
     }
     while (!groups_.empty()) {
+        ofThisRequest_ = std::max<std::ptrdiff_t>(1, ofThisRequest_);
         if (mustBeCut(groups_.front())) {
             cutFirst();
             continue;
         }
         Group group = std::move(groups_.front());
         groups_.pop_front();
+        --ofThisRequest_;
         if (group.wereRefused) {
             // Some may have been tried by themselves since.
             std::vector<size_t>& those = group.variables;
-            those.erase(std::remove_if(those.begin(), those.end(),
-                                       [&](size_t one) {
-                                           return variables_[one].state != State::refused;
-                                       }),
-                        those.end());
+            those.erase(
+                std::remove_if(those.begin(), those.end(),
+                               [&](size_t one) { return variables_[one].state != State::refused; }),
+                those.end());
         }
         if (!group.variables.empty()) {
             return begin(std::move(group), now);
@@ -294,6 +298,7 @@ void CulpritSearch::takeRefusal(const Group& group, quint8 code, Clock::time_poi
     } else if (!group.variables.empty()) {
         groups_.push_front(group);
         groups_.front().holdsOne = true;
+        ++ofThisRequest_;
     }
 }
 
@@ -345,8 +350,8 @@ void CulpritSearch::release(size_t variable, Clock::time_point now)
     retries_.emplace(one.due, variable);
 }
 
-// One that answers again is a sign that others do: as many as share a request are asked for at once,
-// which is over with the first answer that refuses them.
+// One that answers again is a sign that others do: as many as share a request are asked for at
+// once, which is over with the first answer that refuses them.
 void CulpritSearch::tryRefusedTogether(Clock::time_point now)
 {
     const auto isTooFresh = [&](size_t variable) {

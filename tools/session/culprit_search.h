@@ -5,9 +5,10 @@
 //   polled ── in a refused request ──▶ suspected ── answers ─────────▶ polled
 //                                          └─ refused by itself ──▶ refused ── answers ──▶ polled
 //
-// A refused one is tried again after 10 s, then after twice as long each time, up to 5 minutes. What
-// answered although its request was refused is not suspected again for as long. Tries leave the
-// line to others for at least as long as each took, and longer while nothing at all is answered.
+// A refused one is tried again after 10 s, then after twice as long each time, up to 5 minutes.
+// What answered although its request was refused is not suspected again for as long. Tries leave
+// the line to others for at least as long as each took, and longer while nothing at all is
+// answered.
 //
 // No clock, no line, no driver; not locked.
 #ifndef TAVMIR_SESSION_CULPRIT_SEARCH_H
@@ -39,13 +40,13 @@ public:
     static constexpr std::chrono::milliseconds kLeastGap{5};
     static constexpr std::chrono::milliseconds kLongestGap{100};
 
-    // True for the codes that speak of what was asked for: 2 (illegal data address), 3 (illegal data
-    // value). The others speak of the function, of the controller's or a gateway's state, or of the
-    // station, and no address is to blame: polling goes on at its pace.
+    // True for the codes that speak of what was asked for: 2 (illegal data address), 3 (illegal
+    // data value). The others speak of the function, of the controller's or a gateway's state, or
+    // of the station, and no address is to blame: polling goes on at its pace.
     static bool blamesAddress(quint8 code) { return code == 2 || code == 3; }
 
-    // The polled variables from now on, which the driver has yet to be given. What is known of those
-    // that were polled before is kept; a try that is under way says nothing any more.
+    // The polled variables from now on, which the driver has yet to be given. What is known of
+    // those that were polled before is kept; a try that is under way says nothing any more.
     void watch(const std::vector<PolledElement>& variables);
 
     // A polled request was refused for an address. Of a list that is not the driver's any more it
@@ -101,9 +102,9 @@ private:
     // Variables that are tried together.
     struct Group {
         std::vector<size_t> variables;
-        bool holdsOne = false;      // a refused one is known to be among them
-        bool halfFollows = false;   // the next group holds one when this holds none
-        bool wereRefused = false;   // they were found before; never cut
+        bool holdsOne = false;    // a refused one is known to be among them
+        bool halfFollows = false; // the next group holds one when this holds none
+        bool wereRefused = false; // they were found before; never cut
     };
 
     struct Place {
@@ -128,9 +129,10 @@ private:
 
     std::vector<PolledElement> polled_;
     std::vector<Variable> variables_;
-    std::vector<Place> places_; // ascending
-    std::deque<Group> groups_;  // to be tried, next first
-    Group underWay_;            // without variables: none
+    std::vector<Place> places_;        // ascending
+    std::deque<Group> groups_;         // to be tried, next first
+    std::ptrdiff_t ofThisRequest_ = 0; // the first groups: of the request that is cut just now
+    Group underWay_;                   // without variables: none
     std::set<std::pair<Clock::time_point, size_t>> retries_; // refused ones by `due`
     std::vector<Change> changes_;
     size_t differing_ = 0;

@@ -33,8 +33,8 @@ QString whyTimeIsOver(const ConnectionState& connection)
 
 CycleThread::CycleThread(SessionState& state, SearchedList& polled, const LinkOptions& link,
                          int idleMs)
-    : state_(state), polled_(polled), tries_(state), link_(link, [this](const FeedEntry& entry) { linkChanged(entry); }),
-      idleMs_(idleMs)
+    : state_(state), polled_(polled), tries_(state),
+      link_(link, [this](const FeedEntry& entry) { linkChanged(entry); }), idleMs_(idleMs)
 {
     reply_.reserve(static_cast<int>(wire::kMaxFrameBytes));
     DriverEvents::receiveInto(&events_);

@@ -12,8 +12,8 @@
 
 #include "driver/driver_events.h"
 #include "link/tcp_link.h"
-#include "searched_list.h"
 #include "search_tries.h"
+#include "searched_list.h"
 #include "session_state.h"
 
 #include <atomic>
@@ -74,10 +74,10 @@ private:
     DriverEvents events_;
     QByteArray reply_;
     Exchange exchange_;
-    size_t elements_ = 0;         // of the request that it sent last
+    size_t elements_ = 0;              // of the request that it sent last
     std::vector<WireElement> refused_; // the same, of a polled one that was refused for an address
-    QString problem_;             // why the last exchange was bad
-    Clock::time_point restUntil_; // when there was nothing to send
+    QString problem_;                  // why the last exchange was bad
+    Clock::time_point restUntil_;      // when there was nothing to send
     std::thread thread_;
     std::mutex stopMutex_;
     std::atomic<bool> stopping_{false};

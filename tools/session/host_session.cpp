@@ -35,10 +35,10 @@ LinkOptions linkOptions(const project::Connection& connection, const SessionOpti
 HostSession::HostSession(std::unique_ptr<Driver> driver, const project::Project& project,
                          const SessionOptions& options)
     : driver_(std::move(driver)), project_(project), mostRetries_(options.mostRetries),
-      state_(driver_->api(), options.passMs),
-      list_(state_, options.searches), index_(std::make_shared<PolledIndex>(project)),
-      cycle_(std::make_unique<CycleThread>(
-          state_, list_, linkOptions(project.connection, options), options.idleMs)),
+      state_(driver_->api(), options.passMs), list_(state_, options.searches),
+      index_(std::make_shared<PolledIndex>(project)),
+      cycle_(std::make_unique<CycleThread>(state_, list_, linkOptions(project.connection, options),
+                                           options.idleMs)),
       queue_(state_, project, [this] { cycle_->wake(); }), bits_(queue_)
 {
     if (options.polls) {

@@ -24,8 +24,9 @@ namespace tavmir::host
 {
 
 struct SessionOptions {
-    bool polls = true;                 // false: the project's polled variables are left alone
-    int passMs = 0; // from the beginning of a pass over the polled variables to the next; 0: at once
+    bool polls = true; // false: the project's polled variables are left alone
+    int passMs =
+        0; // from the beginning of a pass over the polled variables to the next; 0: at once
     bool searches = true;              // for the variables that make the controller refuse requests
     int mostRetries = 1000;            // of a request, where the project allows more
     unsigned jitterSeed = 1;           // of the reconnect pauses

@@ -71,8 +71,9 @@ public:
     OperationId admit(OperationKind kind, const OperationShape& shape, const Deadline& deadline,
                       int most);
 
-    // One of the session's own that shares its requests with nobody: none while others are pending or
-    // wait in line, and while it is pending others wait. It brings no values, and is not claimed.
+    // One of the session's own that shares its requests with nobody: none while others are pending
+    // or wait in line, and while it is pending others wait. It brings no values, and is not
+    // claimed.
     std::optional<OperationId> admitAlone(OperationKind kind);
 
     // One that never gets as far: it has ended, for this reason.

@@ -9,7 +9,8 @@ namespace tavmir::host
 CheckAnswer answerOf(const Exchange& exchange)
 {
     CheckAnswer answer;
-    answer.ms = std::chrono::duration<double, std::milli>(exchange.endedAt - exchange.sentAt).count();
+    answer.ms =
+        std::chrono::duration<double, std::milli>(exchange.endedAt - exchange.sentAt).count();
     if (exchange.isGood()) {
         answer.end = CheckEnd::answered;
         return answer;
@@ -19,8 +20,7 @@ CheckAnswer answerOf(const Exchange& exchange)
     case ExchangeEnd::exception:
         answer.end = CheckEnd::refused;
         answer.code = exchange.exceptionCode;
-        answer.why =
-            "refused, code " + QString::fromStdString(wire::exceptionInWords(answer.code));
+        answer.why = "refused, code " + QString::fromStdString(wire::exceptionInWords(answer.code));
         break;
     case ExchangeEnd::notSent:
     case ExchangeEnd::suppressed:
@@ -73,8 +73,7 @@ void PassCheck::begin(const Exchange& exchange)
     for (size_t i = 0; function != nullptr && i < count; ++i) {
         const unsigned char* entry =
             exchange.request + wire::kHeaderBytes + i * wire::kAddressBytes;
-        const WireElement element{function->elements,
-                                  static_cast<qint32>(wire::bigEndian32(entry)),
+        const WireElement element{function->elements, static_cast<qint32>(wire::bigEndian32(entry)),
                                   static_cast<quint8>(station_)};
         const auto users = users_.find(element);
         // The last request of a pass goes on with the list's head.
@@ -86,7 +85,8 @@ void PassCheck::begin(const Exchange& exchange)
             if (variables_[user].request == 0) {
                 variables_[user].request = requests_;
                 variables_[user].sharing = static_cast<int>(count);
-                variables_[user].answer.end = CheckEnd::answered; // until one of its requests is not
+                variables_[user].answer.end =
+                    CheckEnd::answered; // until one of its requests is not
             }
         }
     }

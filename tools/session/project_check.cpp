@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr int kOncePerDayMs = 24 * 3600 * 1000;
-constexpr int kSlackMs = 2000;  // for threads that are late and a machine that is busy
+constexpr int kSlackMs = 2000;    // for threads that are late and a machine that is busy
 constexpr int kNeverAnswered = 3; // requests in a row after which a station that never did is left
 constexpr int kGoneSilent = 5;    // the same of one that did
 constexpr auto kLook = std::chrono::milliseconds(2);

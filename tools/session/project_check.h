@@ -45,7 +45,8 @@ public:
     // session  set up with these options, not started
     ProjectCheck(HostSession& session, const project::Connection& connection, Tell tell);
 
-    // Asks and waits; the session is connected. When it is stopped meanwhile: what is known by then.
+    // Asks and waits; the session is connected. When it is stopped meanwhile: what is known by
+    // then.
     CheckResult run();
 
 private:

@@ -1,6 +1,6 @@
 // The tries of the search for refused variables: one-shot reads that share their requests with
-// nobody, so that an answer that refuses one speaks of these variables alone. Under the gate, on the
-// communication thread.
+// nobody, so that an answer that refuses one speaks of these variables alone. Under the gate, on
+// the communication thread.
 #ifndef TAVMIR_SESSION_SEARCH_TRIES_H
 #define TAVMIR_SESSION_SEARCH_TRIES_H
 

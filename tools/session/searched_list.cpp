@@ -67,7 +67,7 @@ void SearchedList::publishPlan()
 }
 
 void SearchedList::polledRequestEnded(bool good, const std::vector<WireElement>& refused,
-                                    Clock::time_point now)
+                                      Clock::time_point now)
 {
     if (good) {
         search_.answered();

@@ -32,9 +32,9 @@ public:
     // What the search has tried is over; tells the feed what that changes.
     void tried(TryEnd end, quint8 code, Clock::time_point now);
 
-    // Gives the driver another list, and the feed its plan, when what the search has found is worth it. A new list is asked
-    // for from its head: so that its end has its turn too, a whole pass lies between two, and many
-    // changes are made at once.
+    // Gives the driver another list, and the feed its plan, when what the search has found is worth
+    // it. A new list is asked for from its head: so that its end has its turn too, a whole pass
+    // lies between two, and many changes are made at once.
     void giveIfDue(Clock::time_point now);
 
 private:
