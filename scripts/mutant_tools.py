@@ -30,6 +30,7 @@ SEEN_BY = {
     "link": ["link_tests"] + HOST,
     "driver": ["driver_tests"] + HOST,
     "session": HOST,
+    "terminal": ["terminal_tests", "host_view_tests"],
     "host": ["host_parts_tests", "host_view_tests", "host_program_tests"],
     "controller": CONTROLLER + ["host_program_tests"],
     "probe": PROBE,

@@ -13,9 +13,7 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
-#include <fcntl.h>
 #include <random>
-#include <unistd.h>
 
 namespace tavmir::host
 {
@@ -130,35 +128,6 @@ TEST(HostProgram, RunEndsByItselfAfterItsDuration)
     EXPECT_TRUE(result.output.contains("statistics of "));
     const Controller controller;
     EXPECT_EQ(0, run(hostArguments("run", controller.place(), {"--duration", "0.5"})).exitStatus);
-}
-
-TEST(HostProgram, RunRedrawsInPlaceOnATerminal)
-{
-    const Controller controller;
-    const int master = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
-    ASSERT_GE(master, 0);
-    ASSERT_EQ(0, ::grantpt(master));
-    ASSERT_EQ(0, ::unlockpt(master));
-    const QString terminal = ::ptsname(master);
-    QProcess host;
-    host.setStandardOutputFile(terminal);
-    host.start(kHost, hostArguments("run", controller.place(),
-                                    {"--duration", "0.5", "--interval", "100", "--pass", "5"}));
-    QByteArray screen;
-    while (host.state() != QProcess::NotRunning || screen.isEmpty()) {
-        char bytes[4096];
-        const ssize_t got = ::read(master, bytes, sizeof bytes);
-        if (got > 0) {
-            screen.append(bytes, static_cast<int>(got));
-        } else if (host.waitForFinished(20)) {
-            break;
-        }
-    }
-    EXPECT_EQ(0, host.exitCode());
-    EXPECT_TRUE(screen.contains("\x1b[2J\x1b[H"));
-    EXPECT_TRUE(screen.contains("\x1b[K"));
-    EXPECT_TRUE(screen.contains(" more")); // the table is longer than the terminal
-    ::close(master);
 }
 
 TEST(HostProgram, ValuesWrittenAreReadBack)

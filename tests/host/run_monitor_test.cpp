@@ -321,7 +321,8 @@ TEST(ChangeLines, InEachFormatAtTheTimeOfTheReply)
         CapturedConsole captured;
         {
             Feed feed;
-            const std::unique_ptr<RunView> view = makeRunView(format, false, captured.console());
+            const std::unique_ptr<RunView> view =
+                makeRunView(format, false, false, captured.console());
             RunMonitor monitor(feed, {2000, kController}, *view, true);
             feed.publish(entryNow(FeedKind::connected));
             PolledElement level = madeVariable(DataType::word, 160);

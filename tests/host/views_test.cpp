@@ -3,13 +3,11 @@
 #include "host/csv_view.h"
 #include "host/json_view.h"
 #include "host/plain_view.h"
-#include "host/screen_view.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <regex>
-#include <unistd.h>
 
 namespace tavmir::host
 {
@@ -183,114 +181,6 @@ TEST(CsvView, StandardOutputHoldsValuesOnly)
     EXPECT_EQ("connected\none\ntwo\n", shown.err);
 }
 
-// Standard output of these tests is a file: the screen has the usual 24 rows of 80 columns.
-TEST(ScreenView, DrawsInPlaceAndClearsOnce)
-{
-    const Shown shown = shownBy<ScreenView>([](RunView& view) { view.show(kRows, kConnected); });
-    EXPECT_EQ("\x1b[2J\x1b[H"
-              "T  connected to h:1\x1b[K\r\n"
-              "NAME   ADDRESS  VALUE    AGE  QUALITY\x1b[K\r\n"
-              "level  M.w      12      5 ms\x1b[K\r\n"
-              "never  M.x      –      never  never: why\x1b[K\r\n"
-              "old    M.y      7 ~     9 ms  stale: late\x1b[K\r\n"
-              "\x1b[J",
-              withoutTimes(shown.out));
-    EXPECT_EQ("", shown.err);
-    CapturedConsole captured;
-    {
-        ScreenView view(captured.console());
-        view.show({}, kConnected);
-        captured.console().out().finish(10000);
-        view.show({}, kConnected);
-    }
-    captured.finish();
-    const std::string drawing = "\x1b[HT  connected to h:1\x1b[K\r\n"
-                                "NAME  ADDRESS  VALUE  AGE  QUALITY\x1b[K\r\n\x1b[J";
-    EXPECT_EQ("\x1b[2J" + drawing + drawing, withoutTimes(captured.out()));
-}
-
-TEST(ScreenView, ShowsWhatFitsAndHowMuchMoreThereIs)
-{
-    const auto shownRows = [](size_t count, int messages) {
-        const std::vector<ValueRow> rows(count, kRows[0]);
-        const Shown shown = shownBy<ScreenView>([&](RunView& view) {
-            for (int i = 0; i < messages; ++i) {
-                view.message("m" + QString::number(i));
-            }
-            view.show(rows, kConnected);
-        });
-        std::string lines;
-        for (size_t at = shown.out.find("level"); at != std::string::npos;
-             at = shown.out.find("level", at + 1)) {
-            lines += 'v';
-        }
-        const size_t more = shown.out.find("… ");
-        return lines + (more == std::string::npos
-                            ? ""
-                            : shown.out.substr(more, shown.out.find("\x1b", more) - more));
-    };
-    EXPECT_EQ(std::string(21, 'v'), shownRows(21, 0)) << "with heading, state and a free line 24";
-    EXPECT_EQ(std::string(20, 'v') + "… 2 more", shownRows(22, 0));
-    EXPECT_EQ(std::string(20, 'v'), shownRows(20, 1));
-    EXPECT_EQ(std::string(19, 'v') + "… 2 more", shownRows(21, 1));
-    EXPECT_EQ(std::string(15, 'v') + "… 85 more", shownRows(100, 9)) << "five messages at most";
-}
-
-TEST(ScreenView, TheLatestMessagesStandBelow)
-{
-    const Shown shown = shownBy<ScreenView>([](RunView& view) {
-        for (int i = 1; i <= 6; ++i) {
-            view.message(QString("message %1").arg(i));
-        }
-        view.show({}, kConnected);
-    });
-    EXPECT_EQ("\x1b[2J\x1b[HT  connected to h:1\x1b[K\r\n"
-              "NAME  ADDRESS  VALUE  AGE  QUALITY\x1b[K\r\n"
-              "message 2\x1b[K\r\nmessage 3\x1b[K\r\nmessage 4\x1b[K\r\n"
-              "message 5\x1b[K\r\nmessage 6\x1b[K\r\n\x1b[J",
-              withoutTimes(shown.out));
-    EXPECT_EQ("", shown.err);
-}
-
-TEST(ScreenView, LinesAreCutAtTheEdge)
-{
-    const Shown shown = shownBy<ScreenView>([](RunView& view) {
-        view.message(QString(80, 'a'));
-        view.message(QString(81, 'b'));
-        view.show({}, kConnected);
-    });
-    EXPECT_NE(std::string::npos, shown.out.find(std::string(80, 'a') + "\x1b[K"));
-    EXPECT_NE(std::string::npos, shown.out.find("\r\n" + std::string(80, 'b') + "\x1b[K"));
-}
-
-TEST(ScreenView, APictureThatNobodyTakesIsFollowedByNoOther)
-{
-    int ends[2] = {-1, -1};
-    ASSERT_EQ(0, ::pipe(ends));
-    quint64 dropped = 1;
-    {
-        CapturedConsole captured(ends[1]);
-        captured.console().print(QString(static_cast<int>(Output::kMostWaiting) - 10, 'x'));
-        ScreenView view(captured.console());
-        view.show(kRows, kConnected);
-        dropped = captured.console().out().dropped();
-        ::close(ends[0]);
-        captured.finish();
-    }
-    ::close(ends[1]);
-    EXPECT_EQ(0u, dropped) << "it was not even tried";
-}
-
-TEST(ScreenView, ShowsAChangeAndTheEndAsLines)
-{
-    const Shown shown = shownBy<ScreenView>([](RunView& view) {
-        view.change(kRows[0], kThen);
-        view.close({"one", "two"}, {{"not", "shown"}});
-    });
-    EXPECT_EQ("2026-03-01T12:00:00.123Z  M.w = 12\none\ntwo\n", shown.out);
-    EXPECT_EQ("", shown.err);
-}
-
 TEST(RunView, EachFormatHasItsView)
 {
     bool json = false;
@@ -299,12 +189,12 @@ TEST(RunView, EachFormatHasItsView)
     {
         CapturedConsole captured; // no terminal
         Console& console = captured.console();
-        json = dynamic_cast<JsonView*>(makeRunView(OutputFormat::json, false, console).get()) !=
-               nullptr;
-        csv =
-            dynamic_cast<CsvView*>(makeRunView(OutputFormat::csv, false, console).get()) != nullptr;
-        plain = dynamic_cast<PlainView*>(makeRunView(OutputFormat::table, false, console).get()) !=
-                nullptr;
+        json = dynamic_cast<JsonView*>(
+                   makeRunView(OutputFormat::json, false, false, console).get()) != nullptr;
+        csv = dynamic_cast<CsvView*>(makeRunView(OutputFormat::csv, false, false, console).get()) !=
+              nullptr;
+        plain = dynamic_cast<PlainView*>(
+                    makeRunView(OutputFormat::table, false, false, console).get()) != nullptr;
     }
     EXPECT_TRUE(json);
     EXPECT_TRUE(csv);

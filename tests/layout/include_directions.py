@@ -20,12 +20,13 @@ MAY_KNOW = {
     "link": ["wire", "project", "plan", "feed"],
     "driver": ["wire", "project", "plan", "feed"],
     "session": ["wire", "project", "plan", "feed", "link", "driver"],
-    "host": ["wire", "project", "plan", "feed", "link", "driver", "session"],
+    "terminal": ["feed"],
+    "host": ["wire", "project", "plan", "feed", "link", "driver", "session", "terminal"],
     "controller": ["wire", "project"],
     "probe": ["wire"],
 }
 # The only rooms in which these may be included.
-ONLY_IN = {"QtNetwork/": ["controller"]}
+ONLY_IN = {"QtNetwork/": ["controller"], "curses.h": ["terminal"]}
 NO_QT = ["wire"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)

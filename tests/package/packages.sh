@@ -45,6 +45,8 @@ brings() { # brings SONAME: the package
   libtavmir_kx_tcp.so.1) echo libtavmir-kx-tcp1 ;;
   libQt5Core.so.5) echo libqt5core5a ;;
   libQt5Network.so.5) echo libqt5network5 ;;
+  libncursesw.so.6) echo libncursesw6 ;;
+  libtinfo.so.6) echo libtinfo6 ;;
   libstdc++.so.6) echo libstdc++6 ;;
   libgcc_s.so.1) echo libgcc-s1 ;;
   libc.so.6 | libm.so.6 | ld-linux*) echo libc6 ;;

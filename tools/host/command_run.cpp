@@ -59,7 +59,7 @@ class Run
 public:
     Run(const CommandLine& line, PreparedHost& host, wire::StopSignal& stop, Console& console)
         : line_(line), host_(host), stop_(stop), console_(console),
-          view_(makeRunView(line.output, line.everyChange, console)),
+          view_(makeRunView(line.output, line.everyChange, line.commandsFromInput, console)),
           monitor_(host.session().feed(), {line.staleAfterMs, host.controller()}, *view_,
                    line.everyChange)
     {
@@ -76,10 +76,13 @@ public:
         {
             std::unique_ptr<OperatorInput> commands;
             if (line_.commandsFromInput) {
+                const int typed = view_->commands();
                 commands = std::make_unique<OperatorInput>(
-                    STDIN_FILENO, host_, [this](const QString& text) { messages_.add(text); });
+                    typed < 0 ? STDIN_FILENO : typed, host_,
+                    [this](const QString& text) { messages_.add(text); });
             }
             showUntilTheEnd(start);
+            view_->leave(); // before anything that takes time, or a second signal
             if (commands) {
                 commands->stop();
             }
@@ -98,10 +101,12 @@ public:
     }
 
 private:
-    void look()
+    // False: the run is to end.
+    bool look()
     {
         monitor_.look();
         messages_.tell(*view_);
+        return view_->look();
     }
 
     void showUntilTheEnd(Clock::time_point start)
@@ -115,7 +120,7 @@ private:
         for (;;) {
             const Clock::time_point wake = endless ? next : std::min(next, end.end());
             const bool stopped = stop_.waitMs(msUntil(wake)) || console_.isBroken();
-            look();
+            const bool goesOn = look() && !stopped;
             const Clock::time_point now = Clock::now();
             if (line_.everyChange && now >= nextQualities) {
                 monitor_.tellQualities(now);
@@ -126,7 +131,7 @@ private:
                 shown = true;
                 next = now + interval;
             }
-            if (stopped || (!endless && now >= end.end())) {
+            if (!goesOn || (!endless && now >= end.end())) {
                 break;
             }
         }

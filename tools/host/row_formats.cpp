@@ -19,14 +19,6 @@ constexpr char kRed[] = "\x1b[31m";
 constexpr char kYellow[] = "\x1b[33m";
 constexpr char kNormal[] = "\x1b[0m";
 
-QString ageText(const std::optional<qint64>& ageMs)
-{
-    if (!ageMs) {
-        return "never";
-    }
-    return durationText(std::chrono::milliseconds(*ageMs));
-}
-
 QJsonValue jsonValue(const ValueRow& row)
 {
     if (row.value.isNull()) {
@@ -41,6 +33,14 @@ QJsonValue jsonValue(const ValueRow& row)
 }
 
 } // namespace
+
+QString ageText(const std::optional<qint64>& ageMs)
+{
+    if (!ageMs) {
+        return "never";
+    }
+    return durationText(std::chrono::milliseconds(*ageMs));
+}
 
 std::optional<OutputFormat> outputFormatFromName(const QString& name)
 {

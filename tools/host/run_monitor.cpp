@@ -28,6 +28,7 @@ void RunMonitor::take(const FeedEntry& entry)
 {
     const bool wasConnected = values_.line().isConnected();
     figures_.take(entry);
+    recent_.take(entry);
     refused_.take(entry);
     if (everyChange_) {
         values_.take(entry, [&](size_t variable) { tellChange(variable, entry); });
@@ -124,7 +125,7 @@ void RunMonitor::show()
 {
     const LineHealth& line = values_.line();
     const Clock::time_point now = Clock::now();
-    view_.show(rowsOf(values_, now), {line.isAlive(), line.words(now)});
+    view_.show(rowsOf(values_, now), {line.isAlive(), line.words(now), recent_.at(now)});
 }
 
 } // namespace tavmir::host

@@ -48,6 +48,7 @@ private:
     bool everyChange_;
     ValueFold values_;
     LineFigures figures_;
+    RecentFigures recent_;
     RefusedVariables refused_;
     std::vector<Quality> told_; // of each variable, with everyChange_
     bool failureTold_ = false;

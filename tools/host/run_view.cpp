@@ -12,7 +12,8 @@
 namespace tavmir::host
 {
 
-std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, Console& console)
+std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, bool takesCommands,
+                                     Console& console)
 {
     switch (format) {
     case OutputFormat::json:
@@ -23,7 +24,10 @@ std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, Cons
         break;
     }
     if (!everyChange && ::isatty(STDOUT_FILENO) == 1) {
-        return std::make_unique<ScreenView>(console);
+        std::unique_ptr<RunView> screen = ScreenView::open(console, takesCommands);
+        if (screen) {
+            return screen;
+        }
     }
     return std::make_unique<PlainView>(console, coloursWanted());
 }

@@ -3,6 +3,7 @@
 #define TAVMIR_HOST_RUN_VIEW_H
 
 #include "console.h"
+#include "feed/recent_figures.h"
 #include "row_formats.h"
 
 #include <memory>
@@ -10,10 +11,11 @@
 namespace tavmir::host
 {
 
-// How the line is, in words and as a flag.
+// How the line is, in words and as a flag, and how it has been lately.
 struct LineState {
     bool connected = false; // and the last request was answered
     QString words;
+    RecentLine recent = RecentLine();
 };
 
 class RunView
@@ -30,12 +32,24 @@ public:
     // One line beside the values.
     virtual void message(const QString& text) = 0;
 
+    // Looks at what is typed where the values are shown, and answers it. False: that the run is to
+    // end.
+    virtual bool look() { return true; }
+
+    // Gives lines that are typed there, as standard input would; -1: none are taken there.
+    virtual int commands() const { return -1; }
+
+    // No value comes any more; what follows are messages and the closing lines.
+    virtual void leave() {}
+
     // The closing lines, below everything; `json` instead of `lines` when that is the format.
     virtual void close(const QStringList& lines, const QJsonObject& json) = 0;
 };
 
-// everyChange  changes are shown, line by line, and never all values
-std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, Console& console);
+// everyChange    changes are shown, line by line, and never all values
+// takesCommands  lines of the operator are wanted
+std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, bool takesCommands,
+                                     Console& console);
 
 } // namespace tavmir::host
 

@@ -1,10 +1,12 @@
-// A screen, line by line.
+// Rows into the table, keys into commands, and what remains.
 #include "screen_view.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include "colours.h"
 
-#include <algorithm>
+#include <QtCore/QDateTime>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace tavmir::host
 {
@@ -12,64 +14,136 @@ namespace tavmir::host
 namespace
 {
 
-constexpr int kRecentMessages = 5;
-constexpr int kUsualRows = 24;
-constexpr int kUsualColumns = 80;
-constexpr char kHome[] = "\x1b[H";
-constexpr char kClearScreen[] = "\x1b[2J";
-constexpr char kClearRestOfLine[] = "\x1b[K";
-constexpr char kClearBelow[] = "\x1b[J";
+constexpr int kKeptMessages = 1000;
 
-winsize terminalSize()
+TableRow tableRow(const ValueRow& row)
 {
-    winsize size = {};
-    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0) {
-        size.ws_row = kUsualRows;
-        size.ws_col = kUsualColumns;
-    }
-    return size;
+    return {printable(row.name), row.address, row.value.isNull() ? QString() : shownValue(row),
+            ageText(row.ageMs),  row.ageMs,   row.quality,
+            row.reason};
 }
 
 } // namespace
 
+std::unique_ptr<RunView> ScreenView::open(Console& console, bool takesCommands)
+{
+    std::unique_ptr<ScreenView> view(new ScreenView(console));
+    Output& out = console.out();
+    view->screen_ = TableScreen::open(
+        {[&out](const QByteArray& bytes) { out.write(bytes); }, [&out] { return out.isBehind(); }},
+        takesCommands, coloursWanted());
+    if (!view->screen_) {
+        return nullptr;
+    }
+    const bool typed = takesCommands && view->screen_->takesKeys();
+    if (typed && ::pipe2(view->commands_, O_CLOEXEC | O_NONBLOCK) != 0) {
+        return nullptr;
+    }
+    return view;
+}
+
+ScreenView::~ScreenView()
+{
+    for (const int end : commands_) {
+        if (end >= 0) {
+            ::close(end);
+        }
+    }
+}
+
+TableContent ScreenView::contentOf(const std::vector<ValueRow>& rows, const LineState& state) const
+{
+    TableContent content;
+    for (const ValueRow& row : rows) {
+        content.rows.push_back(tableRow(row));
+    }
+    content.connected = state.connected;
+    content.state = state.words;
+    content.time = QDateTime::currentDateTimeUtc().toString("hh:mm:ss 'UTC'");
+    content.figures = state.recent;
+    content.messages = messages_;
+    return content;
+}
+
 void ScreenView::show(const std::vector<ValueRow>& rows, const LineState& state)
 {
-    if (console_.out().isBehind()) {
-        return; // a newer picture follows
-    }
-    const QStringList lines = tableLines(rows);
-    QStringList screen(utcText(WallClock::now()) + "  " + state.words);
-    const winsize size = terminalSize();
-    const int room = std::max(1, size.ws_row - 2 - static_cast<int>(recent_.size()));
-    screen += lines.mid(0, room - (lines.size() > room ? 1 : 0));
-    if (lines.size() > room) {
-        screen << QString("… %1 more").arg(lines.size() - room + 1);
-    }
-    screen += recent_;
-    QByteArray bytes = first_ ? QByteArray(kClearScreen) + kHome : QByteArray(kHome);
-    for (const QString& line : screen) {
-        bytes += line.left(size.ws_col).toUtf8() + kClearRestOfLine + "\r\n";
-    }
-    console_.out().write(bytes + kClearBelow);
-    first_ = false;
-    undrawn_.clear();
+    rows_ = rows;
+    state_ = state;
+    shown_ = true;
+    drawAgain();
+}
+
+void ScreenView::drawAgain()
+{
+    screen_->show(contentOf(rows_, state_));
 }
 
 void ScreenView::change(const ValueRow& row, WallClock::time_point time)
 {
-    console_.print(QString("%1  %2").arg(utcText(time), assignmentLine(row)));
+    message(QString("%1  %2").arg(utcText(time), assignmentLine(row)));
 }
 
 void ScreenView::message(const QString& text)
 {
-    undrawn_ << text;
-    recent_ << text;
-    recent_ = recent_.mid(std::max(0, static_cast<int>(recent_.size()) - kRecentMessages));
+    messages_ << text;
+    if (messages_.size() > kKeptMessages) {
+        messages_.removeFirst();
+        ++forgotten_;
+    }
+    if (shown_) {
+        drawAgain();
+    }
+}
+
+bool ScreenView::look()
+{
+    const TableScreen::Wish wish = screen_->look();
+    if (wish == TableScreen::Wish::command) {
+        passOn(screen_->command());
+    }
+    return wish != TableScreen::Wish::end;
+}
+
+void ScreenView::passOn(const QString& command)
+{
+    const QByteArray line = command.toLocal8Bit() + '\n';
+    const auto size = static_cast<size_t>(line.size());
+    if (::write(commands_[1], line.constData(), size) != static_cast<ssize_t>(size)) {
+        message(command + ": not taken, too much is waiting");
+    }
+}
+
+void ScreenView::leave()
+{
+    screen_->leave();
+}
+
+// As a block of text, without the rows that did not fit.
+QStringList ScreenView::lastPicture() const
+{
+    std::vector<ValueRow> rows;
+    for (const size_t place : screen_->drawn()) {
+        if (place < rows_.size()) { // fewer may be polled by now
+            rows.push_back(rows_[place]);
+        }
+    }
+    QStringList lines(utcText(WallClock::now()) + "  " + state_.words);
+    lines << tableLines(rows, coloursWanted());
+    const int more = screen_->shownInAll() - static_cast<int>(rows.size());
+    if (more > 0) {
+        lines << QString("… %1 more").arg(more);
+    }
+    return lines;
 }
 
 void ScreenView::close(const QStringList& lines, const QJsonObject&)
 {
-    console_.print((undrawn_ + lines).join('\n'));
+    leave();
+    QStringList last = shown_ ? lastPicture() : QStringList();
+    if (forgotten_ > 0) {
+        last << QString("… %1 earlier messages").arg(forgotten_);
+    }
+    console_.print((last + messages_ + lines).join('\n'));
 }
 
 } // namespace tavmir::host

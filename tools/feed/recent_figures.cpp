@@ -1,0 +1,120 @@
+// A ring of seconds, a ring of round trips, and the elements of a pass counted off.
+#include "recent_figures.h"
+
+#include "wire/frame_layout.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+qint64 secondOf(Clock::time_point time)
+{
+    return std::chrono::duration_cast<std::chrono::seconds>(time.time_since_epoch()).count();
+}
+
+double msOf(Clock::duration duration)
+{
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
+
+} // namespace
+
+void RecentFigures::take(const FeedEntry& entry)
+{
+    if (entry.kind == FeedKind::planChanged && entry.plan) {
+        beginList(*entry.plan);
+    }
+    if (entry.standing) {
+        return;
+    }
+    if (entry.kind == FeedKind::exchange) {
+        takeExchange(entry.exchange);
+    } else if (entry.kind == FeedKind::gaveUp) {
+        ++countsAt(entry.at).giveUps;
+        polled(inFlight_, entry.at); // the next request goes on behind it
+    }
+}
+
+FailureCounts& RecentFigures::countsAt(Clock::time_point time)
+{
+    const qint64 number = secondOf(time);
+    Second& second = seconds_[static_cast<size_t>(number) % kSeconds];
+    if (second.number != number) {
+        second = {number, FailureCounts()};
+    }
+    return second.counts;
+}
+
+void RecentFigures::takeExchange(const Exchange& exchange)
+{
+    FailureCounts& counts = countsAt(exchange.endedAt);
+    counts.retries += exchange.attempt > 1 ? 1 : 0;
+    counts.exceptions += exchange.end == ExchangeEnd::exception ? 1 : 0;
+    const bool late = exchange.end == ExchangeEnd::timeout || exchange.end == ExchangeEnd::cut;
+    counts.timeouts += late ? 1 : 0;
+    if (exchange.answered()) {
+        roundTrips_[answered_ % kRoundTrips] = (exchange.endedAt - exchange.sentAt).count();
+        ++answered_;
+    }
+    inFlight_ = 0;
+    if (exchange.kind != RequestKind::poll) {
+        return;
+    }
+    passBegan_ = passBegan_.value_or(exchange.sentAt);
+    inFlight_ = exchange.request[wire::kCountOffset];
+    if (exchange.isGood()) {
+        polled(inFlight_, exchange.endedAt);
+    }
+}
+
+void RecentFigures::polled(size_t elements, Clock::time_point until)
+{
+    inFlight_ = 0;
+    inPass_ += elements;
+    if (listed_ == 0 || inPass_ < listed_ || !passBegan_) {
+        return;
+    }
+    passMs_ = msOf(until - *passBegan_);
+    passBegan_.reset();
+    inPass_ %= listed_; // the last request of a pass may reach into the next one
+}
+
+void RecentFigures::beginList(const PolledGeneration& plan)
+{
+    listed_ = wireOrder(plan.polled).size();
+    inPass_ = 0;
+    passBegan_.reset();
+    passMs_.reset();
+}
+
+RecentLine RecentFigures::at(Clock::time_point now) const
+{
+    RecentLine line;
+    line.passMs = passMs_;
+    const qint64 current = secondOf(now);
+    for (const Second& second : seconds_) {
+        if (second.number < 0 || current - second.number >= static_cast<qint64>(kSeconds)) {
+            continue;
+        }
+        line.lastMinute.timeouts += second.counts.timeouts;
+        line.lastMinute.retries += second.counts.retries;
+        line.lastMinute.giveUps += second.counts.giveUps;
+        line.lastMinute.exceptions += second.counts.exceptions;
+    }
+    std::vector<qint64> trips(roundTrips_.begin(),
+                              roundTrips_.begin() +
+                                  static_cast<std::ptrdiff_t>(std::min(answered_, kRoundTrips)));
+    if (!trips.empty()) {
+        const auto middle = trips.begin() + static_cast<std::ptrdiff_t>(trips.size() / 2);
+        std::nth_element(trips.begin(), middle, trips.end());
+        line.roundTripMs = static_cast<double>(*middle) / 1e6;
+    }
+    return line;
+}
+
+} // namespace tavmir::host

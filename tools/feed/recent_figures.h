@@ -1,0 +1,64 @@
+// How the line has been lately, folded out of the feed: the last pass, the latest round trips, the
+// failures of the last minute. One thread.
+#ifndef TAVMIR_FEED_RECENT_FIGURES_H
+#define TAVMIR_FEED_RECENT_FIGURES_H
+
+#include "feed_entry.h"
+
+#include <array>
+#include <optional>
+
+namespace tavmir::host
+{
+
+// What failed within some time.
+struct FailureCounts {
+    quint64 timeouts = 0;
+    quint64 retries = 0;
+    quint64 giveUps = 0;
+    quint64 exceptions = 0;
+
+    bool none() const { return timeouts + retries + giveUps + exceptions == 0; }
+};
+
+struct RecentLine {
+    std::optional<double> passMs;      // the last whole pass over the polled list; none: not yet
+    std::optional<double> roundTripMs; // the median of the latest; none: nothing was answered
+    FailureCounts lastMinute;
+};
+
+class RecentFigures
+{
+public:
+    void take(const FeedEntry& entry);
+    RecentLine at(Clock::time_point now) const;
+
+private:
+    static constexpr size_t kSeconds = 60;
+    static constexpr size_t kRoundTrips = 256;
+
+    // What happened within one second.
+    struct Second {
+        qint64 number = -1;
+        FailureCounts counts;
+    };
+
+    FailureCounts& countsAt(Clock::time_point time);
+    void takeExchange(const Exchange& exchange);
+    void polled(size_t elements, Clock::time_point until);
+    void beginList(const PolledGeneration& plan);
+
+    std::array<Second, kSeconds> seconds_;
+    std::array<qint64, kRoundTrips> roundTrips_ = {}; // nanoseconds; the oldest is overwritten
+    size_t answered_ = 0;
+
+    size_t listed_ = 0;   // elements of the polled list on the wire
+    size_t inPass_ = 0;   // of them asked for in this pass
+    size_t inFlight_ = 0; // elements of the latest polling request
+    std::optional<Clock::time_point> passBegan_;
+    std::optional<double> passMs_;
+};
+
+} // namespace tavmir::host
+
+#endif
