@@ -107,7 +107,7 @@ class DriverClient : public Client
 public:
     explicit DriverClient(bool feedIsRead)
         : feedIsRead_(feedIsRead), loaded_(LoadedDriver::instance()),
-          state_(loaded_.driver->api(), 0)
+          state_(loaded_.driver->api(), 0), polled_(state_, false)
     {
     }
 
@@ -122,7 +122,7 @@ public:
         host::LinkOptions link;
         link.host = "127.0.0.1";
         link.port = port;
-        cycle_ = std::make_unique<host::CycleThread>(state_, link);
+        cycle_ = std::make_unique<host::CycleThread>(state_, polled_, link);
         if (feedIsRead_) {
             reader_ = std::make_unique<FoldingReader>(state_.feed);
         }
@@ -178,6 +178,7 @@ private:
     const bool feedIsRead_;
     LoadedDriver& loaded_;
     host::SessionState state_;
+    host::SearchedList polled_; // nothing is refused here
     std::unique_ptr<host::CycleThread> cycle_;
     std::unique_ptr<FoldingReader> reader_;
 };

@@ -45,8 +45,10 @@ TEST_F(RawAddresses, AreReadByClassAndBitAddress)
     EXPECT_EQ("@word:6000 = 26950\n@word:6016 = 27756\n", done("read", {"@word:6000:2"}));
     EXPECT_EQ("@dword:4128 = -294967296\n", done("read", {"@dword:4128", "--as", "signed"}));
     EXPECT_EQ("@word:3016 = 0x05DC\n", done("read", {"@word:3016", "--as", "hex"}));
-    EXPECT_EQ("{\"address\":\"@word:3016\",\"ageMs\":0,\"name\":\"@word:3016\",\"value\":1500}\n",
-              done("read", {"@word:3016", "--format", "json"}));
+    EXPECT_EQ(
+        "{\"address\":\"@word:3016\",\"ageMs\":0,\"name\":\"@word:3016\",\"quality\":\"good\","
+        "\"reason\":null,\"value\":1500}\n",
+        done("read", {"@word:3016", "--format", "json"}));
 }
 
 TEST_F(RawAddresses, AreWrittenToo)

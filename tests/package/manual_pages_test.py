@@ -18,6 +18,9 @@ SECTIONS = {
     "7": ["NAME", "SYNOPSIS", "DESCRIPTION", "EXAMPLE", "SEE ALSO"],
 }
 
+# Sections that only some pages have, behind OPTIONS.
+SOME = ["JSON", "ENVIRONMENT"]
+
 
 def pages():
     """Name such as "DataCom.3" and text of each page."""
@@ -47,7 +50,13 @@ class Pages(unittest.TestCase):
         for page, text in pages().items():
             name, section = page.rsplit(".", 1)
             self.assertTrue(text.startswith('%s(%s) "tavmir_kx_tcp @PROJECT_VERSION@" "' % (name, section)), page)
-            self.assertEqual(re.findall(r"^# (.*)$", text, re.MULTILINE), SECTIONS[section], page)
+            found = re.findall(r"^# (.*)$", text, re.MULTILINE)
+            self.assertEqual([title for title in found if title not in SOME], SECTIONS[section], page)
+            some = [title for title in found if title in SOME]
+            self.assertEqual(some, [title for title in SOME if title in some], page)
+            if some:
+                behind = found.index("OPTIONS") + 1
+                self.assertEqual(found[behind:behind + len(some)], some, page)
 
     def test_synopsis_is_a_declaration_of_the_header(self):
         header = (ROOT / "include/tavmir_kx_tcp/host_interface.h").read_text(encoding="utf-8")

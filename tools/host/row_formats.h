@@ -17,8 +17,6 @@ std::optional<OutputFormat> outputFormatFromName(const QString& name);
 // "5 ms", "1.5 s", "2 min"; "never" of what was never read.
 QString ageText(const std::optional<qint64>& ageMs);
 
-// A heading and a line per row, in columns; "–" for what was never read.
-QStringList tableLines(const std::vector<ValueRow>& rows);
 // The value as the user reads it; "–" where nothing was ever read.
 QString shownValue(const ValueRow& row);
 // The same with the mark of its quality: "12 !".
