@@ -161,4 +161,47 @@ TEST_F(Recent, WhatHappenedBeforeTheReaderCameIsNotCounted)
     EXPECT_TRUE(at(1000).lastMinute.none());
 }
 
+TEST_F(Recent, WhatWasMeasuredOnAConnectionEndsWithIt)
+{
+    watch(2);
+    figures_.take(polled(2, 100, 104));
+    EXPECT_DOUBLE_EQ(4, at(104).passMs.value_or(-1));
+    FeedEntry lost = gaveUpAt(200);
+    lost.kind = FeedKind::connectionLost;
+    figures_.take(lost);
+    EXPECT_FALSE(at(201).passMs.has_value());
+    EXPECT_FALSE(at(201).roundTripMs.has_value());
+    FeedEntry failed = gaveUpAt(300);
+    failed.kind = FeedKind::connectFailed;
+    figures_.take(failed);
+    figures_.take(failed);
+    EXPECT_EQ(1u, at(301).lastMinute.lostConnections);
+    EXPECT_EQ(2u, at(301).lastMinute.failedConnects);
+    EXPECT_FALSE(at(301).lastMinute.none());
+}
+
+TEST_F(Recent, ARoundTripOfLongAgoIsNotToldAsNow)
+{
+    watch(2);
+    figures_.take(polled(2, 100, 104));
+    EXPECT_DOUBLE_EQ(4, at(59000).roundTripMs.value_or(-1));
+    EXPECT_FALSE(at(61000).roundTripMs.has_value());
+}
+
+TEST_F(Recent, APassIsOverWithoutWhatIsSetAside)
+{
+    std::vector<PolledElement> variables;
+    for (int i = 0; i < 3; ++i) {
+        variables.push_back(madeVariable(DataType::word, 16 * i));
+    }
+    const FeedEntry whole = madePlan(1, variables);
+    auto plan = std::make_shared<PolledGeneration>(*whole.plan);
+    plan->setAside.push_back({2, "refused"});
+    FeedEntry entry = whole;
+    entry.plan = plan;
+    figures_.take(entry);
+    figures_.take(polled(2, 100, 104));
+    EXPECT_DOUBLE_EQ(4, at(104).passMs.value_or(-1));
+}
+
 } // namespace tavmir::host

@@ -19,7 +19,7 @@ std::string shown(const RecentLine& line, int width)
 }
 
 const RecentLine kGood = {12.34, 0.208, FailureCounts()};
-const RecentLine kBad = {1234.4, 99.94, {120, 1, 60, 5}};
+const RecentLine kBad = {1234.4, 99.94, {120, 1, 60, 5, 0, 0}};
 
 } // namespace
 
@@ -35,7 +35,9 @@ TEST(LinkLine, NamesEachKindOfFailureThatHappened)
               "5 exceptions",
               shown(kBad, 120));
     EXPECT_EQ("pass –  round trip –  last minute: 1 exception",
-              shown({std::nullopt, std::nullopt, {0, 0, 0, 1}}, 80));
+              shown({std::nullopt, std::nullopt, {0, 0, 0, 1, 0, 0}}, 80));
+    EXPECT_EQ("pass –  round trip –  last minute: 1 lost connection, 9 failed connects",
+              shown({std::nullopt, std::nullopt, {0, 0, 0, 0, 1, 9}}, 80));
 }
 
 TEST(LinkLine, IsShortWhereThereIsNoRoomAndBeginsWithTheFailures)
@@ -43,6 +45,8 @@ TEST(LinkLine, IsShortWhereThereIsNoRoomAndBeginsWithTheFailures)
     EXPECT_EQ("1 min 120 t/o 1 retr 60 g/u 5 exc  pass 1234 ms  trip 99.9 ms", shown(kBad, 80));
     EXPECT_EQ("1 min ok  pass 12.3 ms  trip 0.21 ms", shown(kGood, 40));
     EXPECT_EQ("1 min 120 t/o 1 ret…", shown(kBad, 20));
+    EXPECT_EQ("1 min 1 lost 9 no conn  pass –  trip –",
+              shown({std::nullopt, std::nullopt, {0, 0, 0, 0, 1, 9}}, 40));
 }
 
 } // namespace tavmir::host

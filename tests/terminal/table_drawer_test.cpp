@@ -99,6 +99,8 @@ TEST_F(Drawer, NamesThatOnlyRepeatTheAddressAreLeftOut)
     EXPECT_EQ("  ADDRESS  VALUE   AGE", drawn(8, 70)[2]);
     content_.rows[1].name = "Level";
     EXPECT_EQ("  NAME   ADDRESS  VALUE   AGE", drawn(8, 70)[2]);
+    EXPECT_EQ("         M.s      1      5 ms", drawn(8, 70)[3]);
+    EXPECT_EQ("  Level  M.l      2      5 ms", drawn(8, 70)[4]);
 }
 
 TEST_F(Drawer, WhatIsNotGoodHasAMarkAndItsReason)

@@ -24,6 +24,22 @@ double msOf(Clock::duration duration)
 
 } // namespace
 
+FailureCounts& FailureCounts::operator+=(const FailureCounts& other)
+{
+    timeouts += other.timeouts;
+    retries += other.retries;
+    giveUps += other.giveUps;
+    exceptions += other.exceptions;
+    lostConnections += other.lostConnections;
+    failedConnects += other.failedConnects;
+    return *this;
+}
+
+bool FailureCounts::none() const
+{
+    return timeouts + retries + giveUps + exceptions + lostConnections + failedConnects == 0;
+}
+
 void RecentFigures::take(const FeedEntry& entry)
 {
     if (entry.kind == FeedKind::planChanged && entry.plan) {
@@ -32,12 +48,34 @@ void RecentFigures::take(const FeedEntry& entry)
     if (entry.standing) {
         return;
     }
-    if (entry.kind == FeedKind::exchange) {
+    switch (entry.kind) {
+    case FeedKind::exchange:
         takeExchange(entry.exchange);
-    } else if (entry.kind == FeedKind::gaveUp) {
+        break;
+    case FeedKind::gaveUp:
         ++countsAt(entry.at).giveUps;
         polled(inFlight_, entry.at); // the next request goes on behind it
+        break;
+    case FeedKind::connectionLost:
+        ++countsAt(entry.at).lostConnections;
+        forgetConnection();
+        break;
+    case FeedKind::connectFailed:
+        ++countsAt(entry.at).failedConnects;
+        break;
+    default:
+        break;
     }
+}
+
+// What was measured on a connection says nothing of a line that is down, nor of the next one.
+void RecentFigures::forgetConnection()
+{
+    answered_ = 0;
+    passBegan_.reset();
+    passMs_.reset();
+    inPass_ = 0;
+    inFlight_ = 0;
 }
 
 FailureCounts& RecentFigures::countsAt(Clock::time_point time)
@@ -60,6 +98,7 @@ void RecentFigures::takeExchange(const Exchange& exchange)
     if (exchange.answered()) {
         roundTrips_[answered_ % kRoundTrips] = (exchange.endedAt - exchange.sentAt).count();
         ++answered_;
+        lastAnswer_ = exchange.endedAt;
     }
     inFlight_ = 0;
     if (exchange.kind != RequestKind::poll) {
@@ -86,7 +125,14 @@ void RecentFigures::polled(size_t elements, Clock::time_point until)
 
 void RecentFigures::beginList(const PolledGeneration& plan)
 {
-    listed_ = wireOrder(plan.polled).size();
+    std::vector<PolledElement> asked;
+    for (size_t i = 0; i < plan.polled.size(); ++i) {
+        const auto isThis = [i](const SetAside& one) { return one.place == i; };
+        if (std::none_of(plan.setAside.begin(), plan.setAside.end(), isThis)) {
+            asked.push_back(plan.polled[i]);
+        }
+    }
+    listed_ = wireOrder(asked).size();
     inPass_ = 0;
     passBegan_.reset();
     passMs_.reset();
@@ -101,19 +147,17 @@ RecentLine RecentFigures::at(Clock::time_point now) const
         if (second.number < 0 || current - second.number >= static_cast<qint64>(kSeconds)) {
             continue;
         }
-        line.lastMinute.timeouts += second.counts.timeouts;
-        line.lastMinute.retries += second.counts.retries;
-        line.lastMinute.giveUps += second.counts.giveUps;
-        line.lastMinute.exceptions += second.counts.exceptions;
+        line.lastMinute += second.counts;
+    }
+    if (answered_ == 0 || current - secondOf(lastAnswer_) >= static_cast<qint64>(kSeconds)) {
+        return line;
     }
     std::vector<qint64> trips(roundTrips_.begin(),
                               roundTrips_.begin() +
                                   static_cast<std::ptrdiff_t>(std::min(answered_, kRoundTrips)));
-    if (!trips.empty()) {
-        const auto middle = trips.begin() + static_cast<std::ptrdiff_t>(trips.size() / 2);
-        std::nth_element(trips.begin(), middle, trips.end());
-        line.roundTripMs = static_cast<double>(*middle) / 1e6;
-    }
+    const auto middle = trips.begin() + static_cast<std::ptrdiff_t>(trips.size() / 2);
+    std::nth_element(trips.begin(), middle, trips.end());
+    line.roundTripMs = static_cast<double>(*middle) / 1e6;
     return line;
 }
 

@@ -17,13 +17,18 @@ struct FailureCounts {
     quint64 retries = 0;
     quint64 giveUps = 0;
     quint64 exceptions = 0;
+    quint64 lostConnections = 0;
+    quint64 failedConnects = 0;
 
-    bool none() const { return timeouts + retries + giveUps + exceptions == 0; }
+    FailureCounts& operator+=(const FailureCounts& other);
+    bool none() const;
 };
 
 struct RecentLine {
-    std::optional<double> passMs;      // the last whole pass over the polled list; none: not yet
-    std::optional<double> roundTripMs; // the median of the latest; none: nothing was answered
+    // The last whole pass over the polled list on this connection; none: not yet.
+    std::optional<double> passMs;
+    // The median of the latest on this connection; none: nothing was answered in the last minute.
+    std::optional<double> roundTripMs;
     FailureCounts lastMinute;
 };
 
@@ -45,12 +50,14 @@ private:
 
     FailureCounts& countsAt(Clock::time_point time);
     void takeExchange(const Exchange& exchange);
+    void forgetConnection();
     void polled(size_t elements, Clock::time_point until);
     void beginList(const PolledGeneration& plan);
 
     std::array<Second, kSeconds> seconds_;
     std::array<qint64, kRoundTrips> roundTrips_ = {}; // nanoseconds; the oldest is overwritten
     size_t answered_ = 0;
+    Clock::time_point lastAnswer_;
 
     size_t listed_ = 0;   // elements of the polled list on the wire
     size_t inPass_ = 0;   // of them asked for in this pass

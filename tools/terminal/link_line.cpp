@@ -33,6 +33,8 @@ QString inWords(const RecentLine& line)
     add(failures, line.lastMinute.retries, "retry", "retries");
     add(failures, line.lastMinute.giveUps, "give-up", "give-ups");
     add(failures, line.lastMinute.exceptions, "exception", "exceptions");
+    add(failures, line.lastMinute.lostConnections, "lost connection", "lost connections");
+    add(failures, line.lastMinute.failedConnects, "failed connect", "failed connects");
     return QString("pass %1  round trip %2  last minute: %3")
         .arg(msText(line.passMs), msText(line.roundTripMs),
              failures.isEmpty() ? QString("no failures") : failures.join(", "));
@@ -45,6 +47,8 @@ QString inShort(const RecentLine& line)
     add(failures, line.lastMinute.retries, "retr", "retr");
     add(failures, line.lastMinute.giveUps, "g/u", "g/u");
     add(failures, line.lastMinute.exceptions, "exc", "exc");
+    add(failures, line.lastMinute.lostConnections, "lost", "lost");
+    add(failures, line.lastMinute.failedConnects, "no conn", "no conn");
     return QString("%1  pass %2  trip %3")
         .arg(failures.isEmpty() ? QString("1 min ok") : "1 min " + failures.join(' '),
              msText(line.passMs), msText(line.roundTripMs));

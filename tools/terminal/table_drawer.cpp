@@ -40,6 +40,12 @@ bool namesTellNothing(const std::vector<TableRow>& rows)
                        [](const TableRow& row) { return row.name == row.address; });
 }
 
+// Nothing where the address says the same.
+QString nameText(const TableRow& row)
+{
+    return row.name == row.address ? QString() : drawable(row.name);
+}
+
 QString valueText(const TableRow& row)
 {
     return row.value.isNull() ? nothingRead() : drawable(row.value);
@@ -99,9 +105,9 @@ PictureLine headingLine(const RowOrder& order, const ColumnWidths& widths)
 }
 
 // The end of a name or an address tells more than its beginning.
-QString fittedName(const QString& text, int width)
+QString fittedName(const QString& shown, int width)
 {
-    return fitted(cutAtStart(drawable(text), width), width);
+    return fitted(cutAtStart(shown, width), width);
 }
 
 PictureLine rowLine(const TableRow& row, const ColumnWidths& widths)
@@ -109,10 +115,10 @@ PictureLine rowLine(const TableRow& row, const ColumnWidths& widths)
     const Style style = styleOf(row.quality);
     PictureLine line = {{QString(QChar(markOf(row.quality))) + ' ', style}};
     if (widths.name > 0) {
-        line.push_back({fittedName(row.name, widths.name) + gap(), Style::plain});
+        line.push_back({fittedName(nameText(row), widths.name) + gap(), Style::plain});
     }
     if (widths.address > 0) {
-        line.push_back({fittedName(row.address, widths.address) + gap(), Style::plain});
+        line.push_back({fittedName(drawable(row.address), widths.address) + gap(), Style::plain});
     }
     line.push_back({fitted(valueText(row), widths.value), style});
     if (widths.age > 0) {
@@ -194,7 +200,7 @@ void TableDrawer::measure(const TableContent& content, const std::vector<size_t>
     for (const size_t place : shown) {
         const TableRow& row = content.rows[place];
         if (hasNames) {
-            grow(needs_.name, drawable(row.name));
+            grow(needs_.name, nameText(row));
         }
         grow(needs_.address, drawable(row.address));
         grow(needs_.value, valueText(row));
