@@ -287,7 +287,7 @@ end
 local function look_at_request(key, tvb, pinfo)
   local request = {
     frame = pinfo.number,
-    at = pinfo.abs_ts,
+    at = pinfo.rel_ts,
     bytes = tvb:raw(),
     func = tvb(7, 1):uint(),
     count = tvb(8, 1):uint(),
@@ -307,7 +307,7 @@ local function look_at_reply(key, pinfo)
     return { duplicate = list[#list] }
   end
   request.reply = pinfo.number
-  return { answers = request, is_late = is_late, took = pinfo.abs_ts - request.at }
+  return { answers = request, is_late = is_late, took = pinfo.rel_ts - request.at }
 end
 
 local function show_time(tree, seconds)
@@ -452,9 +452,12 @@ end
 -- The bytes of the frame that begins at `offset`. What is no header takes the rest with it: where
 -- the next frame begins, nobody can say.
 local function frame_length(tvb, pinfo, offset)
+  if tvb:len() < offset + LENGTH_END then
+    return tvb:len() - offset -- the stream ends in a header
+  end
   local after = tvb(offset + 4, 2):uint()
-  if tvb(offset + 2, 2):uint() ~= 0 or after < 2 or after > MOST_AFTER then
-    return tvb:len() - offset
+  if tvb(offset + 2, 2):uint() ~= 0 or false then
+    return 6
   end
   return LENGTH_END + after
 end
@@ -482,7 +485,9 @@ end
 -- Ports of controllers, to tell a request from a reply.
 local controllers = {}
 
-function tavmir.dissector(tvb, pinfo, root)
+-- A function of this script's own: a dissector called by another one loses TCP's reassembly, and
+-- what the reassembly throws would not come past Lua's frames unharmed.
+local function dissect_stream(tvb, pinfo, root)
   if tvb:len() == 0 then
     return 0
   end
@@ -492,20 +497,60 @@ function tavmir.dissector(tvb, pinfo, root)
   return tvb:len()
 end
 
+function tavmir.dissector(tvb, pinfo, root)
+  return dissect_stream(tvb, pinfo, root)
+end
+
 -- On port 502 both protocols look the same up to the function code, in byte 7.
 local port_502 = Proto("tavmir_502", "Tavmir Controller Protocol on port 502")
+local neither = ProtoExpert.new("tavmir_502.neither", "A frame of neither protocol",
+  expert.group.MALFORMED, expert.severity.ERROR)
+port_502.experts = { neither }
 local built_in = nil
 
+-- Where the last whole frame of a segment ends, and how many bytes the next one lacks; nil when
+-- one of them has no header.
+local function whole_frames(tvb)
+  local offset = 0
+  while tvb:len() - offset >= 8 do
+    local after = tvb(offset + 4, 2):uint()
+    if tvb(offset + 2, 2):uint() ~= 0 or after < 2 or after > MOST_AFTER then
+      return nil
+    end
+    if offset + LENGTH_END + after > tvb:len() then
+      return offset, offset + LENGTH_END + after - tvb:len()
+    end
+    offset = offset + LENGTH_END + after
+  end
+  return offset, offset < tvb:len() and DESEGMENT_ONE_MORE_SEGMENT or 0
+end
+
+local function wait_for(pinfo, offset, missing)
+  pinfo.desegment_offset = offset
+  pinfo.desegment_len = missing
+end
+
+-- The built-in dissector gets whole frames only: what it throws for want of bytes would not come
+-- past Lua's frames unharmed.
 function port_502.dissector(tvb, pinfo, root)
-  if tvb:len() < 8 then
-    pinfo.desegment_offset = 0
-    pinfo.desegment_len = DESEGMENT_ONE_MORE_SEGMENT
+  local offset, missing = whole_frames(tvb)
+  if not offset then
+    root:add(port_502, tvb()):add_proto_expert_info(neither)
     return tvb:len()
   end
-  if FUNCTIONS[tvb(7, 1):uint() % EXCEPTION] or not built_in then
-    return tavmir.dissector(tvb, pinfo, root)
+  if missing ~= 0 then
+    wait_for(pinfo, offset, missing)
   end
-  return built_in:call(tvb, pinfo, root)
+  if offset == 0 then
+    return tvb:len()
+  end
+  local whole = tvb(0, offset):tvb()
+  if FUNCTIONS[whole(7, 1):uint() % EXCEPTION] or not built_in then
+    dissect_stream(whole, pinfo, root)
+  else
+    built_in:call(whole, pinfo, root)
+  end
+  return tvb:len()
 end
 
 -- Preferences ---------------------------------------------------------------------------------
