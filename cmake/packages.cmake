@@ -52,9 +52,9 @@ whether the driver loads, fits and reaches a controller.")
 if(CMAKE_CROSSCOMPILING)
   set(base "libgcc-s1 (>= 3.5), libqt5core5a (>= 5.15.1), libstdc++6 (>= 11)")
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.4), ${base}")
-  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
-    "libc6 (>= 2.34), ${base}, libqt5network5 (>= 5.0.2), libncursesw6 (>= 6), libtinfo6 (>= 6),
-     ${same_library}")
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libc6 (>= 2.34), ${base}, libqt5network5 (>= 5.0.2)")
+  string(APPEND CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
+    ", libncursesw6 (>= 6), libtinfo6 (>= 6), ${same_library}")
 else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)

@@ -91,7 +91,7 @@ TEST(Statistics, AsLines)
               "1600 partial\n"
               "  by element group:\n"
               "    bits of station 1: 1 sent, 1 good, 0 failed, mean 1000.0 us, p99 1000.0 us\n"
-              "    words of station 7: 1 sent, 0 good, 1 failed, mean 0.0 us, p99 0.0 us",
+              "    words of station 7: 1 sent, 0 good, 1 failed, mean –, p99 –",
               statisticsLines(distinctFigures(), 2.5, 10).join('\n').toStdString());
 }
 
@@ -105,7 +105,7 @@ TEST(Statistics, AsJson)
     EXPECT_EQ(3, trip.size());
     EXPECT_EQ(R"({"attempts":204,"brokenStreamsClosed":112,"byElementGroup":[{"elements":"bits",)"
               R"("failed":0,"good":1,"meanUs":1000,"p99Us":1000,"sent":1,"station":1},)"
-              R"({"elements":"words","failed":1,"good":0,"meanUs":0,"p99Us":0,"sent":1,)"
+              R"({"elements":"words","failed":1,"good":0,"meanUs":null,"p99Us":null,"sent":1,)"
               R"("station":7}],"bytesReceived":117,"bytesSent":116,"connects":113,)"
               R"("eventsMissedByTheseStatistics":118,"exceptionReplies":109,)"
               R"("exceptionsByCode":{"2":7,"99":1},"failedConnects":114,"giveUps":104,)"
@@ -177,10 +177,14 @@ TEST(Statistics, OfNothing)
     }
     EXPECT_EQ("  exceptions by code: none", lines[20].toStdString());
     EXPECT_EQ("  last error: none", lines[21].toStdString());
-    EXPECT_EQ("  round trip: minimum 0.0 us, mean 0.0 us, p99 0.0 us", lines[22].toStdString());
+    EXPECT_EQ("  round trip: minimum –, mean –, p99 –", lines[22].toStdString());
     EXPECT_EQ("  writes: 0 asked, 0 done, 0 refused, 0 not sent, 0 unknown, 0 partial",
               lines[24].toStdString());
-    EXPECT_EQ("  by element group:", lines[26].toStdString());
+    EXPECT_EQ("  by element group: nothing was asked for", lines[26].toStdString());
+    const QJsonObject trip = statisticsJson(LineFigures(), 0, 0)["roundTrip"].toObject();
+    for (const char* key : {"minimumUs", "meanUs", "p99Us"}) {
+        EXPECT_TRUE(trip[key].isNull()) << key;
+    }
     EXPECT_TRUE(statisticsJson(LineFigures(), 0, 0)["lastError"].isNull());
 }
 

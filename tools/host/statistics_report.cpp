@@ -5,6 +5,8 @@
 
 #include <QtCore/QJsonArray>
 
+#include <optional>
+
 namespace tavmir::host
 {
 
@@ -105,17 +107,30 @@ Numbers operations(const LineFigures& figures, OperationKind kind)
     return numbers;
 }
 
-// Times as "LABEL VALUE us", and as "labelUs" in an object.
-Numbers roundTripTimes(const LatencyHistogram& times)
+// Times as "LABEL VALUE us", and as "labelUs" in an object; none when nothing was answered.
+struct LabelledTime {
+    QString label;
+    std::optional<double> us;
+};
+using Times = std::vector<LabelledTime>;
+
+std::optional<double> knownOf(const LatencyHistogram& times, double us)
 {
-    return {{"minimum", micros(static_cast<double>(times.minimum()))},
-            {"mean", micros(times.mean())},
-            {"p99", microsAt(times, 0.99)}};
+    return times.count() > 0 ? std::optional<double>(us) : std::nullopt;
 }
 
-Numbers groupTimes(const GroupFigures& group)
+Times meanAndP99(const LatencyHistogram& times)
 {
-    return {{"mean", micros(group.roundTrip.mean())}, {"p99", microsAt(group.roundTrip, 0.99)}};
+    return {{"mean", knownOf(times, micros(times.mean()))},
+            {"p99", knownOf(times, microsAt(times, 0.99))}};
+}
+
+Times roundTripTimes(const LatencyHistogram& times)
+{
+    Times all = meanAndP99(times);
+    all.insert(all.begin(),
+               {"minimum", knownOf(times, micros(static_cast<double>(times.minimum())))});
+    return all;
 }
 
 Numbers groupCounts(const GroupFigures& group)
@@ -125,19 +140,20 @@ Numbers groupCounts(const GroupFigures& group)
             {"failed", static_cast<double>(group.failed)}};
 }
 
-QString timesText(const Numbers& times)
+QString timesText(const Times& times)
 {
     QStringList parts;
-    for (const LabelledNumber& time : times) {
-        parts << QString("%1 %2 us").arg(time.label, decimal(time.value));
+    for (const LabelledTime& time : times) {
+        parts << time.label + (time.us ? QString(" %1 us").arg(decimal(*time.us)) : QString(" –"));
     }
     return parts.join(", ");
 }
 
-void insertTimes(QJsonObject& object, const Numbers& times)
+void insertTimes(QJsonObject& object, const Times& times)
 {
-    for (const LabelledNumber& time : times) {
-        object.insert(statisticsKey(time.label + " us"), time.value);
+    for (const LabelledTime& time : times) {
+        object.insert(statisticsKey(time.label + " us"),
+                      time.us ? QJsonValue(*time.us) : QJsonValue());
     }
 }
 
@@ -166,7 +182,7 @@ QJsonArray groupsJson(const LineFigures& figures)
     QJsonArray groups;
     for (const GroupFigures& group : figures.byElements.groups()) {
         QJsonObject object = asJson(groupCounts(group));
-        insertTimes(object, groupTimes(group));
+        insertTimes(object, meanAndP99(group.roundTrip));
         object.insert("elements", wire::elementsName(group.elements));
         object.insert("station", group.station);
         groups << object;
@@ -223,11 +239,12 @@ QStringList statisticsLines(const LineFigures& figures, double seconds, size_t e
     lines << "  scans per second: " + decimal(scansPerSecond(figures, seconds, elements));
     lines << "  writes: " + asText(operations(figures, OperationKind::write));
     lines << "  one-shot reads: " + asText(operations(figures, OperationKind::read));
-    lines << "  by element group:";
+    const bool asked = !figures.byElements.groups().empty();
+    lines << QString("  by element group:") + (asked ? "" : " nothing was asked for");
     for (const GroupFigures& group : figures.byElements.groups()) {
         lines << QString("    %1: %2, %3")
                      .arg(groupName(group), asText(groupCounts(group)),
-                          timesText(groupTimes(group)));
+                          timesText(meanAndP99(group.roundTrip)));
     }
     return lines;
 }

@@ -2,6 +2,7 @@
 #include "tcp_link.h"
 
 #include "feed/feed.h"
+#include "feed/own_copy.h"
 #include "reply_matcher.h"
 #include "wire/frame_layout.h"
 #include "wire/tcp_connect.h"
@@ -346,7 +347,7 @@ void TcpLink::lose(const FeedEntry& entry)
 {
     close();
     nextAttempt_ = Clock::now() + std::chrono::milliseconds(pause_.next());
-    problem_ = entry.text;
+    problem_ = ownCopy(entry.text);
     observer_(entry);
 }
 

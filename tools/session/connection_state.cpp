@@ -1,6 +1,8 @@
 // A flag, a reason, and waiting for it.
 #include "connection_state.h"
 
+#include "feed/own_copy.h"
+
 namespace tavmir::host
 {
 
@@ -16,7 +18,7 @@ void ConnectionState::disconnected(const QString& why)
     const std::lock_guard<std::mutex> lock(mutex_);
     connected_ = false;
     failed_ = true;
-    problem_ = why;
+    problem_ = ownCopy(why);
     changed_.notify_all();
 }
 
@@ -38,7 +40,7 @@ bool ConnectionState::isConnected() const
 QString ConnectionState::problem() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return problem_;
+    return ownCopy(problem_);
 }
 
 bool ConnectionState::awaitAttempt(const Deadline& deadline) const
