@@ -394,7 +394,7 @@ TEST_F(Qualities, WhatTheControllerRefusesIsBadAndOfNoPass)
 {
     FeedEntry entry =
         madePlan(1, {madeVariable(DataType::word, 160), madeVariable(DataType::word, 176),
-                     madeVariable(DataType::word, 192)});
+                     madeVariable(DataType::word, 192), madeVariable(DataType::word, 208)});
     auto plan = std::make_shared<PolledGeneration>(*entry.plan);
     plan->setAside.push_back({3, "another"});
     plan->setAside.push_back({1, "refused, code 2 (illegal data address)"});

@@ -26,7 +26,7 @@ MAY_KNOW = {
     "probe": ["wire"],
 }
 # The only rooms in which these may be included.
-ONLY_IN = {"QtNetwork/": ["controller"], "curses.h": ["terminal"]}
+ONLY_IN = {"QtNetwork/": ["controller"], "curses.h": ["terminal"], "term.h": ["terminal"]}
 NO_QT = ["wire"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)

@@ -1,6 +1,8 @@
 // ncurses on a file in memory, which takes whatever it writes at once.
 #include "curses_screen.h"
 
+#include "terminal_kind.h"
+
 #include <curses.h>
 
 #include <algorithm>
@@ -136,6 +138,9 @@ public:
 
     bool open(int keys, bool colours)
     {
+        if (!isDrawableTerminal()) {
+            return false;
+        }
         const KeptSignals kept;
         out_ = ::fdopen(::memfd_create("screen", MFD_CLOEXEC), "w+");
         const int in = keys < 0 ? ::open("/dev/null", O_RDONLY | O_CLOEXEC)
@@ -145,7 +150,7 @@ public:
             return false;
         }
         screen_ = ::newterm(nullptr, out_, in_);
-        if (screen_ == nullptr || ::tigetstr("cup") == nullptr) {
+        if (screen_ == nullptr) {
             return false;
         }
         takesKeys_ = keys >= 0;
