@@ -123,8 +123,9 @@ TEST_F(Culprits, BitsTextsAndDoubleWordsAreFoundInTheirClasses)
                                {"pairs (2)", kLacksIt}}));
     EXPECT_TRUE(listFollows());
     EXPECT_TRUE(reaches("l", controller_.count("l") + 3));
-    EXPECT_EQ(controller_.requestsOf("l", kPairAt).back(),
-              controller_.requestsOf("l", kDwordAt).back())
+    // Polling goes on between the two looks: all but the transaction is compared.
+    EXPECT_EQ(controller_.requestsOf("l", kPairAt).back().mid(2),
+              controller_.requestsOf("l", kDwordAt).back().mid(2))
         << "what is left of the class shares its request";
 }
 
