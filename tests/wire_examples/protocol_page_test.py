@@ -17,6 +17,7 @@ from exchanges import Controller, host_exchanges, raw_exchange
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 PAGE = (ROOT / "docs" / "protocol.md").read_text()
 HOST, CONTROLLER, DRIVER = sys.argv[1:4]
+MOST_TRIES = 50
 
 
 def blocks(kind):
@@ -47,13 +48,22 @@ class ProtocolPage(unittest.TestCase):
 
     def test_examples_are_what_driver_and_controller_exchange(self):
         for title, request, reply in blocks("example"):
-            with self.subTest(title), Controller(CONTROLLER, "--project", self.project) as plant:
-                command, *arguments = title.split(" ")
+            with self.subTest(title):
+                said = self.exchanged(title)
+                self.assertEqual(said, [(shown(request), shown(reply))])
+
+    def exchanged(self, title):
+        """Frames of an example. Reads share a request when they wait together: a cycle that is
+        quicker than the second one's asking sends two, and is given another chance."""
+        command, *arguments = title.split(" ")
+        for _ in range(MOST_TRIES):
+            with Controller(CONTROLLER, "--project", self.project) as plant:
                 done, exchanges = host_exchanges(HOST, DRIVER, plant,
                                                  [command, self.project, *arguments])
-                self.assertEqual(done.returncode, 0, done.stdout)
-                said = [(shown(asked), shown(answered)) for asked, answered in exchanges]
-                self.assertEqual(said, [(shown(request), shown(reply))])
+            self.assertEqual(done.returncode, 0, done.stdout)
+            if len(exchanges) < 2 or len(arguments) < 2:
+                break
+        return [(shown(asked), shown(answered)) for asked, answered in exchanges]
 
     def test_refusals_are_the_controllers(self):
         with Controller(CONTROLLER, "--project", self.project) as plant:
