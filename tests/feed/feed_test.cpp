@@ -147,6 +147,11 @@ TEST(Feed, OtherEntriesComeWhole)
     sent.frames = 21;
     sent.bytes = 22;
     sent.plan = std::make_shared<PolledGeneration>();
+    sent.attempts = std::make_shared<std::vector<wire::ConnectAttempt>>();
+    sent.closedBy = ClosedBy::network;
+    sent.stray = Stray::duplicate;
+    sent.askedAt = momentAt(2);
+    sent.received = {1, 2, 3};
     feed.publish(sent);
     int count = 0;
     reader->read([&](const FeedEntry& entry) {
@@ -166,8 +171,39 @@ TEST(Feed, OtherEntriesComeWhole)
         EXPECT_EQ(21u, entry.frames);
         EXPECT_EQ(22u, entry.bytes);
         EXPECT_EQ(sent.plan, entry.plan);
+        EXPECT_EQ(sent.attempts, entry.attempts);
+        EXPECT_EQ(ClosedBy::network, entry.closedBy);
+        EXPECT_EQ(Stray::duplicate, entry.stray);
+        EXPECT_EQ(momentAt(2), entry.askedAt);
+        EXPECT_EQ((std::vector<unsigned char>{1, 2, 3}), entry.received);
     });
     EXPECT_EQ(1, count);
+}
+
+TEST(Feed, AReplyThatIsLongerThanAnExchangeKeepsComesWholeBesideIt)
+{
+    Feed feed;
+    const auto reader = feed.subscribe();
+    const std::string longest(Exchange::kMostBytes, 'a');
+    const std::string longer(Exchange::kMostBytes + 1, 'b');
+    Exchange exchange = numbered(1);
+    for (const std::string& reply : {longer, longest, longer}) {
+        exchange.replySize = static_cast<quint32>(reply.size());
+        feed.publish(exchange, nullptr, reply.data());
+    }
+    std::vector<std::string> beside;
+    reader->read([&](const FeedEntry& entry) {
+        beside.emplace_back(entry.received.begin(), entry.received.end());
+    });
+    EXPECT_EQ((std::vector<std::string>{longer, "", longer}), beside);
+}
+
+TEST(Feed, AMomentBeforeAnEntryHasItsTimeOnTheWallClock)
+{
+    FeedEntry entry;
+    entry.at = momentAt(500);
+    entry.wall = WallClock::time_point(std::chrono::milliseconds(7000));
+    EXPECT_EQ(WallClock::time_point(std::chrono::milliseconds(6990)), wallAt(entry, momentAt(490)));
 }
 
 TEST(Feed, AnEntryOfNowIsStampedWithBothClocks)

@@ -2,6 +2,7 @@
 // connections that go, with frames that nobody asked for.
 #include "running_session.h"
 
+#include "support/driver_file.h"
 #include "support/wait_until.h"
 #include "wire/loopback_listener.h"
 
@@ -27,8 +28,8 @@ protected:
         session_.reset();
         change(project_.connection);
         QStringList problems;
-        session_ = std::make_unique<HostSession>(Driver::load(TAVMIR_DRIVER, problems), project_,
-                                                 options_);
+        session_ = std::make_unique<HostSession>(
+            Driver::load(test::driverFile(TAVMIR_DRIVER), problems), project_, options_);
         ASSERT_EQ("", session_->setUp().toStdString());
         reader_ = session_->feed().subscribe();
         start();
@@ -222,6 +223,7 @@ TEST_F(Cycle, ARecordsWriteWaitsForThoseOfOtherStations)
     record.station = 2;
     record.hostData2 = 1;
     record.value = QByteArray::fromHex("0500");
+    record.count = 1;
     const OperationId first = session_->queueRecord(record, Deadline(kPatientMs));
     record.station = 3;
     record.value = QByteArray::fromHex("0700");

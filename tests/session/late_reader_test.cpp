@@ -2,6 +2,7 @@
 #include "link/test_server.h"
 #include "project/project_reader.h"
 #include "session/host_session.h"
+#include "support/driver_file.h"
 #include "support/wait_until.h"
 #include "wire/frame_layout.h"
 
@@ -35,7 +36,7 @@ TEST(LateReader, IsToldNoExchangeWhoseBytesNobodyKept)
                              "late.json");
     ASSERT_TRUE(project.project) << project.error.toStdString();
     QStringList problems;
-    std::unique_ptr<Driver> driver = Driver::load(TAVMIR_DRIVER, problems);
+    std::unique_ptr<Driver> driver = Driver::load(test::driverFile(TAVMIR_DRIVER), problems);
     ASSERT_TRUE(driver) << problems.join('\n').toStdString();
     HostSession session(std::move(driver), *project.project, SessionOptions());
     ASSERT_EQ("", session.setUp().toStdString());

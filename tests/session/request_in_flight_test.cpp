@@ -2,6 +2,7 @@
 #include "session/request_in_flight.h"
 
 #include "driver/driver_loader.h"
+#include "support/driver_file.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,7 @@ protected:
     void SetUp() override
     {
         QStringList problems;
-        driver_ = Driver::load(TAVMIR_DRIVER, problems);
+        driver_ = Driver::load(test::driverFile(TAVMIR_DRIVER), problems);
         ASSERT_TRUE(driver_) << problems.join('\n').toStdString();
     }
 

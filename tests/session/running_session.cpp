@@ -3,6 +3,7 @@
 
 #include "project/project_reader.h"
 #include "project/value_format.h"
+#include "support/driver_file.h"
 #include "support/wait_until.h"
 
 namespace tavmir::host
@@ -47,7 +48,7 @@ void RunningSession::prepare(const Setting& setting)
     ASSERT_TRUE(outcome.project) << outcome.error.toStdString();
     project_ = *outcome.project;
     QStringList problems;
-    std::unique_ptr<Driver> driver = Driver::load(TAVMIR_DRIVER, problems);
+    std::unique_ptr<Driver> driver = Driver::load(test::driverFile(TAVMIR_DRIVER), problems);
     ASSERT_TRUE(driver) << problems.join('\n').toStdString();
     session_ = std::make_unique<HostSession>(std::move(driver), project_, options_);
     reader_ = session_->feed().subscribe();

@@ -1,6 +1,7 @@
 // A session begins with a driver that knows of no session before it, and no key comes twice.
 #include "running_session.h"
 
+#include "support/driver_file.h"
 #include "support/wait_until.h"
 
 #include <set>
@@ -67,27 +68,29 @@ TEST_F(UsedOnce, EveryWriteOfASessionAfterOthersEndsOnce)
 TEST_F(UsedOnce, ADriverIsNotLoadedTwiceAtATime)
 {
     QStringList problems;
-    std::unique_ptr<Driver> first = Driver::load(TAVMIR_DRIVER, problems);
+    std::unique_ptr<Driver> first = Driver::load(test::driverFile(TAVMIR_DRIVER), problems);
     ASSERT_TRUE(first) << problems.join('\n').toStdString();
-    EXPECT_FALSE(Driver::load(TAVMIR_DRIVER, problems));
+    EXPECT_FALSE(Driver::load(test::driverFile(TAVMIR_DRIVER), problems));
     EXPECT_EQ(1, problems.size());
     problems.clear();
     first.reset();
-    EXPECT_TRUE(Driver::load(TAVMIR_DRIVER, problems)) << problems.join('\n').toStdString();
+    EXPECT_TRUE(Driver::load(test::driverFile(TAVMIR_DRIVER), problems))
+        << problems.join('\n').toStdString();
 }
 
 TEST_F(UsedOnce, ADriverThatASessionHasIsNotLoadedAgain)
 {
     open();
     QStringList problems;
-    EXPECT_FALSE(Driver::load(TAVMIR_DRIVER, problems));
+    EXPECT_FALSE(Driver::load(test::driverFile(TAVMIR_DRIVER), problems));
     EXPECT_EQ(1, problems.size());
     session_->stop();
-    EXPECT_FALSE(Driver::load(TAVMIR_DRIVER, problems));
+    EXPECT_FALSE(Driver::load(test::driverFile(TAVMIR_DRIVER), problems));
     EXPECT_EQ("not sent", write("M.w", "6").state); // the session is not disturbed by it
     reset();
     problems.clear();
-    EXPECT_TRUE(Driver::load(TAVMIR_DRIVER, problems)) << problems.join('\n').toStdString();
+    EXPECT_TRUE(Driver::load(test::driverFile(TAVMIR_DRIVER), problems))
+        << problems.join('\n').toStdString();
 }
 
 TEST_F(UsedOnce, NoKeyComesTwice)

@@ -356,6 +356,32 @@ TEST(TcpConnect, AnAddressThatDoesNotAnswerLeavesTimeForTheNext)
     EXPECT_EQ("", attempt.outcome.problem);
 }
 
+TEST(TcpConnect, EachAttemptIsToldWithBothEndsAndHowItEnded)
+{
+    LoopbackListener deaf;
+    deaf.goDeaf();
+    const LoopbackListener good("127.0.0.3", deaf.port());
+    TestResolver resolver(listOf({"127.0.0.2", "127.0.0.1", "127.0.0.3"}));
+    NameLookUps lookUps(resolver.lookUp());
+    const Attempt attempt(connectTo("plc.example", deaf.port(), 1000, -1, lookUps));
+    ASSERT_TRUE(attempt.connected()) << attempt.outcome.problem;
+    const std::vector<ConnectAttempt>& attempts = attempt.outcome.attempts;
+    ASSERT_EQ(3u, attempts.size());
+    const std::vector<int> errors = {ECONNREFUSED, ETIMEDOUT, 0};
+    for (std::size_t i = 0; i < attempts.size(); ++i) {
+        EXPECT_EQ(errors[i], attempts[i].error) << i;
+        EXPECT_EQ(deaf.port(), attempts[i].peer.port) << i;
+        EXPECT_LE(attempts[i].began, attempts[i].ended) << i;
+    }
+    EXPECT_EQ("127.0.0.2", attempts[0].peer.host);
+    EXPECT_EQ("127.0.0.3", attempts[2].peer.host);
+    sockaddr_in local = {};
+    socklen_t size = sizeof local;
+    ::getsockname(attempt.outcome.descriptor, reinterpret_cast<sockaddr*>(&local), &size);
+    EXPECT_EQ(ntohs(local.sin_port), attempts[2].local.port);
+    EXPECT_EQ("127.0.0.1", attempts[2].local.host);
+}
+
 TEST(TcpConnect, AllAddressesThatWereTriedAreNamed)
 {
     LoopbackListener deaf;

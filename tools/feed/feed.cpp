@@ -28,6 +28,11 @@ FeedEntry entryNow(FeedKind kind, const QString& text)
     return entry;
 }
 
+WallClock::time_point wallAt(const FeedEntry& entry, Clock::time_point moment)
+{
+    return entry.wall - std::chrono::duration_cast<WallClock::duration>(entry.at - moment);
+}
+
 FeedReader::FeedReader(std::shared_ptr<FeedBlocks> blocks) : blocks_(std::move(blocks))
 {
     blocks_->add(this);
@@ -78,6 +83,11 @@ void Feed::publish(const Exchange& exchange, const char* request, const char* re
             entry.text.clear();
             entry.variable.clear();
             entry.plan.reset();
+            entry.attempts.reset();
+        }
+        entry.received.clear();
+        if (reply != nullptr && exchange.replySize > Exchange::kMostBytes) {
+            entry.received.assign(reply, reply + exchange.replySize);
         }
         entry.kind = FeedKind::exchange;
         entry.at = exchange.endedAt;
@@ -100,6 +110,11 @@ void Feed::publish(const FeedEntry& entry)
         kept.frames = entry.frames;
         kept.bytes = entry.bytes;
         kept.plan = entry.plan;
+        kept.attempts = entry.attempts;
+        kept.closedBy = entry.closedBy;
+        kept.stray = entry.stray;
+        kept.askedAt = entry.askedAt;
+        kept.received = entry.received;
     };
     blocks_->publish(fill, standsOn(entry.kind) ? &entry : nullptr);
 }

@@ -36,6 +36,8 @@ void LineFigures::take(const FeedEntry& entry)
     case FeedKind::operationEnded:
         ++outcomes[static_cast<int>(entry.operation.kind)][static_cast<int>(entry.operation.state)];
         break;
+    case FeedKind::closed:
+    case FeedKind::strayBytes: // counted with their exchange, or with the frames dropped
     case FeedKind::planChanged:
     case FeedKind::elementSetAside:
     case FeedKind::elementBack:

@@ -38,6 +38,13 @@ QString systemError(int error)
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
+FeedEntry attemptsNow(FeedKind kind, const QString& text, const wire::ConnectOutcome& outcome)
+{
+    FeedEntry entry = entryNow(kind, text);
+    entry.attempts = std::make_shared<const std::vector<wire::ConnectAttempt>>(outcome.attempts);
+    return entry;
+}
+
 } // namespace
 
 TcpLink::TcpLink(const LinkOptions& options, Observer observer)
@@ -49,16 +56,27 @@ TcpLink::TcpLink(const LinkOptions& options, Observer observer)
 
 TcpLink::~TcpLink()
 {
-    close();
+    closeSocket();
 }
 
 void TcpLink::close()
+{
+    if (socket_ >= 0) {
+        tellDropped();
+        tellRemainder();
+        closeSocket();
+        observer_(entryNow(FeedKind::closed));
+    }
+}
+
+void TcpLink::closeSocket()
 {
     if (socket_ >= 0) {
         ::close(socket_);
         socket_ = -1;
     }
     decoder_.clear();
+    isHeld_ = false;
 }
 
 ExchangeEnd TcpLink::exchange(const char* request, size_t size, QByteArray& reply,
@@ -81,14 +99,20 @@ ExchangeEnd TcpLink::exchange(const char* request, size_t size, QByteArray& repl
         exchange.sentAt = Clock::now();
     }
     if (socket_ >= 0) {
-        const std::optional<ExchangeEnd> unsent = send(request, exchange);
         const auto* bytes = reinterpret_cast<const unsigned char*>(request);
-        exchange.end = unsent ? *unsent : awaitReply(wire::viewFrame(bytes, size), reply, exchange);
+        const FrameView frame = wire::viewFrame(bytes, size);
+        asked_.begin(frame, exchange.sentAt);
+        const std::optional<ExchangeEnd> unsent = send(request, exchange);
+        exchange.end = unsent ? *unsent : awaitReply(frame, reply, exchange);
+        asked_.end(exchange.answered());
     }
     exchange.receivedBytes = received_;
     received_ = 0;
     exchange.endedAt = Clock::now();
     exchange.endedWall = WallClock::now();
+    if (decoder_.hasPartialFrame() && !isHeld_) {
+        holdSince(exchange.endedAt, exchange.endedWall);
+    }
     return exchange.end;
 }
 
@@ -102,6 +126,7 @@ ExchangeEnd TcpLink::awaitReply(const FrameView& request, QByteArray& reply, Exc
             loseBroken("the stream from the controller makes no sense");
             return ExchangeEnd::broken;
         case FrameDecoder::State::needMore:
+            stampPartialFrame();
             switch (receive(deadline, false)) {
             case Received::bytes:
             case Received::woken:
@@ -122,6 +147,7 @@ ExchangeEnd TcpLink::awaitReply(const FrameView& request, QByteArray& reply, Exc
             return takeFrame(frame, kind == ReplyKind::exception, reply, exchange);
         }
         ++exchange.foreignFrames;
+        tellStray(frame);
         if (deadline.passed()) {
             return giveUpWaiting(); // a flood of foreign frames must not hold the request
         }
@@ -180,14 +206,15 @@ TcpLink::Connecting TcpLink::connectNow()
     if (outcome.descriptor < 0) {
         nextAttempt_ = Clock::now() + std::chrono::milliseconds(pause_.next());
         problem_ = QString::fromLocal8Bit(outcome.problem.c_str());
-        observer_(entryNow(FeedKind::connectFailed, problem_));
+        observer_(attemptsNow(FeedKind::connectFailed, problem_, outcome));
         return Connecting::failed;
     }
     socket_ = outcome.descriptor;
     sleepInSlices(socket_);
     proven_ = false;
     decoder_.clear();
-    observer_(entryNow(FeedKind::connected));
+    asked_.clear();
+    observer_(attemptsNow(FeedKind::connected, QString(), outcome));
     return Connecting::connected;
 }
 
@@ -209,13 +236,13 @@ std::optional<ExchangeEnd> TcpLink::send(const char* bytes, Exchange& exchange)
             continue;
         }
         if (sent < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
-            lose(systemError(errno));
+            loseAfterError(errno);
             return unsent();
         }
         pollfd waits[2] = {{socket_, POLLOUT, 0}, {stop_.descriptor(), POLLIN, 0}};
         if (deadline.passed() || ::poll(waits, 2, deadline.remainingMs()) == 0 || stopping_) {
             // Part of a request cannot be taken back.
-            lose("the controller takes no more data");
+            lose("the controller takes no more data", ClosedBy::host);
             return stopping_ ? ExchangeEnd::stopped : unsent();
         }
     }
@@ -262,12 +289,17 @@ TcpLink::Received TcpLink::takeBytes(int flags)
     if (got > 0) {
         decoder_.added(static_cast<size_t>(got));
         received_ += static_cast<quint32>(got);
+        isHeld_ = false;
         return Received::bytes;
     }
     if (got < 0 && (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)) {
         return Received::bytes; // none yet: the caller looks at its deadline again
     }
-    lose(got == 0 ? QString("the controller closed the connection") : systemError(errno));
+    if (got == 0) {
+        lose("the controller closed the connection", ClosedBy::controller);
+    } else {
+        loseAfterError(errno);
+    }
     return Received::lost;
 }
 
@@ -289,11 +321,13 @@ void TcpLink::dropUntil(const Deadline& deadline)
         FrameDecoder::State state = decoder_.next(frame);
         for (; state == FrameDecoder::State::frame; state = decoder_.next(frame)) {
             ++dropped_;
+            tellStray(frame);
         }
         if (state == FrameDecoder::State::broken) {
             loseBroken("the stream from the controller makes no sense");
             return;
         }
+        stampPartialFrame();
     } while (receive(deadline, true) == Received::bytes && !deadline.passed());
 }
 
@@ -331,21 +365,76 @@ void TcpLink::tellDropped()
     observer_(entry);
 }
 
-void TcpLink::lose(const QString& why)
+void TcpLink::tellStray(const FrameView& frame)
 {
-    lose(entryNow(FeedKind::connectionLost, why));
+    const AskedRequests::Verdict verdict = asked_.judge(frame);
+    FeedEntry entry = strayEntry(verdict.stray, frame.bytes, frame.size);
+    entry.askedAt = verdict.askedAt;
+    observer_(entry);
+}
+
+// Part of a frame came just now, unless it was stamped before.
+void TcpLink::stampPartialFrame()
+{
+    if (decoder_.hasPartialFrame() && !isHeld_) {
+        holdSince(Clock::now(), WallClock::now());
+    }
+}
+
+void TcpLink::holdSince(Clock::time_point at, WallClock::time_point wall)
+{
+    isHeld_ = true;
+    heldSince_ = at;
+    heldSinceWall_ = wall;
+}
+
+// What the decoder holds, before it is forgotten.
+void TcpLink::tellRemainder()
+{
+    if (decoder_.hasPartialFrame()) {
+        observer_(strayEntry(Stray::remainder, decoder_.rest(), decoder_.restSize()));
+    }
+}
+
+FeedEntry TcpLink::strayEntry(Stray stray, const unsigned char* bytes, size_t size) const
+{
+    FeedEntry entry = entryNow(FeedKind::strayBytes);
+    if (isHeld_) {
+        entry.at = heldSince_;
+        entry.wall = heldSinceWall_;
+    }
+    entry.stray = stray;
+    entry.received.assign(bytes, bytes + size);
+    return entry;
+}
+
+void TcpLink::lose(const QString& why, ClosedBy closedBy)
+{
+    stampPartialFrame();
+    FeedEntry entry = entryNow(FeedKind::connectionLost, why);
+    entry.closedBy = closedBy;
+    lose(entry);
+}
+
+void TcpLink::loseAfterError(int error)
+{
+    const bool reset = error == ECONNRESET || error == EPIPE;
+    lose(systemError(error), reset ? ClosedBy::reset : ClosedBy::network);
 }
 
 void TcpLink::loseBroken(const QString& why)
 {
+    stampPartialFrame();
     FeedEntry entry = entryNow(FeedKind::connectionLost, why);
     entry.brokenStream = true;
+    entry.closedBy = ClosedBy::host;
     lose(entry);
 }
 
 void TcpLink::lose(const FeedEntry& entry)
 {
-    close();
+    tellRemainder();
+    closeSocket();
     nextAttempt_ = Clock::now() + std::chrono::milliseconds(pause_.next());
     problem_ = ownCopy(entry.text);
     observer_(entry);

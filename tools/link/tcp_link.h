@@ -14,6 +14,7 @@
 #ifndef TAVMIR_LINK_TCP_LINK_H
 #define TAVMIR_LINK_TCP_LINK_H
 
+#include "asked_requests.h"
 #include "feed/feed_entry.h"
 #include "reconnect_pause.h"
 #include "wake_event.h"
@@ -48,8 +49,8 @@ struct LinkOptions {
 class TcpLink
 {
 public:
-    // Told of each connected, connectFailed, connectionLost and framesDropped; on the link's
-    // thread, must not block.
+    // Told of each connected, connectFailed, connectionLost, closed, strayBytes and framesDropped;
+    // on the link's thread, must not block.
     using Observer = std::function<void(const FeedEntry& entry)>;
 
     TcpLink(const LinkOptions& options, Observer observer);
@@ -83,6 +84,7 @@ public:
     bool connected() const { return socket_ >= 0; }
     // Why there is no connection: the last failed attempt or the loss, in words.
     const QString& problem() const { return problem_; }
+    // The host needs the connection no longer.
     void close();
 
 private:
@@ -106,9 +108,16 @@ private:
     Received sleepUntil(Clock::time_point end, bool wakeable);
     void dropUntil(const Deadline& deadline);
     void tellDropped();
-    void lose(const QString& why);
+    void tellStray(const FrameView& frame);
+    void tellRemainder();
+    void stampPartialFrame();
+    void holdSince(Clock::time_point at, WallClock::time_point wall);
+    FeedEntry strayEntry(Stray stray, const unsigned char* bytes, size_t size) const;
+    void lose(const QString& why, ClosedBy closedBy);
+    void loseAfterError(int error);
     void loseBroken(const QString& why); // for what came was no frame, or half of one
     void lose(const FeedEntry& entry);
+    void closeSocket();
 
     LinkOptions options_;
     Observer observer_;
@@ -118,11 +127,16 @@ private:
     WakeEvent stop_;
     WakeEvent work_;
     FrameDecoder decoder_;
+    AskedRequests asked_; // on this connection
     QString problem_;
     quint32 received_ = 0; // bytes since they were last reported
     quint32 dropped_ = 0;  // frames, the same
     int socket_ = -1;
     bool proven_ = false; // the connection has carried a reply
+    // When the newest that the decoder holds came, where somebody stamped it.
+    bool isHeld_ = false;
+    Clock::time_point heldSince_;
+    WallClock::time_point heldSinceWall_;
 };
 
 } // namespace tavmir::host

@@ -43,6 +43,7 @@ CycleThread::CycleThread(SessionState& state, SearchedList& polled, const LinkOp
 CycleThread::~CycleThread()
 {
     stop();
+    link_.close();
     DriverEvents::receiveInto(nullptr);
 }
 
@@ -76,7 +77,7 @@ void CycleThread::linkChanged(const FeedEntry& entry)
 {
     if (entry.kind == FeedKind::connected) {
         state_.connection.connected();
-    } else if (entry.kind != FeedKind::framesDropped) {
+    } else if (entry.kind == FeedKind::connectFailed || entry.kind == FeedKind::connectionLost) {
         state_.connection.disconnected(entry.text);
     }
     state_.feed.publish(entry);

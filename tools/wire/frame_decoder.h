@@ -68,6 +68,9 @@ public:
 
     // True while part of a frame is waiting for its rest.
     bool hasPartialFrame() const { return begin_ != end_; }
+    // What waits, of a broken stream all that was not handed out. Valid as long as a frame is.
+    const unsigned char* rest() const { return buffer_.data() + begin_; }
+    std::size_t restSize() const { return end_ - begin_; }
 
     // Forgets everything: for a new connection.
     void clear();

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 namespace tavmir
@@ -70,16 +71,33 @@ const sockaddr* plain(const HostAddress& address)
     return reinterpret_cast<const sockaddr*>(&address.bytes);
 }
 
-std::string textOf(const HostAddress& address)
+Endpoint endpointOf(const HostAddress& address)
 {
-    char text[NI_MAXHOST] = "?";
-    ::getnameinfo(plain(address), address.size, text, sizeof text, nullptr, 0, NI_NUMERICHOST);
-    return text;
+    char host[NI_MAXHOST] = "";
+    char port[NI_MAXSERV] = "0";
+    ::getnameinfo(plain(address), address.size, host, sizeof host, port, sizeof port,
+                  NI_NUMERICHOST | NI_NUMERICSERV);
+    Endpoint endpoint;
+    endpoint.host = host;
+    endpoint.port = std::atoi(port);
+    return endpoint;
+}
+
+// Known from the first packet on, and no more when the attempt has failed.
+Endpoint localEndOf(int descriptor)
+{
+    HostAddress local;
+    local.size = sizeof local.bytes;
+    if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&local.bytes), &local.size) != 0) {
+        return Endpoint();
+    }
+    const Endpoint end = endpointOf(local);
+    return end.port > 0 ? end : Endpoint();
 }
 
 // The errno of the attempt; on success the socket is in `descriptor`.
 int tryAddress(const HostAddress& address, const Deadline& deadline, int wakeDescriptor,
-               int& descriptor)
+               int& descriptor, Endpoint& local)
 {
     const int opened =
         ::socket(address.bytes.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, IPPROTO_TCP);
@@ -87,6 +105,7 @@ int tryAddress(const HostAddress& address, const Deadline& deadline, int wakeDes
         return errno;
     }
     int error = ::connect(opened, plain(address), address.size) == 0 ? 0 : errno;
+    local = localEndOf(opened);
     if (error == EINPROGRESS || error == EINTR) {
         error = finishConnect(opened, deadline, wakeDescriptor);
     }
@@ -110,13 +129,20 @@ ConnectOutcome tryAll(const std::vector<HostAddress>& addresses, int port, const
         setPort(address, port);
         // One that does not answer must leave time for those behind it.
         const Deadline share(deadline.remainingMs() / left--);
-        const int error = tryAddress(address, share, wakeDescriptor, outcome.descriptor);
+        ConnectAttempt attempt;
+        attempt.peer = endpointOf(address);
+        attempt.began = Clock::now();
+        const int error =
+            tryAddress(address, share, wakeDescriptor, outcome.descriptor, attempt.local);
+        attempt.ended = Clock::now();
+        attempt.error = error;
+        outcome.attempts.push_back(attempt);
         if (error == 0) {
             outcome.problem.clear();
             return outcome;
         }
         outcome.problem += (outcome.problem.empty() ? "" : "; ") +
-                           endpointText(textOf(address), port) + ": " + std::strerror(error);
+                           endpointText(attempt.peer.host, port) + ": " + std::strerror(error);
         outcome.woken = error == ECANCELED;
         if (outcome.woken) {
             return outcome;

@@ -2,9 +2,11 @@
 #ifndef TAVMIR_WIRE_TCP_CONNECT_H
 #define TAVMIR_WIRE_TCP_CONNECT_H
 
+#include "connect_attempt.h"
 #include "name_lookup.h"
 
 #include <string>
+#include <vector>
 
 namespace tavmir
 {
@@ -17,6 +19,8 @@ struct ConnectOutcome {
     // Failed: why. Each address that was tried with its reason, "192.0.2.1:502: Connection
     // refused; [2001:db8::1]:502: Connection timed out", or the name and why it has no address.
     std::string problem;
+    // Each address that was tried, in that order; connected: the last one is the connection.
+    std::vector<ConnectAttempt> attempts;
 };
 
 // host            a name or an address; each of its addresses is tried
