@@ -136,9 +136,12 @@ local function read_names(file)
   if not opened then
     return -- addresses are shown as numbers
   end
-  for line in opened:lines() do
-    name_of_line(line)
-  end
+  -- A folder can be opened, and not be read.
+  pcall(function()
+    for line in opened:lines() do
+      name_of_line(line)
+    end
+  end)
   opened:close()
 end
 
@@ -452,12 +455,13 @@ end
 -- The bytes of the frame that begins at `offset`. What is no header takes the rest with it: where
 -- the next frame begins, nobody can say.
 local function frame_length(tvb, pinfo, offset)
-  if tvb:len() < offset + LENGTH_END then
-    return tvb:len() - offset -- the stream ends in a header
+  local left = tvb:len() - offset
+  if left < LENGTH_END then
+    return left -- the stream ends in a header
   end
   local after = tvb(offset + 4, 2):uint()
-  if tvb(offset + 2, 2):uint() ~= 0 or false then
-    return 6
+  if tvb(offset + 2, 2):uint() ~= 0 or after < 2 or after > MOST_AFTER then
+    return left
   end
   return LENGTH_END + after
 end
@@ -492,7 +496,11 @@ local function dissect_stream(tvb, pinfo, root)
     return 0
   end
   pinfo.cols.info:clear()
-  local is_request = controllers[pinfo.dst_port] or not controllers[pinfo.src_port]
+  local is_request = not controllers[pinfo.src_port]
+  if controllers[pinfo.dst_port] then
+    -- A range may hold the host's port too; the lower one is the controller's then.
+    is_request = is_request or pinfo.dst_port <= pinfo.src_port
+  end
   dissect_tcp_pdus(tvb, root, LENGTH_END, frame_length, dissect_pdu(is_request))
   return tvb:len()
 end

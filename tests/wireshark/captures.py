@@ -4,6 +4,7 @@ import struct
 
 HOST, CONTROLLER = b"\x7f\x00\x00\x02", b"\x7f\x00\x00\x01"
 RAW_IP = 101
+FLAGS = {"fin": 1, "syn": 2, "rst": 4, "ack": 16}
 
 
 class Stream:
@@ -19,11 +20,17 @@ class Stream:
     def reply(self, at, data):
         self.segment(at, data, False)
 
-    def segment(self, at, data, from_host):
+    def control(self, at, from_host, flags):
+        """A segment without data: "syn", "syn ack", "ack", "fin ack" or "rst"."""
+        self.segment(at, b"", from_host, sum(FLAGS[flag] for flag in flags.split()))
+        if "syn" in flags or "fin" in flags:
+            self.sent[from_host] += 1
+
+    def segment(self, at, data, from_host, flags=0x18):
         ports = (self.host_port, self.port) if from_host else (self.port, self.host_port)
         addresses = HOST + CONTROLLER if from_host else CONTROLLER + HOST
         tcp = struct.pack(">HHIIBBHHH", *ports, self.sent[from_host], self.sent[not from_host],
-                          5 << 4, 0x18, 65535, 0, 0) + data
+                          5 << 4, flags, 65535, 0, 0) + data
         ip = struct.pack(">BBHHHBBH", 0x45, 0, 20 + len(tcp), 0, 0, 64, 6, 0) + addresses
         self.sent[from_host] += len(data)
         self.capture.packet(at, ip + tcp)

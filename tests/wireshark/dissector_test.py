@@ -132,10 +132,11 @@ class Dissector(unittest.TestCase):
 
     def test_without_its_names_file_addresses_are_numbers(self):
         self.capture((0, "request", read(0, 102, 100)))
-        _, errors = tshark.run(self.path, preferences=(f"tavmir.names:{self.folder}/none",))
-        self.assertNotIn("Lua", errors)
-        self.assertIn("read words: 100", tshark.words(
-            self.path, preferences=(f"tavmir.names:{self.folder}/none",))[0])
+        for file in (self.folder / "none", self.folder):
+            _, errors = tshark.run(self.path, preferences=(f"tavmir.names:{file}",))
+            self.assertNotIn("Lua", errors)
+            self.assertIn("read words: 100", tshark.words(
+                self.path, preferences=(f"tavmir.names:{file}",))[0])
 
     # Replies beside requests
 
@@ -247,6 +248,15 @@ class Dissector(unittest.TestCase):
         self.assertEqual(self.marks("broken_stream"), [1])
         self.assertEqual(tshark.count(self.path, "tavmir.transaction == 0"), 1)
 
+    def test_a_length_that_no_frame_has_is_marked_at_once_and_only_once(self):
+        for length in (0, 1, 1025, 0x8009):
+            with self.subTest(length):
+                broken = frame(0, 1, 102, 1, b"\0" * 40, length=length)
+                self.capture((0, "reply", broken), (1, "request", read(0, 102, 100)))
+                self.assertEqual(self.marks("broken_stream"), [1])
+                self.assertEqual(tshark.fields(self.path, "tavmir.rest", filter="tavmir.rest"),
+                                 [[broken.hex()]])
+
     def test_other_ports_are_preferences(self):
         self.capture((0, "request", read(0, 102, 100)),
                      (1, "reply", values(0, 102, 2, (100, 7))), port=6001)
@@ -254,6 +264,13 @@ class Dissector(unittest.TestCase):
         ports = ("tavmir.ports:5020,6000-6002",)
         self.assertEqual(tshark.fields(self.path, "tavmir.value", preferences=ports),
                          [[""], ["7"]])
+
+    def test_a_range_may_hold_the_hosts_port_too(self):
+        self.capture((0, "request", read(0, 102, 100)),
+                     (1, "reply", values(0, 102, 2, (100, 7))))
+        every = ("tavmir.ports:1-65535",)
+        self.assertEqual(self.marks("request_in", preferences=every), [2])
+        self.assertEqual(self.marks("unanswered", preferences=every), [])
 
     def test_port_502_is_shared_with_the_built_in_dissector(self):
         modbus = struct.pack(">HHHBBHH", 1, 0, 6, 1, 3, 0, 2)

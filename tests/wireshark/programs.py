@@ -1,0 +1,65 @@
+"""The programs, and captures of what they say to each other on loopback."""
+import json
+import pathlib
+import re
+import signal
+import subprocess
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+PLANT = ROOT / "examples" / "plant.json"
+
+
+class Controller:
+    """The simulated controller on a free port of loopback."""
+
+    def __init__(self, program, *options, project=PLANT):
+        self.process = subprocess.Popen(
+            [program, "--listen", "127.0.0.1:0", "--project", str(project), *options],
+            stdout=subprocess.PIPE, text=True)
+        line = self.process.stdout.readline()
+        self.port = int(re.fullmatch(r"listening on 127\.0\.0\.1:(\d+)\n", line).group(1))
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.end()
+
+    def end(self):
+        if self.process.poll() is None:
+            self.process.send_signal(signal.SIGTERM)
+            self.process.communicate(timeout=30)
+
+
+class Recording:
+    """tcpdump on loopback, of one port. What it drops is looked at in the end."""
+
+    def __init__(self, path, port, *options):
+        self.path, self.dropped = path, 0
+        self.process = subprocess.Popen(
+            ["tcpdump", "-i", "lo", "-U", "--immediate-mode", "-B", "16384", "-w", str(path),
+             *options, f"tcp port {port}"], stderr=subprocess.PIPE, text=True)
+        for line in self.process.stderr:
+            if "listening on" in line:
+                return
+        raise AssertionError("tcpdump does not listen")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        time.sleep(0.3)  # the last packets on their way into the file
+        self.process.send_signal(signal.SIGINT)
+        _, said = self.process.communicate(timeout=30)
+        self.dropped = int(re.search(r"(\d+) packets dropped by kernel", said).group(1))
+
+
+def project_with(folder, **connection):
+    """The example plant, its signals standing still, with other connection settings."""
+    plant = json.loads(PLANT.read_text())
+    plant.pop("signals", None)
+    plant["connection"].update(connection)
+    path = pathlib.Path(folder) / "plant.json"
+    path.write_text(json.dumps(plant))
+    return path
