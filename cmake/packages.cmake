@@ -1,6 +1,7 @@
-# Debian packages, made by cpack: libtavmir-kx-tcp1 (the library), libtavmir-kx-tcp-dev and
-# tavmir-tools, with the debug symbols of each in a package of its own. scripts/make-packages
-# configures and runs it.
+# Debian packages, made by cpack: libtavmir-kx-tcp1 (the library), libtavmir-kx-tcp-dev,
+# libtavmir-kx-tcp1-checked (the library that watches its host), tavmir-tools and tavmir-wireshark,
+# with the debug symbols of each in a package of its own. scripts/make-packages configures and runs
+# it.
 set(TAVMIR_PACKAGE_MAINTAINER "tavmir maintainers <maintainers@tavmir.invalid>"
     CACHE STRING "Maintainer named in the packages, as \"name <address>\"")
 
@@ -8,7 +9,7 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tavmir-kx-tcp)
 set(CPACK_PACKAGE_CONTACT "${TAVMIR_PACKAGE_MAINTAINER}")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime development tools)
+set(CPACK_COMPONENTS_ALL runtime development checked tools wireshark)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${tavmir_package_release})
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -40,11 +41,26 @@ set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "controller driver for operator panels 
 The host interface header, the files for CMake and pkg-config, and a
 manual page for each entry point.")
 
+set(CPACK_DEBIAN_CHECKED_PACKAGE_NAME libtavmir-kx-tcp1-checked)
+set(CPACK_DEBIAN_CHECKED_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_CHECKED_DESCRIPTION "controller driver for operator panels - checks its host
+The same library once more, in a folder of its own: it tells which of its
+duties a host breaks, and what the driver alone would do then.")
+
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tavmir-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "controller driver for operator panels - programs
 A simulated controller, a reference host runtime, and a probe that shows
 whether the driver loads, fits and reaches a controller.")
+
+set(CPACK_DEBIAN_WIRESHARK_PACKAGE_NAME tavmir-wireshark)
+set(CPACK_DEBIAN_WIRESHARK_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_WIRESHARK_PACKAGE_DEPENDS "wireshark | tshark")
+set(CPACK_DEBIAN_WIRESHARK_PACKAGE_SUGGESTS "tavmir-tools")
+set(CPACK_DEBIAN_WIRESHARK_DESCRIPTION "controller driver for operator panels - Wireshark dissector
+Shows the frames between panel and controller in Wireshark and tshark,
+with the names of a project, replies beside their requests, and a mark
+for each thing that is wrong.")
 
 # What the packages need: asked of the linked files, or, where this machine has no package
 # database of the panel's processor, the same list written down. scripts/test-package compares it
@@ -52,12 +68,14 @@ whether the driver loads, fits and reaches a controller.")
 if(CMAKE_CROSSCOMPILING)
   set(base "libgcc-s1 (>= 3.5), libqt5core5a (>= 5.15.1), libstdc++6 (>= 11)")
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.4), ${base}")
+  set(CPACK_DEBIAN_CHECKED_PACKAGE_DEPENDS "libc6 (>= 2.34), ${base}")
   set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libc6 (>= 2.34), ${base}, libqt5network5 (>= 5.0.2)")
   string(APPEND CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
-    ", libncursesw6 (>= 6), libtinfo6 (>= 6), ${same_library}")
+    ", libncursesw6 (>= 6), libtinfo6 (>= 6), libpcap0.8 (>= 1.5.1), libtins4.0, ${same_library}")
 else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+  set(CPACK_DEBIAN_WIRESHARK_PACKAGE_SHLIBDEPS OFF)
   set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${same_library}")
 endif()
 
@@ -68,7 +86,8 @@ execute_process(COMMAND gzip -9nf ${change_log} RESULT_VARIABLE packed)
 if(NOT packed EQUAL 0)
   message(FATAL_ERROR "gzip cannot pack ${change_log}")
 endif()
-foreach(pair runtime:libtavmir-kx-tcp1 development:libtavmir-kx-tcp-dev tools:tavmir-tools)
+foreach(pair runtime:libtavmir-kx-tcp1 development:libtavmir-kx-tcp-dev
+    checked:libtavmir-kx-tcp1-checked tools:tavmir-tools wireshark:tavmir-wireshark)
   string(REPLACE ":" ";" pair ${pair})
   list(GET pair 0 component)
   list(GET pair 1 package)

@@ -23,7 +23,7 @@ CONTROLLER = ["controller_tests", "controller_server_tests", "controller_program
 PROBE = ["probe_tests", "probe_program_tests"]
 # The test programs that see a room, its own first.
 SEEN_BY = {
-    "wire": ["wire_tests", "link_tests", "plan_tests"] + HOST + CONTROLLER + PROBE,
+    "wire": ["wire_tests", "link_tests", "plan_tests", "trace_tests"] + HOST + CONTROLLER + PROBE,
     "project": ["project_tests", "plan_tests", "feed_tests"] + HOST + CONTROLLER,
     "plan": ["plan_tests", "feed_tests"] + HOST,
     "feed": ["feed_tests", "link_tests"] + HOST,
@@ -31,7 +31,11 @@ SEEN_BY = {
     "driver": ["driver_tests"] + HOST,
     "session": HOST,
     "terminal": ["terminal_tests", "host_view_tests"],
-    "host": ["host_parts_tests", "host_view_tests", "host_program_tests"],
+    "trace": ["trace_tests", "host_view_tests", "host_program_tests"],
+    "diagnose": ["diagnose_tests", "diagnose_report_tests"],
+    "host": ["host_parts_tests", "host_view_tests", "diagnose_report_tests", "host_program_tests"],
+    "capture": ["capture_tests", "feed_capture_tests"],
+    "judge": ["judge_tests"] + CONTROLLER,
     "controller": CONTROLLER + ["host_program_tests"],
     "probe": PROBE,
 }

@@ -39,8 +39,14 @@ public:
 
 std::unique_ptr<Client> makeLibmodbusClient();
 std::unique_ptr<Client> makeQtClient(); // needs a QCoreApplication
-// feedIsRead  everything that happens is handed to a reader that folds it, as in a run
-std::unique_ptr<Client> makeDriverClient(bool feedIsRead);
+// Who reads what happens, on a thread of its own.
+enum class FeedUse {
+    none,
+    folded,   // into values, ages and figures, as in a run
+    captured, // the same, and written into a capture
+    traced    // folded, and told in words into a file
+};
+std::unique_ptr<Client> makeDriverClient(FeedUse use);
 std::unique_ptr<Client> makeBareClient();
 
 } // namespace bench

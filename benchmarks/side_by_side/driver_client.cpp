@@ -1,10 +1,14 @@
 // This driver, loaded and driven by the reference host's own communication loop.
+#include "capture/feed_capture_thread.h"
 #include "driver/driver_loader.h"
 #include "feed/line_figures.h"
 #include "feed/value_fold.h"
+#include "host/trace_output.h"
 #include "session/cycle_thread.h"
 #include "side_by_side/client.h"
 #include "support/label_records.h"
+
+#include <QtCore/QTemporaryDir>
 
 #include <cstdio>
 #include <cstdlib>
@@ -105,15 +109,17 @@ private:
 class DriverClient : public Client
 {
 public:
-    explicit DriverClient(bool feedIsRead)
-        : feedIsRead_(feedIsRead), loaded_(LoadedDriver::instance()),
-          state_(loaded_.driver->api(), 0), polled_(state_, false)
+    explicit DriverClient(FeedUse use)
+        : use_(use), loaded_(LoadedDriver::instance()), state_(loaded_.driver->api(), 0),
+          polled_(state_, false)
     {
     }
 
     const char* name() const override
     {
-        return feedIsRead_ ? "this driver, its feed read" : "this driver";
+        static const char* const kNames[] = {"this driver", "this driver, its feed read",
+                                             "this driver, captured", "this driver, traced"};
+        return kNames[static_cast<size_t>(use_)];
     }
 
     void connectTo(int port, Layout layout) override
@@ -123,8 +129,19 @@ public:
         link.host = "127.0.0.1";
         link.port = port;
         cycle_ = std::make_unique<host::CycleThread>(state_, polled_, link);
-        if (feedIsRead_) {
+        if (use_ != FeedUse::none) {
             reader_ = std::make_unique<FoldingReader>(state_.feed);
+        }
+        if (use_ == FeedUse::captured) {
+            capture_ = std::make_unique<capture::FeedCaptureThread>(state_.feed, captureFiles());
+        }
+        if (use_ == FeedUse::traced) {
+            trace_ = std::make_unique<host::TraceOutput>(traceOptions(), project::ElementNames());
+            const QString problem = trace_->open();
+            if (!problem.isEmpty()) {
+                fail(qPrintable(problem));
+            }
+            trace_->start(state_.feed);
         }
     }
 
@@ -146,6 +163,8 @@ public:
 
     void disconnect() override
     {
+        capture_.reset();
+        trace_.reset();
         reader_.reset();
         cycle_.reset();
     }
@@ -175,19 +194,52 @@ private:
         state_.feed.publish(entry);
     }
 
-    const bool feedIsRead_;
+    // A ring in the folder for temporary files, as a host has one that runs for months.
+    std::unique_ptr<capture::CaptureFiles> captureFiles()
+    {
+        if (!folder_.isValid()) {
+            fail("no temporary folder");
+        }
+        capture::CaptureOptions options;
+        options.file = folder_.filePath("bench.pcapng").toStdString();
+        options.limitBytes = 64 << 20;
+        auto files = std::make_unique<capture::CaptureFiles>(
+            options, capture::originHere("bench", "side by side"),
+            [](const std::string& problem) { fail(problem.c_str()); });
+        const std::string problem = files->open();
+        if (!problem.empty()) {
+            fail(problem.c_str());
+        }
+        return files;
+    }
+
+    host::TraceOptions traceOptions() const
+    {
+        if (!folder_.isValid()) {
+            fail("no temporary folder");
+        }
+        host::TraceOptions options;
+        options.isOn = true;
+        options.file = folder_.filePath("trace.txt");
+        return options;
+    }
+
+    const FeedUse use_;
+    QTemporaryDir folder_;
     LoadedDriver& loaded_;
     host::SessionState state_;
     host::SearchedList polled_; // nothing is refused here
     std::unique_ptr<host::CycleThread> cycle_;
     std::unique_ptr<FoldingReader> reader_;
+    std::unique_ptr<capture::FeedCaptureThread> capture_;
+    std::unique_ptr<host::TraceOutput> trace_;
 };
 
 } // namespace
 
-std::unique_ptr<Client> makeDriverClient(bool feedIsRead)
+std::unique_ptr<Client> makeDriverClient(FeedUse use)
 {
-    return std::make_unique<DriverClient>(feedIsRead);
+    return std::make_unique<DriverClient>(use);
 }
 
 } // namespace bench

@@ -71,8 +71,12 @@ int main(int argc, char** argv)
                                     Responder(kDelaysMs[2])};
     QCoreApplication application(argc, argv);
     discardMessages();
-    const std::unique_ptr<Client> clients[] = {makeLibmodbusClient(), makeQtClient(),
-                                               makeDriverClient(false), makeDriverClient(true),
+    const std::unique_ptr<Client> clients[] = {makeLibmodbusClient(),
+                                               makeQtClient(),
+                                               makeDriverClient(FeedUse::none),
+                                               makeDriverClient(FeedUse::folded),
+                                               makeDriverClient(FeedUse::captured),
+                                               makeDriverClient(FeedUse::traced),
                                                makeBareClient()};
     for (int round = 0; round < rounds; ++round) {
         for (size_t delay = 0; delay < 3 && kDelaysMs[delay] <= longestDelayMs; ++delay) {

@@ -126,10 +126,11 @@ struct EXTENDVAR {
 //   entry      of a read request: the element's address, 4 bytes; of a write request and of the
 //              answer to a read: these and 1, 2 or 4 bytes of value; the answer to a write has none
 //
-// An answer belongs to the request when its bytes 0 to 3, 6 and 7 are those of the request; the
-// host compares them before it hands the answer to `DataCom`, and goes on waiting when they
-// differ. A function with its top bit set besides is a refusal, with its reason in byte 8: hand
-// over 0 bytes.
+// An answer belongs to the request when its bytes 0 to 3 and 6 to 8 are those of the request, its
+// bytes 4 and 5 count what follows them, and the entries of the answer to a read have the addresses
+// asked for, in their order; the host compares them before it hands the answer to `DataCom`, and
+// goes on waiting when they differ. A refusal has the function with its top bit set besides, and
+// its reason in byte 8: hand over 0 bytes.
 struct Protocol {
     QByteArray frame;       // the bytes to send, exactly
     qint32 frameLength;     // bytes in `frame`
@@ -319,7 +320,7 @@ TAVMIR_KX_TCP_EXPORT void FlashLocalRegister(void* lb, void* lw, void* rwi) TAVM
 // is parsed; below a structure variable it resolves to data type 0 instead, which
 // `ReCreatReadVarList` takes as a type that cannot be polled.
 // Thread: any, while no other thread is inside a call that parses addresses
-// (`AddListOnceReadVar`, `ReCreatReadVarList`, `GetRegisterData`, `SetRegisterData`).
+// (`AddListOnceReadVar`, `ReCreatReadVarList`, `GetRegisterData`, `SetRegisterData`) or this one.
 // Locks: none.
 TAVMIR_KX_TCP_EXPORT void PassVarName_2(QList<Label_Type_Info>* labels) TAVMIR_KX_TCP_NOTHROW;
 
@@ -456,7 +457,7 @@ TAVMIR_KX_TCP_EXPORT bool Ethernetcontains(int station) TAVMIR_KX_TCP_NOTHROW;
 
 // A message handler of Qt 4's shape that appends each message with a time stamp to
 // "/tmp/debug.log"; the host may install it (the driver never does). A line that cannot be
-// written is lost silently.
+// written is lost silently. A host that installed it takes it out before the library is unloaded.
 //   type  not looked at
 //   msg   in the locale's encoding; null counts as empty
 // Thread: any; takes no lock. Lines of several threads may interleave.

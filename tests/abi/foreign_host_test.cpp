@@ -1,6 +1,7 @@
 // A host with declarations of its own loads the driver, runs it through a whole cycle and unloads
 // it, once with a look at every byte, and a thousand times with a look at what stays behind.
 #include "abi/foreign_host.h"
+#include "support/driver_file.h"
 #include "support/qt_compat.h"
 
 #include <QtCore/QDir>
@@ -101,7 +102,7 @@ protected:
 
     void load()
     {
-        library = dlopen(TAVMIR_DRIVER_FILE, RTLD_NOW | RTLD_LOCAL);
+        library = dlopen(tavmir::test::driverFile(TAVMIR_DRIVER_FILE), RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library, nullptr) << dlerror();
         driver = Driver();
         ASSERT_EQ(lookUp(library, driver).toStdString(), "");
@@ -110,7 +111,8 @@ protected:
     void unload()
     {
         ASSERT_EQ(dlclose(library), 0);
-        ASSERT_EQ(dlopen(TAVMIR_DRIVER_FILE, RTLD_NOW | RTLD_NOLOAD), nullptr);
+        ASSERT_EQ(dlopen(tavmir::test::driverFile(TAVMIR_DRIVER_FILE), RTLD_NOW | RTLD_NOLOAD),
+                  nullptr);
     }
 
     void setUpLink()

@@ -30,6 +30,7 @@ TEST(Options, WithoutAnyTheControllerListensOnLoopbackOnly)
     EXPECT_EQ(line.options.port, 5020);
     EXPECT_EQ(line.options.projectFile, QString());
     EXPECT_FALSE(line.options.trace);
+    EXPECT_EQ(line.options.capture.file, "");
     EXPECT_TRUE(line.options.faults.empty());
     EXPECT_EQ(line.options.seed, 1u);
     EXPECT_TRUE(line.options.refused.empty());
@@ -73,6 +74,29 @@ TEST(Options, TakesWhatIsServed)
     EXPECT_TRUE(line.options.admission.silentForOthers);
     EXPECT_EQ(line.options.admission.mostRequestsPerSecond, 50);
     EXPECT_TRUE(line.options.admission.delaysAboveRate);
+}
+
+TEST(Options, ACaptureIsOneFileOrARing)
+{
+    EXPECT_EQ(parse({"--capture", "l.pcapng"}).options.capture.file, "l.pcapng");
+    EXPECT_EQ(parse({"--capture", "l.pcapng"}).options.capture.limitBytes, 0u);
+    const CommandLine ring =
+        parse({"--capture", "l", "--capture-limit", "3", "--capture-files", "7"});
+    EXPECT_EQ(ring.problem, QString());
+    EXPECT_EQ(ring.options.capture.limitBytes, 3u << 20);
+    EXPECT_EQ(ring.options.capture.files, 7);
+    EXPECT_EQ(parse({"--capture", "l", "--capture-limit", "3"}).options.capture.files, 4);
+    EXPECT_EQ(problemOf({"--capture", ""}), "--capture: the capture's file is missing");
+    EXPECT_EQ(problemOf({"--capture-limit", "3"}),
+              "--capture-limit: the capture's file is missing");
+    EXPECT_EQ(problemOf({"--capture", "l", "--capture-files", "3"}),
+              "--capture-files: divides a limit, so --capture-limit is needed");
+    EXPECT_EQ(problemOf({"--capture", "l", "--capture-limit", "x"}),
+              "--capture-limit: \"x\" is not a whole number from 1 to 1048576");
+    EXPECT_EQ(problemOf({"--capture", "l", "--capture-limit", "3", "--capture-files", "1"}),
+              "--capture-files: a capture has 2 to 1000 files");
+    EXPECT_EQ(problemOf({"--capture", "l", "--capture-limit", "1", "--capture-files", "9"}),
+              "--capture-files: the limit is too small for so many files: each needs 128 KiB");
 }
 
 TEST(Options, SaysItsVersion)
@@ -146,4 +170,25 @@ TEST(Options, BadEndpointsAreRefused)
         quint16 port = 0;
         EXPECT_FALSE(parseEndpoint(text, &address, &port)) << text;
     }
+}
+
+TEST(Options, JudgesAHostByAScript)
+{
+    const CommandLine line = parse({"--check-host", "a.script", "--json", "report.json"});
+    EXPECT_EQ(line.problem, QString());
+    EXPECT_EQ(line.options.checkScript, "a.script");
+    EXPECT_EQ(line.options.reportFile, "report.json");
+    EXPECT_EQ(parse({}).options.checkScript, QString());
+}
+
+TEST(Options, WhatIsPlayedToAJudgedHostOnlyItsScriptSays)
+{
+    EXPECT_EQ(problemOf({"--check-host", ""}), "--check-host: a file name is missing");
+    EXPECT_EQ(problemOf({"--check-host", "s", "--json", ""}), "--json: a file name is missing");
+    EXPECT_EQ(problemOf({"--json", "r"}),
+              "--json: only the verdicts of --check-host are printed so");
+    EXPECT_EQ(problemOf({"--check-host", "s", "--fault", "drop@1"}),
+              "--fault: what is played to a host that is judged, its script says");
+    EXPECT_EQ(problemOf({"--check-host", "s", "--max-rate", "5"}),
+              "--max-rate: what is played to a host that is judged, its script says");
 }

@@ -238,6 +238,49 @@ TEST(ControllerProgram, AnAddressToRefuseThatIsNoneIsStatus2)
     }
 }
 
+TEST(ControllerProgram, ABadScriptIsStatus2AndSaysItsLine)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.writeFile("bad.script", "calm for=1s\nlate twice\n");
+    const ProcessResult result =
+        run({"--listen", "127.0.0.1:0", "--check-host", QString::fromStdString(file)});
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_EQ(result.output, QString());
+    EXPECT_TRUE(result.errors.startsWith(
+        QString("tavmir-controller: %1:2: \"twice\" is nothing that \"late\" takes: ")
+            .arg(QString::fromStdString(file))))
+        << result.errors.toStdString();
+    const ProcessResult missing = run({"--check-host", "/nowhere/a.script"});
+    EXPECT_EQ(missing.exitStatus, 2);
+    EXPECT_TRUE(missing.errors.startsWith("tavmir-controller: /nowhere/a.script: "));
+}
+
+TEST(ControllerProgram, NobodyCanBeJudgedWhereNobodyCanListen)
+{
+    const TemporaryFolder folder;
+    const QString file = QString::fromStdString(folder.writeFile("one.script", "calm\n"));
+    const ProcessResult result = run({"--listen", "192.0.2.77:0", "--check-host", file});
+    EXPECT_EQ(result.exitStatus, 3);
+}
+
+TEST(ControllerProgram, AJudgementThatIsInterruptedIsNotFinished)
+{
+    const TemporaryFolder folder;
+    const QString file = QString::fromStdString(folder.writeFile("one.script", "calm\n"));
+    Running controller({"--check-host", file});
+    ASSERT_NE(controller.port(), 0);
+    TestClient client;
+    ASSERT_TRUE(client.connectTo(controller.port()));
+    EXPECT_EQ(client.exchange(readFrame(1, 1, 102, {16}), 15).size(), 15);
+    EXPECT_EQ(client.exchange(readFrame(2, 1, 102, {16}), 15).size(), 15);
+    EXPECT_EQ(controller.stopWith(SIGTERM), 3);
+    const QString output = controller.output();
+    EXPECT_TRUE(output.contains("frame-header          kept        2 times\n"))
+        << output.toStdString();
+    EXPECT_TRUE(output.contains("result: not finished (")) << output.toStdString();
+    EXPECT_TRUE(controller.errors().contains("tavmir-controller: [1/1] calm\n"));
+}
+
 TEST(ControllerProgram, PrintsItsVersion)
 {
     const ProcessResult result = run({"--version"});

@@ -1,6 +1,7 @@
 // Loading and unloading the library as a host does. This program is not linked against it.
 #include "support/diagnostic_capture.h"
 #include "support/diagnostic_line.h"
+#include "support/driver_file.h"
 #include "support/qt_printers.h"
 
 #include <dlfcn.h>
@@ -16,7 +17,7 @@ class LibraryLoad : public ::testing::Test
 protected:
     void* load()
     {
-        void* library = dlopen(TAVMIR_DRIVER_FILE, RTLD_NOW | RTLD_LOCAL);
+        void* library = dlopen(tavmir::test::driverFile(TAVMIR_DRIVER_FILE), RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr) {
             ADD_FAILURE() << dlerror();
         }
@@ -57,7 +58,8 @@ TEST_F(LibraryLoad, UnloadingReallyRemovesItAndLoadingAgainStartsAfresh)
         flash(&round, nullptr, nullptr);
         EXPECT_EQ(*lb, &round);
         EXPECT_EQ(dlclose(library), 0);
-        EXPECT_EQ(dlopen(TAVMIR_DRIVER_FILE, RTLD_NOW | RTLD_NOLOAD), nullptr);
+        EXPECT_EQ(dlopen(tavmir::test::driverFile(TAVMIR_DRIVER_FILE), RTLD_NOW | RTLD_NOLOAD),
+                  nullptr);
     }
 }
 

@@ -2,6 +2,7 @@
 #include "driver/request_lists.h"
 
 #include "driver/driver_loader.h"
+#include "support/driver_file.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +19,7 @@ using Keys = std::vector<int>;
 class RequestLists : public testing::Test
 {
 protected:
-    RequestLists() : driver_(Driver::load(TAVMIR_DRIVER, problems_)) {}
+    RequestLists() : driver_(Driver::load(test::driverFile(TAVMIR_DRIVER), problems_)) {}
 
     void SetUp() override { ASSERT_TRUE(driver_) << problems_.join('\n').toStdString(); }
 

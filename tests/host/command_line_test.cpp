@@ -15,7 +15,7 @@ const CommandDescription kAll = {"all",
                                  "[ADDRESS...]",
                                  "Everything.",
                                  kOutputOption | kFormatOption | kTimeoutOption | kRunOptions |
-                                     kWriteOptions,
+                                     kWriteOptions | kNamesOption | kTraceOption | kCaptureOptions,
                                  0,
                                  2};
 
@@ -25,6 +25,37 @@ std::string problem(const QStringList& arguments)
 }
 
 } // namespace
+
+TEST(CommandLines, ACaptureIsOneFileOrARing)
+{
+    const auto capture = [](const QStringList& options) {
+        const CommandLine line =
+            parseCommandLine(kAll, QStringList{"host", "p.json"} + options).line;
+        return QString("%1 %2 %3")
+            .arg(QString::fromStdString(line.capture.file))
+            .arg(line.capture.limitBytes)
+            .arg(line.capture.files)
+            .toStdString();
+    };
+    EXPECT_EQ(" 0 4", capture({}));
+    EXPECT_EQ("l.pcapng 0 4", capture({"--capture", "l.pcapng"}));
+    EXPECT_EQ("l 3145728 4", capture({"--capture", "l", "--capture-limit", "3"}));
+    EXPECT_EQ("l 3145728 7",
+              capture({"--capture", "l", "--capture-limit", "3", "--capture-files", "7"}));
+    EXPECT_EQ("--capture: the capture's file is missing", problem({"p.json", "--capture", ""}));
+    EXPECT_EQ("--capture-limit: the capture's file is missing",
+              problem({"p.json", "--capture-limit", "3"}));
+    EXPECT_EQ("--capture-files: divides a limit, so --capture-limit is needed",
+              problem({"p.json", "--capture", "l", "--capture-files", "3"}));
+    EXPECT_EQ("--capture-limit 0: must be a whole number from 1 to 1048576",
+              problem({"p.json", "--capture", "l", "--capture-limit", "0"}));
+    EXPECT_EQ(
+        "--capture-files 1: must be a whole number from 2 to 1000",
+        problem({"p.json", "--capture", "l", "--capture-limit", "3", "--capture-files", "1"}));
+    EXPECT_EQ(
+        "--capture-files: the limit is too small for so many files: each needs 128 KiB",
+        problem({"p.json", "--capture", "l", "--capture-limit", "1", "--capture-files", "9"}));
+}
 
 TEST(CommandLines, OptionsAreTaken)
 {
@@ -52,6 +83,44 @@ TEST(CommandLines, OptionsAreTaken)
     EXPECT_TRUE(line.commandsFromInput);
     EXPECT_TRUE(line.driverLog);
     EXPECT_EQ("d.so", line.driverFile.toStdString());
+}
+
+TEST(CommandLines, TheTraceGoesWhereItIsWanted)
+{
+    const auto trace = [](const QStringList& options) {
+        const ParsedCommandLine parsed =
+            parseCommandLine(kAll, QStringList{"host", "p.json"} + options);
+        EXPECT_EQ("", parsed.problem.toStdString());
+        const TraceOptions its = parsed.line.trace;
+        return QString("%1 %2 %3").arg(its.isOn).arg(its.withBytes).arg(its.file).toStdString();
+    };
+    EXPECT_EQ("0 0 ", trace({}));
+    EXPECT_EQ("1 0 ", trace({"--trace"}));
+    EXPECT_EQ("1 0 ", trace({"--trace", "A.b"})) << "what follows is an address";
+    EXPECT_EQ("1 0 t.txt", trace({"--trace=t.txt"}));
+    EXPECT_EQ("1 1 ", trace({"--trace=hex"}));
+    EXPECT_EQ("1 1 t.txt", trace({"--trace=hex:t.txt"}));
+    EXPECT_EQ("1 0 ./hex", trace({"--trace=./hex"}));
+    EXPECT_EQ("1 0 hexagon", trace({"--trace=hexagon"}));
+    EXPECT_EQ("0 0 ", trace({"--", "--trace"})) << "an address";
+    EXPECT_EQ("--trace=hex:: a file name is missing", problem({"p.json", "--trace=hex:"}));
+    EXPECT_EQ("--trace: given twice; --trace=hex:FILE writes bytes into a file",
+              problem({"p.json", "--trace=hex", "--trace=t.txt"}));
+}
+
+TEST(CommandLines, ATraceTakesNobodysFile)
+{
+    EXPECT_EQ("--trace=p.json: this is the project file", problem({"p.json", "--trace=p.json"}));
+    EXPECT_EQ("--trace=./a: this is the capture's file",
+              problem({"p.json", "--trace=./a", "--capture", "a"}));
+    EXPECT_EQ("", problem({"p.json", "--trace=b", "--capture", "a"}));
+}
+
+TEST(CommandLines, NamesAreThoseOfAllVariables)
+{
+    EXPECT_TRUE(parseCommandLine(kAll, {"host", "p.json", "--names"}).line.names);
+    EXPECT_EQ("--names: names all variables of the project, so it takes no address",
+              problem({"p.json", "--names", "A.b"}));
 }
 
 TEST(CommandLines, DefaultsLeaveTheProjectAlone)
@@ -128,6 +197,7 @@ TEST(CommandLines, HelpAndVersionAreAnsweredFirst)
     char* arguments[] = {program, nullptr};
     const QCoreApplication application(argumentCount, arguments);
     EXPECT_TRUE(parseCommandLine(kAll, {"host", "--help"}).help.contains("--connect"));
+    EXPECT_TRUE(parseCommandLine(kAll, {"host", "--help"}).help.contains("--trace[=FILE] "));
     EXPECT_TRUE(parseCommandLine(kAll, {"host", "--version"}).help.startsWith("tavmir-host "));
 }
 

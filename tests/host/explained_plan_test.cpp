@@ -43,6 +43,24 @@ TEST_F(Explained, DoubleWordsAndRealsShareRequests)
     EXPECT_FALSE(result.output.contains("hint: "));
 }
 
+TEST_F(Explained, NamesNeedNoDriver)
+{
+    const auto result = explain({TAVMIR_EXAMPLE_PROJECT, "--names", "--driver", "/nowhere.so"});
+    EXPECT_EQ(0, result.exitStatus) << result.errors.toStdString();
+    EXPECT_TRUE(result.output.contains("\ndword\t5000\t*\tfloat\tMain.Temp\n"))
+        << result.output.toStdString();
+}
+
+TEST_F(Explained, WhatCannotBePrintedIsAFailure)
+{
+    const auto result =
+        test::runProcess("/bin/sh", {"-c", R"("$0" explain "$1" --names >/dev/full)",
+                                     TAVMIR_HOST_PROGRAM, TAVMIR_EXAMPLE_PROJECT});
+    EXPECT_EQ(1, result.exitStatus);
+    EXPECT_EQ("tavmir-host: standard output cannot be written: No space left on device\n",
+              result.errors.toStdString());
+}
+
 TEST_F(Explained, ARequestThatWrapsAroundCountsForTheNextPassToo)
 {
     const QStringList lines = planOf(R"({ "labels": [ { "name": "L", "variables": [

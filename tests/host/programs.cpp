@@ -68,6 +68,11 @@ bool Program::showsError(const QString& text)
     return readUntil([&] { return errors_.contains(text); });
 }
 
+bool Program::showsErrors(const std::function<bool(const QString&)>& wanted)
+{
+    return readUntil([&] { return wanted(errors_); });
+}
+
 bool Program::showsNewError(const QString& text)
 {
     const int known = errors_.size();

@@ -22,6 +22,7 @@ public:
     // Reads until the text so far holds what is wanted, or the program ends; false: it never did.
     bool showsOutput(const std::function<bool(const QString&)>& wanted);
     bool showsError(const QString& text);
+    bool showsErrors(const std::function<bool(const QString&)>& wanted);
     // The same of what it says from now on.
     bool showsNewError(const QString& text);
 

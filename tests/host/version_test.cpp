@@ -12,7 +12,7 @@ TEST(HostVersion, IsSaidByTheProgramAndByEachCommand)
     for (const QStringList& arguments :
          {QStringList{"--version"}, QStringList{"-v"}, QStringList{"run", "--version"},
           QStringList{"read", "--version"}, QStringList{"write", "--version"},
-          QStringList{"explain", "--version"}}) {
+          QStringList{"explain", "--version"}, QStringList{"diagnose", "--version"}}) {
         const auto result = test::runProcess(program, arguments);
         EXPECT_EQ(0, result.exitStatus) << arguments.join(' ').toStdString();
         EXPECT_EQ("tavmir-host " TAVMIR_VERSION "\n", result.output.toStdString());

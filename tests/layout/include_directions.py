@@ -21,13 +21,20 @@ MAY_KNOW = {
     "driver": ["wire", "project", "plan", "feed"],
     "session": ["wire", "project", "plan", "feed", "link", "driver"],
     "terminal": ["feed"],
-    "host": ["wire", "project", "plan", "feed", "link", "driver", "session", "terminal"],
-    "controller": ["wire", "project"],
-    "probe": ["wire"],
+    "capture": ["wire"],
+    "capture/feed_": ["wire", "project", "plan", "feed", "capture"],
+    "trace": ["wire", "project", "plan", "feed"],
+    "diagnose": ["wire"],
+    "host": ["wire", "project", "plan", "feed", "link", "driver", "session", "terminal", "trace",
+             "capture", "capture/feed_", "diagnose"],
+    "judge": ["wire"],
+    "controller": ["wire", "project", "capture", "judge"],
+    "probe": ["wire", "capture"],
 }
 # The only rooms in which these may be included.
-ONLY_IN = {"QtNetwork/": ["controller"], "curses.h": ["terminal"], "term.h": ["terminal"]}
-NO_QT = ["wire"]
+ONLY_IN = {"QtNetwork/": ["controller"], "curses.h": ["terminal"], "term.h": ["terminal"],
+           "pcap/": ["diagnose"], "tins/": ["diagnose"]}
+NO_QT = ["wire", "capture", "diagnose", "judge"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
@@ -36,7 +43,13 @@ def includes_of(file):
     return [(quote == '"', name) for quote, name in INCLUDE.findall(file.read_text())]
 
 
+def part_of(room, name):
+    """The room, or that part of it whose files begin with a name of their own."""
+    return next((part for part in MAY_KNOW if "/" in part and f"{room}/{name}".startswith(part)), room)
+
+
 def check_room(root, file, room, problems):
+    room = part_of(room, file.name)
     for own, name in includes_of(file):
         place = f"{file.relative_to(root)}: includes {name}"
         for prefix, rooms in ONLY_IN.items():
@@ -44,7 +57,8 @@ def check_room(root, file, room, problems):
                 problems.append(f"{place}, which only {', '.join(rooms)} may know")
         if not own and name.startswith("Qt") and room in NO_QT:
             problems.append(f"{place}: {room} does without Qt")
-        folder = name.split("/")[0] if "/" in name else room
+        folder = name.split("/")[0] if "/" in name else file.parent.name
+        folder = part_of(folder, name.split("/")[-1])
         if not own or folder in (room, "tavmir_kx_tcp"):
             continue
         if folder not in MAY_KNOW[room]:

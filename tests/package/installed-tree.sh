@@ -27,6 +27,11 @@ if ! grep -qxF "library    $(realpath "$library")" <<<"$said" || ! grep -qx OK <
   exit 1
 fi
 
+# A page leads to nothing that is not installed beside it.
+while IFS=: read -r page link; do
+  [ -e "$(dirname "$page")/$link" ] || { echo "$page leads to no $link" >&2; exit 1; }
+done < <(grep -roP --include='*.md' '\]\(\K[^)#:]+(?=[)#])' "$work/tree/share/doc")
+
 check() { # check PROGRAM: it must run one poll
   local said
   # shellcheck disable=SC2086 # the emulator and its options are several words

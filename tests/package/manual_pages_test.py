@@ -19,7 +19,7 @@ SECTIONS = {
 }
 
 # Sections that only some pages have, behind OPTIONS.
-SOME = ["JSON", "ENVIRONMENT"]
+SOME = ["JUDGING A HOST", "JSON", "ENVIRONMENT"]
 
 
 def pages():

@@ -6,7 +6,8 @@ set -euo pipefail
 processor=$1
 folder=$(realpath "$2")
 cd "$(dirname "$0")/../.."
-packages=(libtavmir-kx-tcp1 libtavmir-kx-tcp-dev tavmir-tools)
+packages=(libtavmir-kx-tcp1 libtavmir-kx-tcp-dev libtavmir-kx-tcp1-checked tavmir-tools
+  tavmir-wireshark)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -47,20 +48,23 @@ brings() { # brings SONAME: the package
   libQt5Network.so.5) echo libqt5network5 ;;
   libncursesw.so.6) echo libncursesw6 ;;
   libtinfo.so.6) echo libtinfo6 ;;
+  libpcap.so.0.8) echo libpcap0.8 ;;
+  libtins.so.4.0) echo libtins4.0 ;;
   libstdc++.so.6) echo libstdc++6 ;;
   libgcc_s.so.1) echo libgcc-s1 ;;
   libc.so.6 | libm.so.6 | ld-linux*) echo libc6 ;;
   *) fail "unknown library $1" ;;
   esac
 }
-for package in libtavmir-kx-tcp1 tavmir-tools; do
+for package in libtavmir-kx-tcp1 libtavmir-kx-tcp1-checked tavmir-tools; do
   dpkg-deb -x "$(file_of $package)" "$work/$package"
   depends=$(dpkg-deb -f "$(file_of $package)" Depends)
   while read -r file; do
     readelf -SW "$file" | grep -qE ' \.(symtab|debug_info) ' && fail "not stripped: $file"
     readelf -dW "$file" | grep -qE '\((RPATH|RUNPATH)\)' && fail "run path: $file"
     for library in $(readelf -dW "$file" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
-      grep -qF "$(brings "$library") (" <<<"$depends" || fail "$package does not depend on $library's"
+      grep -qE "(^|, )$(brings "$library" | sed 's/[.+]/\\&/g')( |,|$)" <<<"$depends" ||
+        fail "$package does not depend on $library's"
     done
     asked=$(readelf -VW "$file" | sed -n 's/.*Name: GLIBC_\([0-9.]*\) .*/\1/p' | sort -V | tail -1)
     promised=$(sed -n 's/.*libc6 (>= \([0-9.]*\)).*/\1/p' <<<"$depends")
@@ -71,12 +75,14 @@ done
 version=$(dpkg-deb -f "$(file_of libtavmir-kx-tcp1)" Version)
 library=usr/lib/$triplet/libtavmir_kx_tcp.so.${version%-*}
 tests/abi/linked-file.sh readelf "$work/libtavmir-kx-tcp1/$library"
+checked=usr/lib/$triplet/tavmir/checked/libtavmir_kx_tcp.so.1
+tests/abi/linked-file.sh readelf "$work/libtavmir-kx-tcp1-checked/$checked"
 for program in tavmir-controller tavmir-host tavmir-probe; do
   tests/abi/linked-program.sh readelf "$work/tavmir-tools/usr/bin/$program"
 done
 
 echo "-- debug symbols, apart"
-for package in libtavmir-kx-tcp1 tavmir-tools; do
+for package in libtavmir-kx-tcp1 libtavmir-kx-tcp1-checked tavmir-tools; do
   symbols=("$folder/$package-dbgsym"_*.ddeb)
   [ -f "${symbols[0]}" ] || fail "no debug symbols of $package"
   dpkg-deb -x "${symbols[0]}" "$work/symbols"
@@ -102,8 +108,11 @@ for package in "${packages[@]}"; do
     fail "$package: copyright"
 done
 
-for document in libtavmir-kx-tcp-dev/panel.md libtavmir-kx-tcp-dev/binary-interface.md \
-  tavmir-tools/project-file.md tavmir-tools/examples/plant.json; do
+for document in libtavmir-kx-tcp-dev/{panel,binary-interface,host-duties,integration,protocol}.md \
+  libtavmir-kx-tcp-dev/examples/minimal-host/{minimal_host.cpp,CMakeLists.txt,README.md} \
+  libtavmir-kx-tcp1-checked/host-duties.md tavmir-wireshark/wireshark.md \
+  tavmir-tools/{project-file,check-host,protocol}.md tavmir-tools/examples/plant.json \
+  tavmir-tools/examples/check-host/standard.script; do
   [ -s "$root/usr/share/doc/$document" ] || fail "no document $document"
 done
 
@@ -111,11 +120,28 @@ done
 "${run[@]}" TZ=UTC "$root/usr/bin/tavmir-probe" >"$work/probe" 2>/dev/null ||
   { cat "$work/probe" >&2; fail "the installed probe failed"; }
 grep -qx "library    $root/$library" "$work/probe" || fail "the probe loaded another library"
+# The checked library is one file, which any host can be given.
+"${run[@]}" TZ=UTC "$root/usr/bin/tavmir-probe" --library "$root/$checked" >"$work/probe" 2>/dev/null ||
+  { cat "$work/probe" >&2; fail "the probe does not take the checked library"; }
 search=LD_LIBRARY_PATH=$root/usr/lib/$triplet
 for program in tavmir-controller tavmir-host; do
   "${run[@]}" "$search" "$root/usr/bin/$program" --help >"$work/help" 2>&1 || fail "$program --help"
   grep -q Usage "$work/help" || fail "$program --help says nothing"
 done
+
+echo "-- the dissector is where tshark looks for it"
+plugins=usr/lib/$triplet/wireshark/plugins
+if [ "$processor" = amd64 ]; then
+  looks=$(tshark -G folders 2>/dev/null | sed -n 's/^Global Lua Plugins:[[:space:]]*//p')
+  [ "$looks" = "/$plugins" ] || fail "tshark looks for scripts in $looks"
+  # What is not installed on this machine it takes from the user's own folder.
+  mkdir -p "$work/home/.local/lib/wireshark"
+  cp -r "$root/$plugins" "$work/home/.local/lib/wireshark/"
+  HOME=$work/home tshark -G protocols >"$work/protocols" 2>/dev/null
+  cut -f3 "$work/protocols" | grep -qx tavmir || fail "tshark does not know the protocol"
+else
+  [ -s "$root/$plugins/tavmir.lua" ] || fail "no dissector"
+fi
 
 echo "-- manual pages"
 for page in "$root"/usr/share/man/man*/*.gz; do

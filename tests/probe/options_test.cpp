@@ -48,6 +48,17 @@ TEST(ProbeOptions, AReadIsTakenApart)
     EXPECT_TRUE(parsed.options.records);
 }
 
+TEST(ProbeOptions, ACaptureIsOfARead)
+{
+    const Parsed parsed =
+        parse({"--connect", "h:1", "--read", "word:0", "--capture", "line.pcapng"});
+    EXPECT_EQ(parsed.error, "");
+    EXPECT_EQ(parsed.options.capture, "line.pcapng");
+    EXPECT_EQ(parse({"--capture", "line.pcapng"}).error,
+              "--capture has nothing to show without --read");
+    EXPECT_EQ(parse({"--capture", ""}).error, "--capture wants a file");
+}
+
 TEST(ProbeOptions, TypesHaveNamesAndNumbers)
 {
     const struct {

@@ -17,14 +17,15 @@ TEST(PlainSocket, AConnectionThatIsClosedIsNotWaitedFor)
         tavmir::wire::Endpoint place;
         place.host = "127.0.0.1";
         place.port = listener.port();
-        ASSERT_EQ("", socket.connectTo(place, 20000));
+        std::vector<tavmir::wire::ConnectAttempt> attempts;
+        ASSERT_EQ("", socket.connectTo(place, 20000, attempts));
         const int accepted = listener.accept();
         ASSERT_EQ(3, ::send(accepted, "abc", 3, MSG_NOSIGNAL));
         ::close(accepted);
     }
     QByteArray bytes;
     EXPECT_EQ("receive: the controller closed the connection", socket.receive(bytes, 6, 20000));
-    EXPECT_EQ("abc", bytes.toStdString());
+    EXPECT_STREQ("abc", bytes.constData());
 }
 
 } // namespace

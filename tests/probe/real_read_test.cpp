@@ -2,6 +2,7 @@
 #include "probe/scripted_controller.h"
 #include "real_read.h"
 #include "support/diagnostic_capture.h"
+#include "support/driver_file.h"
 #include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -28,18 +29,19 @@ protected:
     std::string read(Answer answer)
     {
         DriverLibrary library;
-        const std::string error = library.load(TAVMIR_DRIVER_FILE);
+        const std::string error = library.load(tavmir::test::driverFile(TAVMIR_DRIVER_FILE));
         if (!error.empty()) {
             return error;
         }
         ScriptedController controller(answer);
         options.controller.port = controller.port();
-        const std::string outcome = readValues(library.calls(), options, values);
+        const std::string outcome = readValues(library.calls(), options, capture, values);
         requests = controller.requests();
         return outcome;
     }
 
     Options options;
+    ProbeCapture capture;
     std::vector<unsigned int> values;
     std::vector<QByteArray> requests;
     DiagnosticCapture quiet;
@@ -138,12 +140,12 @@ TEST_F(RealRead, GivesUpWhenNothingComes)
 TEST_F(RealRead, SaysThatNobodyListens)
 {
     DriverLibrary library;
-    ASSERT_EQ(library.load(TAVMIR_DRIVER_FILE), "");
+    ASSERT_EQ(library.load(tavmir::test::driverFile(TAVMIR_DRIVER_FILE)), "");
     {
         ScriptedController gone(addressPlusFive);
         options.controller.port = gone.port();
     }
-    EXPECT_EQ(readValues(library.calls(), options, values),
+    EXPECT_EQ(readValues(library.calls(), options, capture, values),
               "connect: 127.0.0.1:" + std::to_string(options.controller.port) +
                   ": Connection refused");
 }

@@ -4,6 +4,7 @@
 #include "scripted_controller.h"
 #include "session/cycle_thread.h"
 #include "session/searched_list.h"
+#include "support/driver_file.h"
 #include "support/wait_until.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +31,7 @@ TEST(Unload, WhileARequestIsInFlight)
     for (int loading = 1; loading <= 3; ++loading) {
         QStringList problems;
         const std::unique_ptr<host::Driver> driver =
-            host::Driver::load(QString::fromLatin1(TAVMIR_DRIVER_FILE), problems);
+            host::Driver::load(QString::fromLatin1(test::driverFile(TAVMIR_DRIVER_FILE)), problems);
         ASSERT_TRUE(driver) << problems.join('\n').toStdString();
         ComInfo words = {};
         words.defaultStation = 1;

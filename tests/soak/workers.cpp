@@ -146,13 +146,20 @@ void HostUnderTest::queueRecord(int writer, Area area, int index)
     AddListWriteVar(&record);
 }
 
-// A bit write looks into the cache without the driver's lock: everything else waits for it.
+// A bit write looks into the cache without the driver's lock: everything else waits for it. A word
+// that was never read is left alone: its other bits would be written as zero.
 void HostUnderTest::writeBit(int writer, int index, int bit, bool on)
 {
+    const std::unique_lock<std::shared_mutex> gate(gate_);
+    PLC_driver.cacheMutex.lock();
+    const bool known = PLC_driver.wordCache.contains(addressOf(Flags, index));
+    PLC_driver.cacheMutex.unlock();
+    if (!known) {
+        return;
+    }
     const int key = writes_.begin(Operation{Flags, index, 1, {}});
     QByteArray data(1, on ? '\1' : '\0');
     const QString address = addressText(Flags, index) + QString(".b[%1]").arg(bit);
-    const std::unique_lock<std::shared_mutex> gate(gate_);
     SetRegisterData(address, 0, QString(), kStation, &data, 1, kWriteKey + writer, key);
 }
 

@@ -8,12 +8,27 @@
 #include <csignal>
 #include <cstdlib>
 #include <unistd.h>
+#include <vector>
 
 namespace tavmir::host
 {
 
 namespace
 {
+
+std::vector<void (*)(int)> signalHandlers()
+{
+    std::vector<void (*)(int)> handlers;
+    for (const int number : {SIGINT, SIGTERM, SIGTSTP, SIGWINCH}) {
+        struct sigaction action;
+        ::sigaction(number, nullptr, &action);
+        handlers.push_back(action.sa_handler);
+    }
+    return handlers;
+}
+
+// Before any screen: ncurses sets its handlers with the first one only.
+const std::vector<void (*)(int)> kHandlersAtStart = signalHandlers();
 
 class Screen : public testing::Test
 {
@@ -91,19 +106,10 @@ TEST_F(Screen, ColoursAreLeftOutWhereTheyAreNotWanted)
 
 TEST_F(Screen, SignalsAreLeftToOthers)
 {
-    struct sigaction before[4];
-    struct sigaction after[4];
-    const int signals[] = {SIGINT, SIGTERM, SIGTSTP, SIGWINCH};
-    for (size_t i = 0; i < 4; ++i) {
-        ::sigaction(signals[i], nullptr, &before[i]);
-    }
     const auto screen = CursesScreen::open(-1, false);
     ASSERT_NE(nullptr, screen);
     screen->draw(pictureOf("value"));
-    for (size_t i = 0; i < 4; ++i) {
-        ::sigaction(signals[i], nullptr, &after[i]);
-        EXPECT_EQ(before[i].sa_handler, after[i].sa_handler) << signals[i];
-    }
+    EXPECT_EQ(kHandlersAtStart, signalHandlers());
 }
 
 TEST_F(Screen, ATerminalThatIsNotKnownOrCannotPlaceItsCursorIsRefused)

@@ -100,6 +100,19 @@ class TableOnATerminal(unittest.TestCase):
                     "values")
         return program
 
+    def test_a_trace_on_the_terminal_takes_the_tables_place(self):
+        program = self.run_host("--trace", "--interval", "60000")
+        self.expect(program, contains("Z connection 1 > #"), "trace")
+        self.assertNotIn(b"? keys", program.raw)
+
+    def test_a_trace_in_a_file_leaves_the_table(self):
+        file = os.path.join(self.folder.name, "trace.txt")
+        program = self.table("--trace=" + file)
+        self.expect(program, lambda lines: lines[-1].endswith("? keys"), "place")
+        program.type("q")
+        self.assertEqual(program.wait(), 0)
+        self.assertIn("read words: Main.Level[1]=", pathlib.Path(file).read_text())
+
     def test_the_table_has_state_figures_values_and_place(self):
         program = self.table()
         self.expect(program, lambda lines: lines[0].startswith("connected to 127.0.0.1:") and

@@ -1,11 +1,9 @@
 #include "client_session.h"
 
 #include "frame_bytes.h"
+#include "line_director.h"
 #include "trace.h"
 
-#include "wire/time_words.h"
-
-#include <QtCore/QStringList>
 #include <QtNetwork/QHostAddress>
 
 #include <algorithm>
@@ -28,22 +26,22 @@ int millisecondsOf(std::int64_t us)
 }
 
 // Why a request is not simply carried out, for its trace line.
-QString remarksOn(const Simulation::Outcome& outcome)
+std::vector<std::string> remarksOn(const Simulation::Outcome& outcome)
 {
-    QStringList remarks;
+    std::vector<std::string> remarks;
     if (outcome.fault != FaultKind::None) {
-        remarks.append(faultRow(outcome.fault).name);
+        remarks.emplace_back(faultRow(outcome.fault).name);
     }
     if (outcome.verdict.aboveRate) {
-        remarks.append("above the rate");
+        remarks.emplace_back("above the rate");
     }
     if (outcome.verdict.unknownStation) {
-        remarks.append("unknown station");
+        remarks.emplace_back("unknown station");
     }
     if (outcome.verdict.refusedAddress) {
-        remarks.append("refused address");
+        remarks.emplace_back("refused address");
     }
-    return remarks.isEmpty() ? QString() : QString(" [%1]").arg(remarks.join(", "));
+    return remarks;
 }
 } // namespace
 
@@ -52,20 +50,37 @@ ClientSession::ClientSession(QTcpSocket* socket, int number, const ServerSetting
     : QObject(parent), socket_(socket), number_(number), settings_(settings),
       simulation_(simulation), events_(std::move(events)), decoder_(kRequestLengths),
       outbox_(new Outbox(
-          *socket, [this](const QByteArray& reply) { traceSent(reply); }, this))
+          *socket,
+          [this](const QByteArray& reply, const std::string& remark) {
+              capture_.queued(reply, remark);
+              traceSent(reply);
+          },
+          this)),
+      capture_(*socket, settings)
 {
     socket_->setParent(this);
     socket_->setReadBufferSize(kBytesAtATime);
     socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     connect(socket_, &QTcpSocket::readyRead, this, [this] { takeBytes(); });
-    connect(socket_, &QTcpSocket::disconnected, this, [this] { finish(); });
+    connect(socket_, &QTcpSocket::disconnected, this, [this] {
+        captureRest();
+        capture_.closedByClient();
+        finish();
+    });
     connect(socket_, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) {
         simulation_.statistics().bytesSent += static_cast<std::uint64_t>(bytes);
+        capture_.left(bytes);
     });
 }
 
 void ClientSession::start()
 {
+    if (settings_.director) {
+        settings_.director->connected(*this);
+    }
+    if (finished_) {
+        return;
+    }
     if (socket_->bytesAvailable() > 0) {
         takeBytes();
     } else if (socket_->state() != QAbstractSocket::ConnectedState) {
@@ -75,8 +90,27 @@ void ClientSession::start()
 
 void ClientSession::close()
 {
+    closeBecause(remark_);
+}
+
+void ClientSession::closeBecause(const std::string& why)
+{
+    if (finished_) {
+        return;
+    }
+    captureRest();
+    capture_.closed(why);
+    closesItself_ = true;
     socket_->abort();
     finish();
+}
+
+void ClientSession::say(const QByteArray& bytes)
+{
+    if (!finished_) {
+        send(bytes);
+        socket_->flush();
+    }
 }
 
 void ClientSession::takeBytes()
@@ -86,6 +120,12 @@ void ClientSession::takeBytes()
     }
     const QByteArray bytes = socket_->readAll(); // kBytesAtATime at most
     simulation_.statistics().bytesReceived += static_cast<std::uint64_t>(bytes.size());
+    if (settings_.director) {
+        settings_.director->received(*this, bytes);
+    }
+    if (finished_) {
+        return;
+    }
     takeFrames(bytes);
     if (finished_) {
         return;
@@ -120,30 +160,70 @@ void ClientSession::answer(const wire::FrameView& request)
     const QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(request.bytes),
                                                      static_cast<int>(request.size));
     const Simulation::Outcome outcome = simulation_.take(bytes, settings_.nowUs());
+    remark_.clear();
+    if (capture_.isOn()) {
+        capture(request, outcome);
+    }
     if (settings_.trace) {
-        trace(">",
-              requestInWords(bytes, outcome.request, simulation_.names()) + remarksOn(outcome));
+        trace(wire::TraceWay::toController,
+              requestInWords(bytes, outcome.request, simulation_.names()), remarksOn(outcome));
+    }
+    if (settings_.director) {
+        settings_.director->asked(*this, bytes, outcome);
+        return;
     }
     if (!outcome.verdict.isAnswered) {
         return;
     }
     waitMs_ = millisecondsOf(outcome.verdict.waitUs);
     faultRow(outcome.fault).answer(*this, outcome.reply);
+    remark_.clear();
+}
+
+// The request with what happens to it; the reply's remark is kept until it is sent.
+void ClientSession::capture(const wire::FrameView& request, const Simulation::Outcome& outcome)
+{
+    std::vector<std::string> remarks = remarksOn(outcome);
+    if (outcome.fault != FaultKind::None) {
+        remarks.front() = "fault " + remarks.front();
+        remark_ = remarks.front();
+    }
+    std::string words;
+    for (const std::string& remark : remarks) {
+        words += (words.empty() ? "" : ", ") + remark;
+    }
+    capture_.received(request.bytes, request.size, words);
+    const int code = outcome.reply.size() > static_cast<int>(wire::kCountOffset) &&
+                             (byteAt(outcome.reply, wire::kFunctionOffset) & wire::kExceptionBit)
+                         ? byteAt(outcome.reply, wire::kCountOffset)
+                         : -1;
+    if (code >= 0) {
+        remark_ += (remark_.empty() ? "" : ", ") +
+                   ("exception " + wire::exceptionInWords(static_cast<std::uint8_t>(code)));
+    }
+}
+
+// What came and is no whole request.
+void ClientSession::captureRest()
+{
+    if (decoder_.hasPartialFrame()) {
+        capture_.received(decoder_.rest(), decoder_.restSize(), "no whole request");
+    }
 }
 
 void ClientSession::send(const QByteArray& reply)
 {
-    outbox_->hold(reply, waitMs_);
+    outbox_->hold(reply, waitMs_, remark_);
 }
 
 void ClientSession::sendDelayed(const QByteArray& reply)
 {
-    outbox_->hold(reply, settings_.delayMs + waitMs_);
+    outbox_->hold(reply, settings_.delayMs + waitMs_, remark_);
 }
 
 void ClientSession::sendLate(const QByteArray& reply)
 {
-    outbox_->sendLate(reply, settings_.lateMs + waitMs_);
+    outbox_->sendLate(reply, settings_.lateMs + waitMs_, remark_);
 }
 
 void ClientSession::closeAllAndRefuse()
@@ -177,22 +257,25 @@ void ClientSession::closeForItsFault(const QString& why)
                       .arg(socket_->peerAddress().toString())
                       .arg(socket_->peerPort())
                       .arg(why));
-    close();
+    closeBecause(why.toStdString());
 }
 
-void ClientSession::trace(const char* way, const QString& words)
+void ClientSession::trace(wire::TraceWay way, const QString& words,
+                          const std::vector<std::string>& remarks)
 {
-    settings_.trace(QString("%1 client %2 %3 ")
-                        .arg(QString::fromStdString(wire::utcInWords(settings_.now())))
-                        .arg(number_)
-                        .arg(way) +
-                    words);
+    wire::TraceLine line;
+    line.at = settings_.now();
+    line.who = "client " + std::to_string(number_);
+    line.way = way;
+    line.words = words.toStdString();
+    line.remarks = remarks;
+    settings_.trace(QString::fromStdString(wire::traceLine(line)));
 }
 
 void ClientSession::traceSent(const QByteArray& reply)
 {
     if (settings_.trace) {
-        trace("<", replyInWords(reply, simulation_.names()));
+        trace(wire::TraceWay::fromController, replyInWords(reply, simulation_.names()), {});
     }
 }
 
@@ -202,6 +285,9 @@ void ClientSession::finish()
         return;
     }
     finished_ = true;
+    if (settings_.director) {
+        settings_.director->ended(*this, !closesItself_);
+    }
     events_.finished(this);
 }
 

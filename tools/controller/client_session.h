@@ -8,12 +8,14 @@
 #ifndef TAVMIR_CONTROLLER_CLIENT_SESSION_H
 #define TAVMIR_CONTROLLER_CLIENT_SESSION_H
 
+#include "client_capture.h"
 #include "frame_limits.h"
 #include "outbox.h"
 #include "server_settings.h"
 #include "simulation.h"
 
 #include "wire/frame_decoder.h"
+#include "wire/trace_line.h"
 
 #include <QtCore/QObject>
 #include <QtNetwork/QTcpSocket>
@@ -42,6 +44,10 @@ public:
     // Drops the connection with whatever waits in it.
     void close() override;
 
+    // For a director: sends bytes at once, whatever they are.
+    void say(const QByteArray& bytes);
+    int number() const { return number_; }
+
 private:
     void send(const QByteArray& reply) override;
     void sendDelayed(const QByteArray& reply) override;
@@ -52,9 +58,12 @@ private:
     void takeBytes();
     void takeFrames(const QByteArray& bytes);
     void answer(const wire::FrameView& request);
+    void capture(const wire::FrameView& request, const Simulation::Outcome& outcome);
+    void captureRest();
+    void closeBecause(const std::string& why);
     void closeForItsFault(const QString& why);
     void closeIfTooSlow();
-    void trace(const char* way, const QString& words);
+    void trace(wire::TraceWay way, const QString& words, const std::vector<std::string>& remarks);
     void traceSent(const QByteArray& reply);
     void finish();
 
@@ -65,8 +74,11 @@ private:
     Events events_;
     wire::FrameDecoder decoder_;
     Outbox* outbox_;
-    int waitMs_ = 0; // how long the reply that is under way is held back for the rate
+    ClientCapture capture_;
+    std::string remark_; // on the reply that is under way, for the capture
+    int waitMs_ = 0;     // how long the reply that is under way is held back for the rate
     bool finished_ = false;
+    bool closesItself_ = false;
 };
 
 } // namespace tavmir::controller

@@ -12,6 +12,7 @@ namespace
 
 constexpr int kMostMs = 3600000;
 constexpr int kMostPerSecond = 1000000;
+constexpr int kMostMiB = 1024 * 1024;
 
 const char* const kDescription =
     "Simulated controller: a TCP server with bit-addressed memory that a driver can poll and "
@@ -116,6 +117,31 @@ public:
         return number;
     }
 
+    capture::CaptureOptions capture()
+    {
+        capture::CaptureOptions capture;
+        capture.file = parser_.value("capture").toLocal8Bit().toStdString();
+        for (const char* option : {"capture", "capture-limit", "capture-files"}) {
+            if (parser_.isSet(option) && capture.file.empty()) {
+                complain(option, "the capture's file is missing");
+            }
+        }
+        if (parser_.isSet("capture-files") && !parser_.isSet("capture-limit")) {
+            complain("capture-files", "divides a limit, so --capture-limit is needed");
+        }
+        if (!parser_.isSet("capture-limit")) {
+            return capture;
+        }
+        const auto mib = static_cast<std::uint64_t>(from1To("capture-limit", kMostMiB));
+        capture.limitBytes = mib << 20;
+        capture.files = from1To("capture-files", capture::CaptureOptions::kMostFiles);
+        const std::string ring = capture::checkRing(capture);
+        if (!ring.empty()) {
+            complain("capture-files", QString::fromStdString(ring));
+        }
+        return capture;
+    }
+
     // Of two words: true for the second one.
     bool isSecond(const QString& option, const QString& first, const QString& second)
     {
@@ -127,10 +153,25 @@ public:
     }
 
 private:
+    int from1To(const QString& option, int most)
+    {
+        bool isNumber = false;
+        const int number = parser_.value(option).toInt(&isNumber);
+        if (!isNumber || number < 1 || number > most) {
+            note(option, QString("a whole number from 1 to %1").arg(most));
+        }
+        return number;
+    }
+
     void note(const QString& option, const QString& wanted)
     {
+        complain(option, QString("\"%1\" is not %2").arg(parser_.value(option), wanted));
+    }
+
+    void complain(const QString& option, const QString& why)
+    {
         if (problem_.isEmpty()) {
-            problem_ = QString("--%1: \"%2\" is not %3").arg(option, parser_.value(option), wanted);
+            problem_ = QString("--%1: %2").arg(option, why);
         }
     }
 
@@ -170,7 +211,43 @@ void addOptions(QCommandLineParser& parser)
     add("over-rate",
         "What becomes of those above it: refuse, with exception 6, or delay, until there is room.",
         "HOW", "refuse");
+    add("capture", "Write every byte that comes and goes into FILE, as a pcapng capture.", "FILE",
+        {});
+    add("capture-limit",
+        "Keep so many MiB of it at most, in a ring of files FILE_00001 ...: the oldest go.", "MIB",
+        {});
+    add("capture-files", "Divide the limit into so many files.", "N",
+        QString::number(capture::CaptureOptions::kUsualFiles));
+    add("check-host",
+        "Judge the host that connects: play the situations of the file one after the other, say "
+        "which rules it kept and which not, and end. Faults are the file's then.",
+        "SCRIPT", {});
+    add("json", "With --check-host: the verdicts as JSON, too.", "FILE", {});
     parser.addOption(QCommandLineOption("trace", "Print each frame, decoded, with its time."));
+}
+
+void takeCheck(const QCommandLineParser& parser, CommandLine& line)
+{
+    line.options.checkScript = parser.value("check-host");
+    line.options.reportFile = parser.value("json");
+    if (!line.problem.isEmpty()) {
+        return;
+    }
+    for (const char* file : {"check-host", "json"}) {
+        if (parser.isSet(file) && parser.value(file).isEmpty()) {
+            line.problem = QString("--%1: a file name is missing").arg(file);
+            return;
+        }
+    }
+    if (parser.isSet("json") && !parser.isSet("check-host")) {
+        line.problem = "--json: only the verdicts of --check-host are printed so";
+    }
+    for (const char* other : {"fault", "max-rate"}) {
+        if (parser.isSet("check-host") && parser.isSet(other)) {
+            line.problem = QString("--%1: what is played to a host that is judged, its script says")
+                               .arg(other);
+        }
+    }
 }
 
 } // namespace
@@ -208,7 +285,9 @@ CommandLine parseCommandLine(const QStringList& arguments)
     if (parser.isSet("project") && line.options.projectFile.isEmpty()) {
         line.problem = "--project: a file name is missing";
     }
+    line.options.capture = values.capture();
     line.options.trace = parser.isSet("trace");
+    takeCheck(parser, line);
     line.options.faults = values.rules("fault", parseFaultRule);
     line.options.seed = values.seed("seed");
     line.options.delayMs = values.milliseconds("delay-ms");

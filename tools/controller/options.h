@@ -5,6 +5,8 @@
 #include "admission.h"
 #include "fault_plan.h"
 
+#include "capture/capture_files.h"
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtNetwork/QHostAddress>
@@ -19,6 +21,8 @@ struct Options {
     QHostAddress address = QHostAddress(QHostAddress::LocalHost);
     quint16 port = 5020; // 0: any free one
     QString projectFile; // empty: none
+    QString checkScript; // empty: no host is judged
+    QString reportFile;  // of the judged host, as JSON; empty: none
     bool trace = false;
     std::vector<FaultRule> faults;
     std::uint64_t seed = 1;
@@ -26,7 +30,8 @@ struct Options {
     int lateMs = 2000;
     int refuseMs = 1000;
     std::vector<RefuseRule> refused;
-    AdmissionRules admission; // without its refused ranges: they need the project
+    capture::CaptureOptions capture; // its file empty: none is made
+    AdmissionRules admission;        // without its refused ranges: they need the project
 };
 
 struct CommandLine {

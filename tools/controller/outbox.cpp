@@ -6,7 +6,7 @@
 namespace tavmir::controller
 {
 
-Outbox::Outbox(QTcpSocket& socket, std::function<void(const QByteArray&)> onSent, QObject* parent)
+Outbox::Outbox(QTcpSocket& socket, OnSent onSent, QObject* parent)
     : QObject(parent), socket_(socket), onSent_(std::move(onSent))
 {
     clock_.start();
@@ -15,25 +15,25 @@ Outbox::Outbox(QTcpSocket& socket, std::function<void(const QByteArray&)> onSent
     connect(&timer_, &QTimer::timeout, this, [this] { sendDue(); });
 }
 
-void Outbox::hold(const QByteArray& reply, int ms)
+void Outbox::hold(const QByteArray& reply, int ms, const std::string& remark)
 {
     if (held_.empty() && ms <= 0) {
-        write(reply);
+        write(reply, remark);
         return;
     }
     waitingBytes_ += reply.size();
-    held_.push_back({reply, clock_.elapsed() + ms});
+    held_.push_back({reply, clock_.elapsed() + ms, remark});
     if (held_.size() == 1) {
         timer_.start(ms);
     }
 }
 
-void Outbox::sendLate(const QByteArray& reply, int ms)
+void Outbox::sendLate(const QByteArray& reply, int ms, const std::string& remark)
 {
     waitingBytes_ += reply.size();
-    QTimer::singleShot(ms, Qt::PreciseTimer, this, [this, reply] {
+    QTimer::singleShot(ms, Qt::PreciseTimer, this, [this, reply, remark] {
         waitingBytes_ -= reply.size();
-        write(reply);
+        write(reply, remark);
         socket_.flush();
     });
 }
@@ -41,10 +41,10 @@ void Outbox::sendLate(const QByteArray& reply, int ms)
 void Outbox::sendDue()
 {
     while (!held_.empty() && held_.front().dueMs <= clock_.elapsed()) {
-        const QByteArray reply = held_.front().reply;
+        const Held due = held_.front();
         held_.pop_front();
-        waitingBytes_ -= reply.size();
-        write(reply);
+        waitingBytes_ -= due.reply.size();
+        write(due.reply, due.remark);
     }
     socket_.flush();
     if (!held_.empty()) {
@@ -52,13 +52,13 @@ void Outbox::sendDue()
     }
 }
 
-void Outbox::write(const QByteArray& reply)
+void Outbox::write(const QByteArray& reply, const std::string& remark)
 {
     if (socket_.state() != QAbstractSocket::ConnectedState) {
         return;
     }
     socket_.write(reply);
-    onSent_(reply);
+    onSent_(reply, remark);
 }
 
 } // namespace tavmir::controller

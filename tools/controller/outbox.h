@@ -13,6 +13,7 @@
 
 #include <deque>
 #include <functional>
+#include <string>
 
 namespace tavmir::controller
 {
@@ -22,13 +23,15 @@ class Outbox : public QObject
 public:
     // `onSent` is called with each reply as it is handed to the socket. The socket must outlive
     // the outbox.
-    Outbox(QTcpSocket& socket, std::function<void(const QByteArray&)> onSent, QObject* parent);
+    using OnSent = std::function<void(const QByteArray& reply, const std::string& remark)>;
+    Outbox(QTcpSocket& socket, OnSent onSent, QObject* parent);
 
     // `ms` milliseconds from now, 0 at once, but behind the replies that are held back already.
-    void hold(const QByteArray& reply, int ms);
+    //   remark  goes with the reply, for onSent
+    void hold(const QByteArray& reply, int ms, const std::string& remark);
 
     // `ms` milliseconds from now, wherever other replies are then.
-    void sendLate(const QByteArray& reply, int ms);
+    void sendLate(const QByteArray& reply, int ms, const std::string& remark);
 
     // Waiting here or in the socket.
     qint64 unsentBytes() const { return waitingBytes_ + socket_.bytesToWrite(); }
@@ -37,13 +40,14 @@ private:
     struct Held {
         QByteArray reply;
         qint64 dueMs;
+        std::string remark;
     };
 
-    void write(const QByteArray& reply);
+    void write(const QByteArray& reply, const std::string& remark);
     void sendDue();
 
     QTcpSocket& socket_;
-    std::function<void(const QByteArray&)> onSent_;
+    OnSent onSent_;
     std::deque<Held> held_;
     qint64 waitingBytes_ = 0; // held back or late
     QElapsedTimer clock_;

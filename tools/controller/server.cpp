@@ -56,6 +56,7 @@ void Server::takeClient(QTcpSocket* socket)
                           .arg(socket->peerAddress().toString())
                           .arg(socket->peerPort())
                           .arg(clientCount()));
+        ClientCapture(*socket, settings_).closed("refused: too many clients are connected");
         socket->abort();
         socket->deleteLater();
         return;
@@ -81,12 +82,27 @@ void Server::refuseForAWhile()
         return;
     }
     settings_.log(QString("connections are refused for %1 ms").arg(settings_.refuseMs));
+    refuse();
+    listenAgainTimer_.start(settings_.refuseMs);
+}
+
+void Server::refuse()
+{
+    if (!tcpServer_.isListening()) {
+        return;
+    }
     tcpServer_.close();
     // A socket that is bound but does not listen keeps the port from other programs.
     portKeeper_ = std::make_unique<QTcpSocket>();
     portKeeper_->bind(address_, port_, QAbstractSocket::ReuseAddressHint);
     closeAll();
-    listenAgainTimer_.start(settings_.refuseMs);
+}
+
+void Server::admit()
+{
+    if (isRefusing()) {
+        listenAgain();
+    }
 }
 
 void Server::listenAgain()

@@ -42,13 +42,17 @@ public:
     // Closes all connections and refuses new ones for ServerSettings::refuseMs. The port stays
     // this server's.
     void refuseForAWhile();
+    // The same until it is to admit again.
+    void refuse();
+    void admit();
+    // Closes all connections; new ones are taken.
+    void closeAll();
     bool isRefusing() const { return port_ != 0 && !tcpServer_.isListening(); }
 
 private:
     void takeClients();
     void takeClient(QTcpSocket* socket);
     void listenAgain();
-    void closeAll();
 
     ServerSettings settings_;
     Simulation& simulation_;

@@ -2,6 +2,8 @@
 #ifndef TAVMIR_CONTROLLER_SERVER_SETTINGS_H
 #define TAVMIR_CONTROLLER_SERVER_SETTINGS_H
 
+#include "capture/packet.h"
+
 #include <QtCore/QString>
 
 #include <chrono>
@@ -10,6 +12,8 @@
 
 namespace tavmir::controller
 {
+
+class LineDirector;
 
 inline std::int64_t steadyUs()
 {
@@ -29,6 +33,8 @@ struct ServerSettings {
     std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
     std::function<void(const QString&)> log = [](const QString&) {};
     std::function<void(const QString&)> trace; // empty: frames are not traced
+    capture::PacketSink* capture = nullptr;    // null: nothing is captured; outlives the server
+    LineDirector* director = nullptr;          // null: replies go out with their faults
 };
 
 } // namespace tavmir::controller

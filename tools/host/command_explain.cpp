@@ -1,10 +1,12 @@
-// `explain`: what an address means, or how polling is cut into requests. Nothing is sent.
+// `explain`: what an address means, how polling is cut into requests, or what elements are called.
+// Nothing is sent.
 #include "commands.h"
 
 #include "complain.h"
 #include "driver/plan_frames.h"
 #include "plan/label_tree.h"
 #include "plan/overlaps.h"
+#include "plan/wire_names.h"
 #include "prepared_host.h"
 #include "project/raw_address.h"
 #include "project/value_format.h"
@@ -13,7 +15,9 @@
 #include <QtCore/QTextStream>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <set>
 
 namespace tavmir::host
@@ -190,20 +194,38 @@ void explainPlan(PreparedHost& host, QTextStream& out)
     out << lines.join('\n') << '\n';
 }
 
+// Everything is on its way out; else says why not.
+bool isPrinted(QTextStream& out)
+{
+    out.flush();
+    if (out.status() == QTextStream::Ok && std::fflush(stdout) == 0) {
+        return true;
+    }
+    complain(QString("standard output cannot be written: %1").arg(std::strerror(errno)));
+    return false;
+}
+
 } // namespace
 
 int explainCommand(const CommandLine& line)
 {
     PreparedHost host(line);
-    SessionOptions options;
-    options.polls = line.arguments.isEmpty();
-    if (!host.readProject() || !host.openSession(options)) {
+    if (!host.readProject()) {
         return kExitBadInput;
     }
     QTextStream out(stdout);
+    if (line.names) {
+        out << wireNames(host.project(), host.polled()).join('\n') << '\n';
+        return isPrinted(out) ? kExitOk : kExitFailed;
+    }
+    SessionOptions options;
+    options.polls = line.arguments.isEmpty();
+    if (!host.openSession(options)) {
+        return kExitBadInput;
+    }
     if (line.arguments.isEmpty()) {
         explainPlan(host, out);
-        return kExitOk;
+        return isPrinted(out) ? kExitOk : kExitFailed;
     }
     const std::vector<project::Element> all = project::leafElements(host.project());
     QStringList refused;
@@ -212,7 +234,9 @@ int explainCommand(const CommandLine& line)
             refused << "\"" + printable(address) + "\"";
         }
     }
-    out.flush();
+    if (!isPrinted(out)) {
+        return kExitFailed;
+    }
     if (refused.isEmpty()) {
         return kExitOk;
     }

@@ -5,6 +5,8 @@
 #include "wire/endpoint.h"
 
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 #include <limits>
 
@@ -58,6 +60,41 @@ void addOptions(Parser& parser, unsigned options)
     if (options & kWriteOptions) {
         parser.addOption({"read-back", "After each write read what stands there, and say it."});
     }
+    if (options & kCaptureOptions) {
+        parser.addOption({"capture",
+                          "Write every byte that is exchanged into FILE, as a pcapng capture.",
+                          "FILE"});
+        parser.addOption({"capture-limit",
+                          "Keep so many MiB of it at most, in a ring of files FILE_00001 ...: the "
+                          "oldest go.",
+                          "MIB"});
+        parser.addOption({"capture-files", "Divide the limit into so many files.", "N",
+                          QString::number(capture::CaptureOptions::kUsualFiles)});
+    }
+    if (options & kNamesOption) {
+        parser.addOption({"names",
+                          "Print a line for each element of a frame that a variable takes: "
+                          "the names file of the Wireshark dissector."});
+    }
+    if (options & kTraceOption) {
+        parser.addOption({"trace",
+                          "Write each request and what came of it, in words, with its time: to "
+                          "standard error (--trace) or into FILE (--trace=FILE); with all bytes "
+                          "too (--trace=hex, --trace=hex:FILE).",
+                          "FILE"});
+    }
+}
+
+// The parser knows no option that may have a value or none: without one its value is empty.
+QStringList withTraceValue(QStringList arguments, unsigned options)
+{
+    const int end = arguments.indexOf("--");
+    for (int i = 0; i < (end < 0 ? arguments.size() : end); ++i) {
+        if ((options & kTraceOption) && arguments[i] == "--trace") {
+            arguments[i] = "--trace=";
+        }
+    }
+    return arguments;
 }
 
 // A whole number of an option, or a problem.
@@ -116,6 +153,49 @@ void takeFormats(const Parser& parser, unsigned options, CommandLine& line, QStr
     }
 }
 
+void takeCapture(const Parser& parser, CommandLine& line, QString& problem)
+{
+    constexpr int kMostMiB = 1024 * 1024;
+    line.capture.file = parser.value("capture").toLocal8Bit().toStdString();
+    const bool isRing = parser.isSet("capture-limit");
+    for (const char* option : {"capture", "capture-limit", "capture-files"}) {
+        if (parser.isSet(option) && line.capture.file.empty() && problem.isEmpty()) {
+            problem = QString("--%1: the capture's file is missing").arg(option);
+        }
+    }
+    if (parser.isSet("capture-files") && !isRing && problem.isEmpty()) {
+        problem = "--capture-files: divides a limit, so --capture-limit is needed";
+    }
+    if (!isRing || !problem.isEmpty()) {
+        return;
+    }
+    const int mib = number(parser, "capture-limit", 1, kMostMiB, problem);
+    line.capture.limitBytes = static_cast<std::uint64_t>(mib) << 20;
+    line.capture.files =
+        number(parser, "capture-files", 2, capture::CaptureOptions::kMostFiles, problem);
+    const std::string ring = problem.isEmpty() ? capture::checkRing(line.capture) : std::string();
+    if (!ring.empty()) {
+        problem = "--capture-files: " + QString::fromStdString(ring);
+    }
+}
+
+void takeTrace(const Parser& parser, CommandLine& line, QString& problem)
+{
+    if (!parser.isSet("trace")) {
+        return;
+    }
+    const QString hex = "hex";
+    const QString value = parser.value("trace");
+    line.trace.isOn = true;
+    line.trace.withBytes = value == hex || value.startsWith(hex + ":");
+    line.trace.file = line.trace.withBytes ? value.mid(hex.size() + 1) : value;
+    if (value == hex + ":") {
+        problem = "--trace=hex:: a file name is missing";
+    } else if (parser.values("trace").size() > 1) {
+        problem = "--trace: given twice; --trace=hex:FILE writes bytes into a file";
+    }
+}
+
 void takeRun(const Parser& parser, CommandLine& line, QString& problem)
 {
     constexpr int kLongestMs = 24 * 3600 * 1000;
@@ -142,6 +222,22 @@ void takeRun(const Parser& parser, CommandLine& line, QString& problem)
     line.durationMs = static_cast<int>(seconds * 1000);
 }
 
+// A trace begins its file anew: neither the project nor the capture may be it.
+void refuseSameFile(const CommandLine& line, QString& problem)
+{
+    const auto placeOf = [](const QString& file) { return QFileInfo(file).absoluteFilePath(); };
+    const QString& trace = line.trace.file;
+    const QString capture = QFile::decodeName(line.capture.file.c_str());
+    if (trace.isEmpty() || !problem.isEmpty()) {
+        return;
+    }
+    if (placeOf(trace) == placeOf(line.projectFile)) {
+        problem = QString("--trace=%1: this is the project file").arg(printable(trace));
+    } else if (!capture.isEmpty() && placeOf(trace) == placeOf(capture)) {
+        problem = QString("--trace=%1: this is the capture's file").arg(printable(trace));
+    }
+}
+
 } // namespace
 
 ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStringList& arguments)
@@ -159,7 +255,7 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
             command.arguments,
             "Addresses of the project, or @bit:, @word: or @dword: and a bit address.");
     }
-    if (!parser.parse(arguments)) {
+    if (!parser.parse(withTraceValue(arguments, command.options))) {
         parsed.problem =
             parser.unknownOptionNames().contains("pause")
                 ? QString("unknown option --pause: --pass says how often a pass begins")
@@ -167,7 +263,7 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
         return parsed;
     }
     if (parser.isSet(help)) {
-        parsed.help = parser.helpText();
+        parsed.help = parser.helpText().replace("--trace <FILE>", "--trace[=FILE]");
         return parsed;
     }
     if (parser.isSet(version)) {
@@ -188,7 +284,18 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
     if (command.options & kRunOptions) {
         takeRun(parser, parsed.line, parsed.problem);
     }
+    if (command.options & kCaptureOptions) {
+        takeCapture(parser, parsed.line, parsed.problem);
+    }
+    if (command.options & kTraceOption) {
+        takeTrace(parser, parsed.line, parsed.problem);
+        refuseSameFile(parsed.line, parsed.problem);
+    }
     parsed.line.readBack = (command.options & kWriteOptions) && parser.isSet("read-back");
+    parsed.line.names = (command.options & kNamesOption) && parser.isSet("names");
+    if (parsed.line.names && !parsed.line.arguments.isEmpty() && parsed.problem.isEmpty()) {
+        parsed.problem = "--names: names all variables of the project, so it takes no address";
+    }
     return parsed;
 }
 

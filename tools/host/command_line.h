@@ -2,6 +2,7 @@
 #ifndef TAVMIR_HOST_COMMAND_LINE_H
 #define TAVMIR_HOST_COMMAND_LINE_H
 
+#include "capture/capture_files.h"
 #include "project/project_model.h"
 #include "row_formats.h"
 
@@ -11,6 +12,13 @@
 
 namespace tavmir::host
 {
+
+// Where the trace goes, and what is in it.
+struct TraceOptions {
+    bool isOn = false;
+    bool withBytes = false;
+    QString file; // empty: standard error
+};
 
 struct CommandLine {
     QString projectFile;
@@ -29,16 +37,22 @@ struct CommandLine {
     int staleAfterMs = QualityRules().staleAfterMs;
     bool everyChange = false; // --changes
     bool readBack = false;    // --read-back
+    bool names = false;       // --names
     bool commandsFromInput = false;
+    capture::CaptureOptions capture; // its file empty: none is made
+    TraceOptions trace;              // --trace
 };
 
 // Options that not every command has.
 enum CommandOption : unsigned {
-    kOutputOption = 1,  // --format
-    kFormatOption = 2,  // --as
-    kTimeoutOption = 8, // --timeout
-    kRunOptions = 4,    // --duration, --interval, --changes, --pass, --stale-after, --stdin
-    kWriteOptions = 16  // --read-back
+    kOutputOption = 1,    // --format
+    kFormatOption = 2,    // --as
+    kTimeoutOption = 8,   // --timeout
+    kRunOptions = 4,      // --duration, --interval, --changes, --pass, --stale-after, --stdin
+    kWriteOptions = 16,   // --read-back
+    kNamesOption = 32,    // --names
+    kTraceOption = 64,    // --trace
+    kCaptureOptions = 128 // --capture, --capture-limit, --capture-files
 };
 
 struct CommandDescription {

@@ -72,11 +72,13 @@ int readCommand(const CommandLine& line)
         show(row);
         console.complain(notRead(row));
     };
+    host.startCapture(complain);
     host.session().start();
     workUntilSignal(stop, host.session(), console, [&] {
         host.awaitConnection();
         readAll(host.session(), *elements, host.operationMs(), show, failed);
     });
+    host.closeSession(console);
     return console.finish(stop) && allRead ? kExitOk : kExitFailed;
 }
 

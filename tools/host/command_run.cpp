@@ -59,7 +59,8 @@ class Run
 public:
     Run(const CommandLine& line, PreparedHost& host, wire::StopSignal& stop, Console& console)
         : line_(line), host_(host), stop_(stop), console_(console),
-          view_(makeRunView(line.output, line.everyChange, line.commandsFromInput, console)),
+          view_(makeRunView(line.output, line.everyChange || isTraceOnTerminal(line.trace),
+                            line.commandsFromInput, console)),
           monitor_(host.session().feed(), {line.staleAfterMs, host.controller()}, *view_,
                    line.everyChange)
     {
@@ -71,6 +72,7 @@ public:
     {
         HostSession& session = host_.session();
         const Clock::time_point start = Clock::now();
+        host_.startCapture([this](const QString& text) { messages_.add(text); });
         session.start();
         bool allWritten = true;
         {
@@ -86,9 +88,10 @@ public:
             if (commands) {
                 commands->stop();
             }
-            session.stop(); // ends what the operator still waits for
+            host_.closeSession(); // ends what the operator still waits for
             allWritten = !commands || commands->finish();
         }
+        host_.stopCapture();
         look();
         const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
         const size_t elements = session.polledElementsOnWire();
@@ -105,6 +108,10 @@ private:
     bool look()
     {
         monitor_.look();
+        const QString problem = host_.takeTraceProblem();
+        if (!problem.isEmpty()) {
+            messages_.add(problem);
+        }
         messages_.tell(*view_);
         return view_->look();
     }

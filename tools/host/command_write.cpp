@@ -150,6 +150,7 @@ int writeCommand(const CommandLine& line)
         console.print(writeCsvHeading());
     }
     Writer writer(host, console);
+    host.startCapture(complain);
     host.session().start();
     workUntilSignal(stop, host.session(), console, [&] {
         host.awaitConnection();
@@ -158,6 +159,7 @@ int writeCommand(const CommandLine& line)
         }
         writer.finish();
     });
+    host.closeSession(console);
     return console.finish(stop) && writer.allWritten() ? kExitOk : kExitFailed;
 }
 

@@ -27,6 +27,7 @@ PreparedHost::~PreparedHost()
     if (session_) {
         session_->stop();
     }
+    stopCapture();
     log_.closeDriverFile(); // before the driver is unloaded
 }
 
@@ -48,8 +49,51 @@ bool PreparedHost::readProject()
     return true;
 }
 
+bool PreparedHost::openCapture()
+{
+    if (line_.capture.file.empty()) {
+        return true;
+    }
+    const auto tell = [this](const std::string& text) {
+        tellOfCapture_(QString::fromLocal8Bit(text.c_str()));
+    };
+    const capture::Origin origin = capture::originHere("tavmir-host " TAVMIR_VERSION,
+                                                       "tavmir-host " + controller().toStdString());
+    captureFiles_ = std::make_unique<capture::CaptureFiles>(line_.capture, origin, tell);
+    const std::string problem = captureFiles_->open();
+    if (!problem.empty()) {
+        complain(QString::fromLocal8Bit(problem.c_str()));
+    }
+    return problem.empty();
+}
+
+void PreparedHost::startCapture(const std::function<void(const QString& text)>& tell)
+{
+    if (captureFiles_) {
+        tellOfCapture_ = tell;
+        capture_ = std::make_unique<capture::FeedCaptureThread>(session_->feed(),
+                                                                std::move(captureFiles_));
+    }
+}
+
+bool PreparedHost::openTrace()
+{
+    if (!line_.trace.isOn) {
+        return true;
+    }
+    trace_ = std::make_unique<TraceOutput>(line_.trace, project::ElementNames(project_));
+    const QString problem = trace_->open();
+    if (!problem.isEmpty()) {
+        complain(problem);
+    }
+    return problem.isEmpty();
+}
+
 bool PreparedHost::openSession(SessionOptions options)
 {
+    if (!openTrace() || !openCapture()) {
+        return false;
+    }
     QStringList problems;
     std::unique_ptr<Driver> driver = Driver::load(line_.driverFile, problems);
     for (const QString& problem : problems) {
@@ -66,8 +110,32 @@ bool PreparedHost::openSession(SessionOptions options)
     const QString problem = session_->setUp();
     if (!problem.isEmpty()) {
         complain(line_.projectFile + ": " + problem);
+    } else if (trace_) {
+        trace_->start(session_->feed());
     }
     return problem.isEmpty();
+}
+
+void PreparedHost::closeSession()
+{
+    session_->stop();
+    if (trace_) {
+        trace_->finish();
+    }
+}
+
+void PreparedHost::closeSession(Console& console)
+{
+    closeSession();
+    const QString problem = takeTraceProblem();
+    if (!problem.isEmpty()) {
+        console.complain(problem);
+    }
+}
+
+QString PreparedHost::takeTraceProblem()
+{
+    return trace_ ? trace_->takeProblem() : QString();
 }
 
 int PreparedHost::operationMs() const

@@ -2,11 +2,15 @@
 #ifndef TAVMIR_HOST_PREPARED_HOST_H
 #define TAVMIR_HOST_PREPARED_HOST_H
 
+#include "capture/feed_capture_thread.h"
 #include "command_line.h"
+#include "console.h"
 #include "driver/driver_loader.h"
 #include "driver/message_log.h"
 #include "session/host_session.h"
+#include "trace_output.h"
 
+#include <functional>
 #include <memory>
 
 namespace tavmir::host
@@ -23,6 +27,18 @@ public:
     // Each step: true, or false with its one line per problem on standard error.
     bool readProject();
     bool openSession(SessionOptions options);
+    // Before the session starts, where a capture is wanted.
+    //   tell  told what is wrong with its files, and that it is right again; any thread
+    void startCapture(const std::function<void(const QString& text)>& tell);
+    // What has happened until now is in the files then. Nothing is told any more.
+    void stopCapture() { capture_.reset(); }
+
+    // Stops the session; what has happened is traced then.
+    void closeSession();
+    // The same, and says on standard error what is wrong with the trace.
+    void closeSession(Console& console);
+    // Why part of the trace is missing, once; empty: nothing to tell.
+    QString takeTraceProblem();
 
     const CommandLine& line() const { return line_; }
     const project::Project& project() const { return project_; }
@@ -42,12 +58,19 @@ public:
     QString controller() const;
 
 private:
+    bool openCapture();
+    bool openTrace();
+
     const CommandLine& line_;
     bool isUnreachable_ = false;
     project::Project project_;
     MessageLog log_;
     std::unique_ptr<PolledIndex> polled_;
+    std::unique_ptr<TraceOutput> trace_;
     std::unique_ptr<HostSession> session_;
+    std::function<void(const QString& text)> tellOfCapture_;
+    std::unique_ptr<capture::CaptureFiles> captureFiles_; // until it is started
+    std::unique_ptr<capture::FeedCaptureThread> capture_;
 };
 
 } // namespace tavmir::host

@@ -1,6 +1,7 @@
 // The table of commands.
 #include "program.h"
 
+#include "command_diagnose.h"
 #include "commands.h"
 #include "complain.h"
 #include "value_row.h"
@@ -23,23 +24,28 @@ struct Command {
 
 const Command kCommands[] = {
     {{"run", "", "Polls the project's variables and shows them live.",
-      kOutputOption | kTimeoutOption | kRunOptions, 0, 0},
+      kOutputOption | kTimeoutOption | kRunOptions | kTraceOption | kCaptureOptions, 0, 0},
      runCommand},
     {{"read", "ADDRESS...", "Reads values from the controller once.",
-      kOutputOption | kFormatOption | kTimeoutOption, 1, kAnyNumber},
+      kOutputOption | kFormatOption | kTimeoutOption | kTraceOption | kCaptureOptions, 1,
+      kAnyNumber},
      readCommand},
     {{"write", "ADDRESS=VALUE...", "Writes values to the controller.",
-      kOutputOption | kFormatOption | kTimeoutOption | kWriteOptions, 1, kAnyNumber},
+      kOutputOption | kFormatOption | kTimeoutOption | kWriteOptions | kTraceOption |
+          kCaptureOptions,
+      1, kAnyNumber},
      writeCommand},
     {{"check", "",
       "Asks once for every polled variable, alone and in its request, and says who answers.",
       kOutputOption, 0, 0},
      checkCommand},
     {{"explain", "[ADDRESS...]",
-      "Says what addresses mean; without addresses, how polling is cut into requests.", 0, 0,
-      kAnyNumber},
+      "Says what addresses mean; without addresses, how polling is cut into requests.",
+      kNamesOption, 0, kAnyNumber},
      explainCommand},
 };
+
+constexpr char kDiagnose[] = "diagnose";
 
 QString overview()
 {
@@ -50,6 +56,9 @@ QString overview()
             QString("%1 PROJECT %2").arg(command.description.name, command.description.arguments);
         text += QString("  %1 %2\n").arg(usage.leftJustified(32), command.description.purpose);
     }
+    text += QString("  %1 %2\n")
+                .arg(QString("%1 %2").arg(kDiagnose, kDiagnoseArguments).leftJustified(32),
+                     kDiagnosePurpose);
     return text + "\n\"tavmir-host COMMAND --help\" lists the options of a command.\n"
                   "Exit status: 0 done, 1 the controller did not do it, 2 bad input.\n";
 }
@@ -84,14 +93,18 @@ int runProgram(const QStringList& arguments)
     if (name == "--version" || name == "-v") {
         return show("tavmir-host " TAVMIR_VERSION "\n");
     }
+    if (name == kDiagnose) {
+        return diagnoseCommand(QStringList(arguments.first()) + arguments.mid(2));
+    }
     for (const Command& command : kCommands) {
         if (name == command.description.name) {
             return runOne(command, QStringList(arguments.first()) + arguments.mid(2));
         }
     }
-    complain(name.isEmpty() ? QString("a command is missing: run, read, write, check or explain")
-                            : QString("unknown command %1: run, read, write, check or explain")
-                                  .arg(printable(name)));
+    complain(name.isEmpty()
+                 ? QString("a command is missing: run, read, write, check, explain or diagnose")
+                 : QString("unknown command %1: run, read, write, check, explain or diagnose")
+                       .arg(printable(name)));
     return kExitBadInput;
 }
 

@@ -12,7 +12,7 @@
 namespace tavmir::host
 {
 
-std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, bool takesCommands,
+std::unique_ptr<RunView> makeRunView(OutputFormat format, bool lineByLine, bool takesCommands,
                                      Console& console)
 {
     switch (format) {
@@ -23,7 +23,7 @@ std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, bool
     case OutputFormat::table:
         break;
     }
-    if (!everyChange && ::isatty(STDOUT_FILENO) == 1) {
+    if (!lineByLine && ::isatty(STDOUT_FILENO) == 1) {
         std::unique_ptr<RunView> screen = ScreenView::open(console, takesCommands);
         if (screen) {
             return screen;

@@ -46,9 +46,9 @@ public:
     virtual void close(const QStringList& lines, const QJsonObject& json) = 0;
 };
 
-// everyChange    changes are shown, line by line, and never all values
+// lineByLine     what is shown stays where it is: no table that is drawn anew in its place
 // takesCommands  lines of the operator are wanted
-std::unique_ptr<RunView> makeRunView(OutputFormat format, bool everyChange, bool takesCommands,
+std::unique_ptr<RunView> makeRunView(OutputFormat format, bool lineByLine, bool takesCommands,
                                      Console& console);
 
 } // namespace tavmir::host

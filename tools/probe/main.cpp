@@ -42,13 +42,13 @@ bool printNames(const DriverLibrary& library)
     return missing.empty();
 }
 
-bool readAndPrint(const DriverLibrary& library, const Options& options)
+bool readAndPrint(const DriverLibrary& library, const Options& options, ProbeCapture& capture)
 {
     std::printf("read       type %d, station %d, %d at %d, from %s port %d\n", options.dataType,
                 options.station, options.count, options.elementAddress,
                 options.controller.host.c_str(), options.controller.port);
     std::vector<unsigned int> values;
-    const std::string error = readValues(library.calls(), options, values);
+    const std::string error = readValues(library.calls(), options, capture, values);
     if (!error.empty()) {
         std::printf("failed     %s\n", error.c_str());
         return false;
@@ -59,7 +59,7 @@ bool readAndPrint(const DriverLibrary& library, const Options& options)
     return true;
 }
 
-bool probe(const Options& options)
+bool probe(const Options& options, ProbeCapture& capture)
 {
     DriverLibrary library;
     const std::string error = library.load(options.library);
@@ -75,7 +75,7 @@ bool probe(const Options& options)
     if (!printNames(library)) {
         return false;
     }
-    return options.controller.host.empty() || readAndPrint(library, options);
+    return options.controller.host.empty() || readAndPrint(library, options, capture);
 }
 
 } // namespace
@@ -96,7 +96,14 @@ int main(int argc, char* argv[])
         std::printf("tavmir-probe %s\n", TAVMIR_VERSION);
         return 0;
     }
-    const bool good = probe(options);
+    ProbeCapture capture;
+    const std::string problem =
+        options.capture.empty() ? std::string() : capture.open(options.capture, options.controller);
+    if (!problem.empty()) {
+        std::fprintf(stderr, "tavmir-probe: %s\n", problem.c_str());
+        return kWrongUsage;
+    }
+    const bool good = probe(options, capture);
     std::printf("%s\n", good ? "OK" : "NOT OK");
     return good ? 0 : kFailed;
 }

@@ -90,6 +90,10 @@ std::string parseValue(const std::string& name, const std::string& value, Option
     if (name == "--read") {
         return parseRead(value, options);
     }
+    if (name == "--capture") {
+        options.capture = value;
+        return value.empty() ? "--capture wants a file" : std::string();
+    }
     if (name == "--station") {
         return parseNumber(value, 0, kMostStations, options.station)
                    ? std::string()
@@ -119,6 +123,8 @@ const char* usage()
            "  --read TYPE:ADDRESS[:COUNT]\n"
            "                      what to read: bit, word, dword, text, or the data type's\n"
            "                      number; the element address in bits; elements (1)\n"
+           "  --capture FILE      write every byte that is exchanged into FILE, as a pcapng\n"
+           "                      capture\n"
            "  --timeout MS        patience for the connection and for each answer (3000)\n"
            "  --version           print the probe's version\n"
            "  --help              print this text\n"
@@ -148,6 +154,9 @@ std::string parseOptions(int argc, const char* const argv[], Options& options)
     }
     if (options.controller.host.empty() != (options.dataType == 0)) {
         return "--connect and --read belong together";
+    }
+    if (!options.capture.empty() && options.dataType == 0) {
+        return "--capture has nothing to show without --read";
     }
     return std::string();
 }

@@ -18,10 +18,11 @@ struct Options {
     std::string library;       // empty: that of this program's installation, else the loader's
     wire::Endpoint controller; // without host: no read
     int station;
-    int dataType;       // 1, 4, 6, 7 or 10
-    int elementAddress; // in bits
-    int count;          // elements
-    int timeoutMs;      // for the connection and for each answer
+    int dataType;        // 1, 4, 6, 7 or 10
+    int elementAddress;  // in bits
+    int count;           // elements
+    std::string capture; // file; empty: none
+    int timeoutMs;       // for the connection and for each answer
 
     Options()
         : help(false), version(false), records(false), station(1), dataType(0), elementAddress(0),

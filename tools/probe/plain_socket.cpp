@@ -57,11 +57,13 @@ PlainSocket::~PlainSocket()
     }
 }
 
-std::string PlainSocket::connectTo(const wire::Endpoint& controller, int timeoutMs)
+std::string PlainSocket::connectTo(const wire::Endpoint& controller, int timeoutMs,
+                                   std::vector<wire::ConnectAttempt>& attempts)
 {
     const wire::ConnectOutcome outcome =
         wire::connectTo(controller.host, controller.port, timeoutMs, -1);
     descriptor = outcome.descriptor;
+    attempts = outcome.attempts;
     return descriptor >= 0 ? std::string() : "connect: " + outcome.problem;
 }
 

@@ -2,11 +2,13 @@
 #ifndef TAVMIR_PROBE_PLAIN_SOCKET_H
 #define TAVMIR_PROBE_PLAIN_SOCKET_H
 
+#include "wire/connect_attempt.h"
 #include "wire/endpoint.h"
 
 #include <QtCore/QByteArray>
 
 #include <string>
+#include <vector>
 
 namespace tavmir
 {
@@ -25,7 +27,9 @@ public:
     // Each result: empty, or in words what went wrong. `timeoutMs` bounds each call as a whole.
 
     // Tries every address that the name has. Once.
-    std::string connectTo(const wire::Endpoint& controller, int timeoutMs);
+    //   attempts  receives each of them
+    std::string connectTo(const wire::Endpoint& controller, int timeoutMs,
+                          std::vector<wire::ConnectAttempt>& attempts);
 
     std::string send(const QByteArray& bytes, int timeoutMs);
 

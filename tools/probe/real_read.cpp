@@ -67,11 +67,10 @@ QList<Label_Type_Info> labels(const Options& options)
     return all;
 }
 
-// Receives one frame and compares what names the request in it.
-std::string receiveAnswer(PlainSocket& socket, const QByteArray& frame, int timeoutMs,
-                          QByteArray& answer)
+// Receives one frame.
+std::string receiveFrame(PlainSocket& socket, int timeoutMs, QByteArray& answer)
 {
-    std::string error = socket.receive(answer, kLengthEnd, timeoutMs);
+    const std::string error = socket.receive(answer, kLengthEnd, timeoutMs);
     if (!error.empty()) {
         return error;
     }
@@ -79,10 +78,12 @@ std::string receiveAnswer(PlainSocket& socket, const QByteArray& frame, int time
     if (following < 2 || following > kMostBytesAfterLength) {
         return "the answer's length field makes no sense: " + std::to_string(following);
     }
-    error = socket.receive(answer, following, timeoutMs);
-    if (!error.empty()) {
-        return error;
-    }
+    return socket.receive(answer, following, timeoutMs);
+}
+
+// Compares what names the request in its answer.
+std::string compareAnswer(const QByteArray& frame, const QByteArray& answer)
+{
     if (answer.left(kLengthOffset) != frame.left(kLengthOffset)) {
         return "the answer belongs to another request";
     }
@@ -97,7 +98,17 @@ std::string receiveAnswer(PlainSocket& socket, const QByteArray& frame, int time
     return std::string();
 }
 
-std::string exchange(const DriverCalls& driver, PlainSocket& socket, int timeoutMs, int& elements)
+std::string receiveAnswer(PlainSocket& socket, const QByteArray& frame, int timeoutMs,
+                          ProbeCapture& capture, QByteArray& answer)
+{
+    const std::string error = receiveFrame(socket, timeoutMs, answer);
+    const std::string problem = error.empty() ? compareAnswer(frame, answer) : error;
+    capture.received(answer, problem);
+    return problem;
+}
+
+std::string exchange(const DriverCalls& driver, PlainSocket& socket, int timeoutMs,
+                     ProbeCapture& capture, int& elements)
 {
     const Protocol* request = driver.nextRequest();
     if (request == nullptr) {
@@ -111,8 +122,9 @@ std::string exchange(const DriverCalls& driver, PlainSocket& socket, int timeout
     if (!error.empty()) {
         return error;
     }
+    capture.sent(frame);
     QByteArray answer;
-    error = receiveAnswer(socket, frame, timeoutMs, answer);
+    error = receiveAnswer(socket, frame, timeoutMs, capture, answer);
     if (!error.empty()) {
         return error;
     }
@@ -137,7 +149,7 @@ int ignoreFailure(QList<RW_VAR>, int, int)
 
 } // namespace
 
-std::string readValues(const DriverCalls& driver, const Options& options,
+std::string readValues(const DriverCalls& driver, const Options& options, ProbeCapture& capture,
                        std::vector<unsigned int>& values)
 {
     ComInfo link = ComInfo(); // all words 0: no retries, every variable at the default station
@@ -158,10 +170,13 @@ std::string readValues(const DriverCalls& driver, const Options& options,
     }
 
     PlainSocket socket;
-    std::string error = socket.connectTo(options.controller, options.timeoutMs);
+    std::vector<wire::ConnectAttempt> attempts;
+    std::string error = socket.connectTo(options.controller, options.timeoutMs, attempts);
+    capture.tried(attempts);
     for (int elements = 0; error.empty() && elements < options.count;) {
-        error = exchange(driver, socket, options.timeoutMs, elements);
+        error = exchange(driver, socket, options.timeoutMs, capture, elements);
     }
+    capture.closed(error);
     if (!error.empty()) {
         return error;
     }

@@ -4,6 +4,7 @@
 
 #include "driver_library.h"
 #include "options.h"
+#include "probe_capture.h"
 
 #include <string>
 #include <vector>
@@ -14,11 +15,12 @@ namespace probe
 {
 
 // Reads what `options` name, over a connection of its own.
-//   values  receives one number per element
-//   result  empty, or what went wrong
+//   capture  of what is exchanged
+//   values   receives one number per element
+//   result   empty, or what went wrong
 // The driver must be freshly loaded. Takes at most the time-out for the connection and for each
 // sending and each answer. The calling thread is the driver's communication thread meanwhile.
-std::string readValues(const DriverCalls& driver, const Options& options,
+std::string readValues(const DriverCalls& driver, const Options& options, ProbeCapture& capture,
                        std::vector<unsigned int>& values);
 
 } // namespace probe

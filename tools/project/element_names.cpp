@@ -72,7 +72,7 @@ ElementNames::ElementNames(const Project& project)
 
 void ElementNames::add(const Element& element, Format format)
 {
-    named_.push_back({element, memoryBits(element), format});
+    named_.push_back({element, memoryBits(element), format, element.addressText.toStdString()});
 }
 
 void ElementNames::sort()
@@ -128,14 +128,17 @@ wire::ElementsInWords ElementNames::describe(const wire::ElementInFrame* first,
         (first->address - named->element.address) % kWordBits == 0) {
         return describeText(*named, first, count);
     }
-    wire::ElementsInWords words = wire::elementInWords(*first);
-    words.name = nameOf(named, first->address, first->bits).toStdString();
     const bool isWhole =
         named && named->element.address == first->address && named->bits == first->bits;
-    if (isWhole && named->element.type != DataType::text) {
-        const QByteArray bytes = bytesOf(first->value, valueBytes(named->element));
-        words.value = decodeValue(named->element, named->format, bytes).toStdString();
+    if (!isWhole || named->element.type == DataType::text) {
+        wire::ElementsInWords words = wire::elementInWords(*first);
+        words.name = nameOf(named, first->address, first->bits).toStdString();
+        return words;
     }
+    wire::ElementsInWords words;
+    words.name = named->name;
+    const QByteArray bytes = bytesOf(first->value, valueBytes(named->element));
+    words.value = decodeValue(named->element, named->format, bytes).toStdString();
     return words;
 }
 

@@ -10,6 +10,7 @@
 #include <QtCore/QString>
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace tavmir::project
@@ -40,6 +41,7 @@ private:
         Element element; // whose address is that of its lowest bit
         int bits;
         Format format;
+        std::string name; // the element's, ready for frames
     };
     // The variable that an element is, or the widest near one that covers it; null: none.
     const Named* find(std::uint32_t address, int bits) const;

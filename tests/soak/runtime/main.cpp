@@ -11,6 +11,7 @@
 #include "controller_thread.h"
 #include "resources.h"
 #include "runtime_under_test.h"
+#include "support/driver_file.h"
 #include "watchdog.h"
 
 #include <QtCore/QCoreApplication>
@@ -69,7 +70,7 @@ std::unique_ptr<tavmir::host::Driver> loadDriver()
 {
     QStringList problems;
     std::unique_ptr<tavmir::host::Driver> driver =
-        tavmir::host::Driver::load(TAVMIR_DRIVER, problems);
+        tavmir::host::Driver::load(tavmir::test::driverFile(TAVMIR_DRIVER), problems);
     if (!driver) {
         std::fprintf(stderr, "%s\n", qPrintable(problems.join('\n')));
         std::exit(1);
