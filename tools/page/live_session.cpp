@@ -98,6 +98,10 @@ void LiveSession::greet(const std::string& text)
 
 void LiveSession::tick(Clock::time_point now)
 {
+    if (state_ != State::opening && state_ != State::leaving && !stream_.is_open()) {
+        // Beast is taking leave of it, and would wait for it for ever.
+        leaveBy(now + limits().closeTime);
+    }
     if (state_ == State::leaving || state_ == State::opening) {
         if (now >= deadline_) {
             drop();
@@ -178,13 +182,18 @@ void LiveSession::ping()
     stream_.async_ping({}, [self = shared_from_this()](Error) { self->isPinging_ = false; });
 }
 
+void LiveSession::leaveBy(Clock::time_point deadline)
+{
+    state_ = State::leaving;
+    deadline_ = deadline;
+}
+
 void LiveSession::close(unsigned short code, const char* reason)
 {
     if (state_ == State::leaving) {
         return;
     }
-    state_ = State::leaving;
-    deadline_ = Clock::now() + limits().closeTime;
+    leaveBy(Clock::now() + limits().closeTime);
     stream_.async_close({static_cast<websocket::close_code>(code), reason},
                         [self = shared_from_this()](Error) { self->drop(); });
 }

@@ -49,6 +49,7 @@ private:
     void sendRest();
     void onSent(Error error, std::size_t bytes);
     void ping();
+    void leaveBy(Clock::time_point deadline);
     void close(unsigned short code, const char* reason);
 
     bool isSending() const { return outgoing_.text != nullptr; }
