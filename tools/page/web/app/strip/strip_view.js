@@ -44,7 +44,7 @@ function link(status, now) {
   const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
   const since = status.link.since === null ? '' : ` since ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
-  return { text: `${looks.sign} ${status.link.state}${since}`, sub: status.controller, mood: looks.mood, title };
+  return { text: `${looks.sign} ${status.link.state}`, sub: `${status.controller}${since}`, mood: looks.mood, title };
 }
 
 /**
@@ -111,7 +111,7 @@ function recording({ recording: kept, replay }) {
   const size = `${bytes(kept.bytes)} of ${bytes(kept.limit)}`;
   const title = `${kept.text}: ${size}, covers ${covered}`;
   if (kept.state === 'failed') return { text: '✕ REC failed', sub: kept.text, mood: 'bad', title };
-  return { text: `⏺ ${covered}`, sub: size, mood: 'good', title };
+  return { text: `● ${covered}`, sub: size, mood: 'good', title };
 }
 
 /**

@@ -91,7 +91,7 @@ export class Lane {
       height: 80,
       ms: 1,
       legend: { show: false },
-      padding: [6, 10, bit ? 4 : 6, 0],
+      padding: [6, 30, bit ? 4 : 6, 0],
       cursor: { y: false, points: { show: false }, drag: { x: true, y: false, setScale: false, dist: DRAG_PIXELS },
         sync: { key: 'trends', scales: ['x', null] } },
       scales: { x: { time: true, auto: false }, y: { range: (_, min, max) => this.#range(min, max) } },

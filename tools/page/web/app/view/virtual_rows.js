@@ -11,6 +11,7 @@ const SPARE = 4;
  * @property {() => {root: HTMLElement, parts: Row}} create
  * @property {(parts: Row, index: number, root: HTMLElement) => void} fill called for every row in sight, often:
  *   it writes what differs only
+ * @property {() => void} [moved] another row is the current one
  * @property {(index: number, event: KeyboardEvent) => boolean} [key] a key on the current row; true: taken
  */
 
@@ -42,6 +43,7 @@ export class VirtualRows {
     box.addEventListener('keydown', (event) => this.#pressed(event));
     box.addEventListener('focusin', (event) => this.#focused(event));
     new ResizeObserver((entries) => this.#resized(entries[0].contentRect.height)).observe(box);
+    this.#measureScrollbar();
   }
 
   get current() {
@@ -102,6 +104,7 @@ export class VirtualRows {
     this.#top = this.#box.scrollTop;
     this.#place();
     this.fill();
+    this.#kind.moved?.();
   }
 
   #scrolled() {
@@ -109,9 +112,16 @@ export class VirtualRows {
     if (this.#place()) this.fill();
   }
 
+  /** Tells the style sheet the width of the scroll bar, so that a heading keeps its columns above the rows'. */
+  #measureScrollbar() {
+    const width = this.#box.offsetWidth - this.#box.clientWidth;
+    this.#box.parentElement?.style.setProperty('--scrollbar', `${width}px`);
+  }
+
   /** @param {number} height */
   #resized(height) {
     this.#height = height;
+    this.#measureScrollbar();
     if (this.#place()) this.fill();
   }
 
@@ -155,6 +165,7 @@ export class VirtualRows {
     this.#current = index;
     this.#place();
     this.fill();
+    this.#kind.moved?.();
   }
 
   /** @param {KeyboardEvent} event */
