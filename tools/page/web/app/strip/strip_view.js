@@ -48,6 +48,16 @@ function link(status, now) {
 }
 
 /**
+ * What is said of the link while the page does not hear the program.
+ * @param {Said} said
+ * @returns {Said}
+ */
+function unheard({ text, sub = '' }) {
+  const title = 'the page has lost the program';
+  return { text: '? unknown', sub: `was ${text.slice(2)}, ${sub}`, mood: 'off', title };
+}
+
+/**
  * @param {Status} status
  * @returns {Said}
  */
@@ -156,7 +166,10 @@ export class StripView {
     const title = `${sign}${status.project} · tavmir-host`;
     if (document.title !== title) document.title = title;
     const now = this.#store.clock.now();
-    CELLS.forEach(({ says }, index) => this.#drawCell(index, says(status, now)));
+    CELLS.forEach(({ name, says }, index) => {
+      const said = says(status, now);
+      this.#drawCell(index, state !== 'live' && name === 'link' ? unheard(said) : said);
+    });
   }
 
   /**
