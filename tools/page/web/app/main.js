@@ -70,7 +70,7 @@ const lower = /** @type {const} */ ([['e', 'events', events], ['f', 'frames', fr
 for (const [key, name, view] of lower) {
   keys.add({ key, does: `to the ${name}`, act: () => {
     tabs.open(name);
-    view.focus();
+    if (!view.focus()) tabs.focus(name);
   } });
 }
 keys.add({ key: 'Escape', does: 'close what is open', act: () => drawer.close() });
