@@ -4,6 +4,7 @@
 
 #include "capture/capture_files.h"
 #include "project/project_model.h"
+#include "recorder/recorder.h"
 #include "row_formats.h"
 
 #include <QtCore/QStringList>
@@ -39,20 +40,22 @@ struct CommandLine {
     bool readBack = false;    // --read-back
     bool names = false;       // --names
     bool commandsFromInput = false;
-    capture::CaptureOptions capture; // its file empty: none is made
-    TraceOptions trace;              // --trace
+    capture::CaptureOptions capture;  // its file empty: none is made
+    TraceOptions trace;               // --trace
+    recorder::RecorderOptions record; // --record; its folder empty: nothing is recorded
 };
 
 // Options that not every command has.
 enum CommandOption : unsigned {
-    kOutputOption = 1,    // --format
-    kFormatOption = 2,    // --as
-    kTimeoutOption = 8,   // --timeout
-    kRunOptions = 4,      // --duration, --interval, --changes, --pass, --stale-after, --stdin
-    kWriteOptions = 16,   // --read-back
-    kNamesOption = 32,    // --names
-    kTraceOption = 64,    // --trace
-    kCaptureOptions = 128 // --capture, --capture-limit, --capture-files
+    kOutputOption = 1,     // --format
+    kFormatOption = 2,     // --as
+    kTimeoutOption = 8,    // --timeout
+    kRunOptions = 4,       // --duration, --interval, --changes, --pass, --stale-after, --stdin
+    kWriteOptions = 16,    // --read-back
+    kNamesOption = 32,     // --names
+    kTraceOption = 64,     // --trace
+    kCaptureOptions = 128, // --capture, --capture-limit, --capture-files
+    kRecordOptions = 256   // --record, --record-limit, --record-every
 };
 
 struct CommandDescription {
