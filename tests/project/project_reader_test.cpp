@@ -15,6 +15,7 @@ namespace
 {
 
 using testing::HasSubstr;
+using testing::StartsWith;
 
 // A project with one label, and something more.
 QByteArray with(const QByteArray& more)
@@ -151,6 +152,13 @@ TEST(Reader, DuplicateKeysHaveLineAndColumn)
     EXPECT_EQ("test.json: line 1, column 39: key \"port\" is given twice",
               refusal("{ \"connection\": { \"port\": 1, \"a\": {}, \"port\": 2 } }"));
     readGood(R"({ "types": [], "labels": [], "polled": [] })");
+}
+
+TEST(Reader, ARefusalIsOneLineWhateverKeysHold)
+{
+    EXPECT_EQ("test.json: line 2, column 6: key \"a\\u000ab\" is given twice",
+              refusal("{\"a\nb\":1,\"a\nb\":2}"));
+    EXPECT_THAT(refusal(R"({"a\nb": 1})"), StartsWith("test.json: a\\u000ab: unknown key"));
 }
 
 TEST(Reader, NestingAndSizeAreLimited)

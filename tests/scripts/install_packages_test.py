@@ -75,8 +75,8 @@ class InstallPackages(unittest.TestCase):
         self.assertEqual(self.calls().count("sleep"), 0)
 
     def test_a_package_manager_that_stays_busy_ends_it(self):
-        # The stand-in's sleep takes two minutes of bash's own clock.
-        (self.folder / "clock").write_text("sleep() { SECONDS=$((SECONDS + 61)); }\nexport -f sleep\n")
+        # The stand-in's sleep takes ten minutes of bash's own clock.
+        (self.folder / "clock").write_text("sleep() { SECONDS=$((SECONDS + 301)); }\nexport -f sleep\n")
         ended = self.run_it("bash", "-c", '. "$STAND_INS/clock"; exec "$0" one', INSTALL, failures=9)
         self.assertNotEqual(ended.returncode, 0)
         self.assertIn("Could not get lock", ended.stderr)

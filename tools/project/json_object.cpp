@@ -34,14 +34,20 @@ const char* typeName(const QJsonValue& value)
 
 } // namespace
 
-QString quoted(const QString& text)
+QString printable(const QString& text)
 {
     QString shown;
-    for (const QChar character : text.left(kQuotedCharacters)) {
+    for (const QChar character : text) {
         shown += character.isPrint() ? QString(character)
                                      : QString("\\u%1").arg(character.unicode(), 4, 16, QChar('0'));
     }
-    return "\"" + shown + (text.size() > kQuotedCharacters ? "…\"" : "\"");
+    return shown;
+}
+
+QString quoted(const QString& text)
+{
+    return "\"" + printable(text.left(kQuotedCharacters)) +
+           (text.size() > kQuotedCharacters ? "…\"" : "\"");
 }
 
 JsonObject::JsonObject(const QJsonValue& value, const QString& path, const QStringList& known)

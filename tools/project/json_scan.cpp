@@ -1,6 +1,8 @@
 // Walks JSON bytes once, keeping the open objects' keys on a stack.
 #include "json_scan.h"
 
+#include "json_object.h"
+
 #include <QtCore/QSet>
 
 #include <algorithm>
@@ -113,7 +115,8 @@ JsonScan scanJson(const QByteArray& text, int maxNesting)
                 const QByteArray key = text.mid(i + 1, *end - i - 2);
                 if (levels.back().keys.contains(key)) {
                     scan.offset = i;
-                    scan.problem = QString("key \"%1\" is given twice").arg(QString::fromUtf8(key));
+                    scan.problem =
+                        QString("key %1 is given twice").arg(quoted(QString::fromUtf8(key)));
                     return scan;
                 }
                 levels.back().keys.insert(key);

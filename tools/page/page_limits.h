@@ -1,0 +1,34 @@
+// What one client, and all of them together, may ask of the server.
+#ifndef TAVMIR_PAGE_PAGE_LIMITS_H
+#define TAVMIR_PAGE_PAGE_LIMITS_H
+
+#include <chrono>
+#include <cstddef>
+
+namespace tavmir::page
+{
+
+struct PageLimits {
+    using Ms = std::chrono::milliseconds;
+
+    int clients = 32;                      // connections at a time; the next is answered 503
+    std::size_t headerBytes = 8 * 1024;    // of a request, with its first line; beyond: 431
+    std::size_t bodyBytes = 64 * 1024;     // of a request; beyond: 413
+    std::size_t frameBytes = 64 * 1024;    // of a live message from a client; beyond: closed
+    std::size_t unreadBytes = 1024 * 1024; // sent to a client and not read by it; beyond: dropped
+    Ms headerTime{10 * 1000};              // for a request's header; beyond: 408
+    Ms bodyTime{10 * 1000};                // for its body
+    Ms idleTime{30 * 1000};                // between two requests of a connection
+    Ms sendTime{30 * 1000};                // in which a client must have read something
+    Ms helloTime{10 * 1000};               // for the first live message
+    Ms silence{10 * 1000};                 // of a live client before it is pinged
+    Ms closeTime{1000};                    // for a live client to answer a close
+    Ms lookEvery{100};                     // while somebody listens
+    Ms lookUnheard{1000};                  // while nobody does
+    Ms statusEvery{1000};                  // a live message, even if nothing has changed
+    Ms acceptPause{250};                   // when the system has no descriptor left
+};
+
+} // namespace tavmir::page
+
+#endif
