@@ -3,10 +3,13 @@
 import page from '../../tools/page/web/eslint.config.js';
 
 const names = ['AbortController', 'Buffer', 'URL', 'URLSearchParams', 'clearTimeout', 'console', 'fetch', 'performance',
-  'process', 'setInterval', 'clearInterval', 'setTimeout', 'WebSocket', 'document', 'getComputedStyle', 'location',
-  'requestAnimationFrame', 'sessionStorage', 'window'];
+  'process', 'setInterval', 'clearInterval', 'setTimeout', 'MutationObserver', 'WebSocket', 'document', 'location',
+  'getComputedStyle', 'requestAnimationFrame', 'sessionStorage', 'window'];
 
-export default page.map((part) => (part.files ? {
+/** @type {any[]} */
+const parts = page;
+
+export default parts.map((part) => (part.files ? {
   ...part,
   files: ['**/*.mjs', '**/*.js'],
   languageOptions: { ...part.languageOptions, globals: Object.fromEntries(names.map((name) => [name, 'readonly'])) },

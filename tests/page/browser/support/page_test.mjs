@@ -1,30 +1,17 @@
 // pageTest: a statement about the page, proved on a plant of its own in a browser window of its own.
 import assert from 'node:assert/strict';
-import { after, test } from 'node:test';
+import { test } from 'node:test';
 
-import { browserFile, chromium } from './machine.mjs';
 import { Plant } from './plant.mjs';
-import { patienceMs } from './program.mjs';
 import { PageView } from './page_view.mjs';
-import { Watch } from './watch.mjs';
-
-/** @type {Promise<import('playwright-core').Browser> | undefined} */
-let browser;
-after(async () => { await (await browser)?.close(); });
-
-function theBrowser() {
-  // Chromium has no sandbox for root; a name that a foreign server may give this machine.
-  const args = ['--no-sandbox', '--host-resolver-rules=MAP rebound.test 127.0.0.1'];
-  browser ??= chromium.launch({ executablePath: browserFile(), args });
-  return browser;
-}
+import { watchedWindow } from './window.mjs';
 
 /**
  * @typedef {object} Stage
  * @property {Plant} plant
  * @property {PageView} page the page of the plant, opened with its URL
  * @property {import('playwright-core').BrowserContext} context the browser window
- * @property {Watch} watch
+ * @property {import('./watch.mjs').Watch} watch what no page may do; the test fails when it was done
  * @property {(settings: import('./plant.mjs').Settings) => Promise<Plant>} another a further plant
  * @property {(url: string) => Promise<PageView>} tab a further tab of the window, opened with a plant's URL
  */
@@ -36,19 +23,13 @@ function theBrowser() {
  */
 export function pageTest(statement, settings, body) {
   test(statement, async () => {
-    const { window: windowOptions, ...plantSettings } = settings;
+    const { context, watch } = await watchedWindow(settings.window);
     /** @type {Plant[]} */
     const plants = [];
-    const watch = new Watch();
-    const context = await (await theBrowser()).newContext({
-      viewport: { width: 1280, height: 720 }, acceptDownloads: true, locale: 'en-GB', ...windowOptions,
-    });
-    context.setDefaultTimeout(patienceMs);
-    await watch.over(context);
-
     const another = async (/** @type {import('./plant.mjs').Settings} */ its) => {
-      const plant = await Plant.start(its);
+      const plant = new Plant(its);
       plants.push(plant);
+      await plant.start();
       watch.allow(plant.origin);
       return plant;
     };
@@ -58,14 +39,14 @@ export function pageTest(statement, settings, body) {
       return page;
     };
     try {
-      const plant = await another(plantSettings);
+      const plant = await another(settings);
       const page = await tab(plant.url);
       await page.isLive();
       await body({ plant, page, context, watch, another, tab });
       assert.deepEqual(watch.problems, []);
     } catch (error) {
-      const said = plants.map((plant) => `host: ${plant.host?.said.slice(-2000)}`).join('\n');
-      console.error(`${statement}\n${watch.problems.join('\n')}\n${said}`);
+      const said = plants.map((plant) => `host: ${plant.said.slice(-2000)}`);
+      console.error([statement, ...watch.problems, ...said].join('\n'));
       throw error;
     } finally {
       await context.close();

@@ -11,8 +11,8 @@ import { Program } from './program.mjs';
  */
 
 export class Plant {
-  /** @type {Program} */ controller;
-  /** @type {Program} */ host;
+  /** @type {Program | undefined} */ #controller;
+  /** @type {Program | undefined} */ #host;
   /** HOST:PORT of the controller. */
   place = '127.0.0.1:0';
   /** Where the page is, with its token. */
@@ -25,17 +25,14 @@ export class Plant {
     this.hostOptions = [...(settings.host ?? []), ...(settings.writes ? ['--allow-writes'] : [])];
   }
 
-  /** @param {Settings} settings */
-  static async start(settings) {
-    const plant = new Plant(settings);
-    await plant.startController();
-    await plant.startHost();
-    return plant;
+  async start() {
+    await this.startController();
+    await this.startHost();
   }
 
   /** At the place where it was before, if there was one. @param {string[]} [options] instead of the settings' */
   async startController(options = this.controllerOptions) {
-    this.controller = new Program(controllerFile,
+    this.#controller = new Program(controllerFile,
       ['--listen', this.place, '--project', this.project, ...options]);
     this.place = await this.controller.line(/^listening on (\S+)$/);
   }
@@ -43,10 +40,19 @@ export class Plant {
   /** At the port where its page was before, if there was one. */
   async startHost() {
     const port = this.url ? new URL(this.url).port : '0';
-    this.host = new Program(hostFile, ['run', this.project, '--connect', this.place,
+    this.#host = new Program(hostFile, ['run', this.project, '--connect', this.place,
       `--page=127.0.0.1:${port}`, '--format', 'csv', '--interval', '3600000', ...this.hostOptions]);
     this.url = await this.host.line(/^(http:\/\/\S+#token=[0-9a-f]{32})$/);
   }
+
+  /** The controller's program, started before. */
+  get controller() { return started(this.#controller); }
+
+  /** The host's program, started before. */
+  get host() { return started(this.#host); }
+
+  /** What the host has said. */
+  get said() { return this.#host?.said ?? ''; }
 
   get origin() { return new URL(this.url).origin; }
   get token() { return this.url.slice(-32); }
@@ -82,8 +88,14 @@ export class Plant {
   }
 
   async stop() {
-    const ends = await Promise.allSettled([this.host?.stop(), this.controller?.stop()]);
+    const ends = await Promise.allSettled([this.#host?.stop(), this.#controller?.stop()]);
     const failed = ends.find((end) => end.status === 'rejected');
     if (failed) throw /** @type {PromiseRejectedResult} */ (failed).reason;
   }
+}
+
+/** @param {Program | undefined} program */
+function started(program) {
+  if (!program) throw new Error('the program has not been started');
+  return program;
 }

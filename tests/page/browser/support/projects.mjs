@@ -42,6 +42,7 @@ export function hostileTexts() {
     ] }],
     polled: [{ address: 'Main.Text', format: 'text' },
       { address: `Main.${markupName}`, format: 'text', name: '<u>named<u>' }],
-    initial: [{ address: 'Main.Text', value: markup }, { address: `Main.${markupName}`, value: '"><svg onload=alert(1)>' }],
+    initial: [{ address: 'Main.Text', value: markup },
+      { address: `Main.${markupName}`, value: '"><svg onload=alert(1)>' }],
   });
 }
