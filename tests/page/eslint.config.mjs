@@ -3,8 +3,8 @@
 import page from '../../tools/page/web/eslint.config.js';
 
 const names = ['AbortController', 'Buffer', 'URL', 'URLSearchParams', 'clearTimeout', 'console', 'fetch', 'performance',
-  'process', 'setInterval', 'clearInterval', 'setTimeout', 'MutationObserver', 'WebSocket', 'document', 'location',
-  'getComputedStyle', 'requestAnimationFrame', 'sessionStorage', 'window'];
+  'process', 'setInterval', 'clearInterval', 'setTimeout', 'MutationObserver', 'OffscreenCanvas', 'WebSocket', 'document',
+  'location', 'getComputedStyle', 'requestAnimationFrame', 'sessionStorage', 'window'];
 
 /** @type {any[]} */
 const parts = page;

@@ -140,14 +140,14 @@ export class PageView {
   }
 
   /** @param {string} stage */
-  async #writeIs(stage) { await this.tab.locator(`${by('write')}[data-stage="${stage}"]`).waitFor(); }
+  async writeIs(stage) { await this.tab.locator(`${by('write')}[data-stage="${stage}"]`).waitFor(); }
 
   /** Types a value; that it be written is then to be confirmed. @param {string} address @param {string} value */
   async beginWrite(address, value) {
     await this.#pressInRow(address, 'write-open');
     await this.part('write-new').fill(value);
     await this.press('write-go');
-    await this.#writeIs('confirm');
+    await this.writeIs('confirm');
     return this.part('write').innerText();
   }
 
@@ -160,7 +160,7 @@ export class PageView {
 
   /** What became of the write, as soon as the page says it. */
   async writeEnded() {
-    await this.#writeIs('ended');
+    await this.writeIs('ended');
     const outcome = this.part('write-outcome');
     return { outcome: await outcome.getAttribute('data-outcome'), text: await outcome.innerText() };
   }
