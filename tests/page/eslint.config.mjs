@@ -2,9 +2,9 @@
 // their texts go to a terminal, and what is handed to the browser knows its names.
 import page from '../../tools/page/web/eslint.config.js';
 
-const names = ['AbortController', 'Buffer', 'URL', 'URLSearchParams', 'clearTimeout', 'console', 'fetch', 'performance',
-  'process', 'setInterval', 'clearInterval', 'setTimeout', 'MutationObserver', 'OffscreenCanvas', 'WebSocket', 'document',
-  'location', 'getComputedStyle', 'requestAnimationFrame', 'sessionStorage', 'window'];
+const names = ['AbortController', 'Buffer', 'MutationObserver', 'OffscreenCanvas', 'URL', 'URLSearchParams', 'WebSocket',
+  'clearInterval', 'clearTimeout', 'console', 'document', 'fetch', 'getComputedStyle', 'location', 'performance',
+  'process', 'requestAnimationFrame', 'sessionStorage', 'setInterval', 'setTimeout', 'window'];
 
 /** @type {any[]} */
 const parts = page;
