@@ -2,9 +2,11 @@
 // their texts go to a terminal, and what is handed to the browser knows its names.
 import page from '../../tools/page/web/eslint.config.js';
 
-const names = ['AbortController', 'Buffer', 'MutationObserver', 'OffscreenCanvas', 'URL', 'WebSocket',
-  'URLSearchParams', 'clearInterval', 'clearTimeout', 'console', 'document', 'fetch', 'getComputedStyle', 'location', 'performance',
-  'process', 'requestAnimationFrame', 'sessionStorage', 'setInterval', 'setTimeout', 'window'];
+const names = [
+  'AbortController', 'Buffer', 'MutationObserver', 'OffscreenCanvas', 'URL', 'URLSearchParams', 'WebSocket',
+  'clearInterval', 'clearTimeout', 'console', 'document', 'fetch', 'getComputedStyle', 'location',
+  'performance', 'process', 'requestAnimationFrame', 'sessionStorage', 'setInterval', 'setTimeout', 'window',
+];
 
 /** @type {any[]} */
 const parts = page;

@@ -2,13 +2,14 @@
 // the client, texts of any length to it.
 import { createHash } from 'node:crypto';
 
-/** @param {string} text @returns {Buffer} one frame, not masked */
+/** One frame, not masked, its length in as few bytes as it needs. @param {string} text */
 function frame(text) {
   const payload = Buffer.from(text);
-  const head = Buffer.alloc(10);
+  const head = Buffer.alloc(payload.length < 126 ? 2 : payload.length < 65536 ? 4 : 10);
   head[0] = 0x81;
-  head[1] = 127;
-  head.writeBigUInt64BE(BigInt(payload.length), 2);
+  head[1] = payload.length < 126 ? payload.length : payload.length < 65536 ? 126 : 127;
+  if (head[1] === 126) head.writeUInt16BE(payload.length, 2);
+  if (head[1] === 127) head.writeBigUInt64BE(BigInt(payload.length), 2);
   return Buffer.concat([head, payload]);
 }
 
