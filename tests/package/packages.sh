@@ -129,6 +129,16 @@ for program in tavmir-controller tavmir-host; do
   grep -q Usage "$work/help" || fail "$program --help says nothing"
 done
 
+echo "-- the page is in its program, and in no other package"
+most=$((200 * 1024)) # bytes of the driver's package; the page would be more than all of it
+size=$(stat -c %s "$(file_of libtavmir-kx-tcp1)")
+[ "$size" -le "$most" ] || fail "libtavmir-kx-tcp1 has $size bytes, more than $most"
+grep -qF '<title>tavmir-host</title>' "$root/usr/bin/tavmir-host" || fail "the host has no page in it"
+for package in libtavmir-kx-tcp1 libtavmir-kx-tcp-dev libtavmir-kx-tcp1-checked tavmir-tools; do
+  pages=$(dpkg-deb -c "$(file_of $package)" | grep -E '\.(js|css|html)$' || true)
+  [ -z "$pages" ] || fail "$package has files of the page: $pages"
+done
+
 echo "-- the dissector is where tshark looks for it"
 plugins=usr/lib/$triplet/wireshark/plugins
 if [ "$processor" = amd64 ]; then
