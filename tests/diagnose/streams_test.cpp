@@ -85,6 +85,18 @@ TEST(Streams, FramesComeInPiecesAndSeveralAtOnce)
     EXPECT_EQ("2.00 ms", report.slowest.substr(0, 7));
 }
 
+TEST(Streams, OneByteThatIsMissingIsCalledOne)
+{
+    MadeCapture capture;
+    MadeConnection line(capture);
+    line.connect(0);
+    line.request(1, readWords(0, {100}));
+    line.missed(false, 1);
+    line.close(602, true);
+    EXPECT_EQ("1 byte is missing in the capture; what it held is not judged",
+              onlyOne(diagnosisOf(capture)).notes.at(0));
+}
+
 TEST(Streams, AReplyThatTheCaptureLacksIsNoTimeOut)
 {
     MadeCapture capture;

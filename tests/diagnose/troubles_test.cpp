@@ -363,7 +363,7 @@ TEST_F(Troubles, ARequestInFlightWhenTheCaptureEndsIsNotJudged)
     line.acknowledge(12, false);
     const auto diagnosis = diagnosisOf(capture);
     EXPECT_FALSE(diagnosis.isWrong());
-    EXPECT_EQ(0u, onlyOne(diagnosis).notes.at(0).find("1 requests had no reply yet"));
+    EXPECT_EQ(0u, onlyOne(diagnosis).notes.at(0).find("1 request had no reply yet"));
 }
 
 TEST_F(Troubles, ARequestThatWaitedForLongWhenTheHostEndsIsUnanswered)

@@ -282,17 +282,23 @@ void addFigures(ConversationReport& report, const Conversation& conversation, co
 void addNotes(ConversationReport& report, const Conversation& conversation)
 {
     const Counts& counts = conversation.counts();
-    const auto note = [&report](std::uint64_t count, const char* words) {
+    const auto note = [&report](std::uint64_t count, const char* ofOne, const char* ofMany) {
         if (count > 0) {
-            report.notes.push_back(std::to_string(count) + words);
+            report.notes.push_back(std::to_string(count) + (count == 1 ? ofOne : ofMany));
         }
     };
-    note(counts.lacking, " bytes are missing in the capture; what they held is not judged");
+    note(counts.lacking, " byte is missing in the capture; what it held is not judged",
+         " bytes are missing in the capture; what they held is not judged");
     note(counts.unread,
+         " byte behind a gap, or behind the capture's beginning, cannot be told apart and is not "
+         "judged",
          " bytes behind a gap, or behind the capture's beginning, cannot be told apart and are not "
          "judged");
-    note(counts.waiting, " requests had no reply yet when the capture or the host ended, and had "
-                         "not waited for long; they are not judged");
+    note(counts.waiting,
+         " request had no reply yet when the capture or the host ended, and had not waited for "
+         "long; it is not judged",
+         " requests had no reply yet when the capture or the host ended, and had not waited for "
+         "long; they are not judged");
 }
 
 } // namespace

@@ -28,7 +28,7 @@ struct Answer {
 };
 
 // All calls on the server's thread, one at a time. None may block: a call that takes long holds up
-// every client.
+// every client. What get() and post() throw is answered by 500; the others throw nothing.
 class PageContent
 {
 public:

@@ -15,18 +15,21 @@ struct PageLimits {
     std::size_t headerBytes = 8 * 1024;    // of a request, with its first line; beyond: 431
     std::size_t bodyBytes = 64 * 1024;     // of a request; beyond: 413
     std::size_t frameBytes = 64 * 1024;    // of a live message from a client; beyond: closed
-    std::size_t unreadBytes = 1024 * 1024; // sent to a client and not read by it; beyond: dropped
+    std::size_t unreadBytes = 1024 * 1024; // that a client may be slow to read
     Ms headerTime{10 * 1000};              // for a request's header; beyond: 408
-    Ms bodyTime{10 * 1000};                // for its body
+    Ms bodyTime{10 * 1000};                // for its body; beyond: 408
+    Ms answerTime{120 * 1000};             // for the content to answer an order; beyond: 504
     Ms idleTime{30 * 1000};                // between two requests of a connection
     Ms sendTime{30 * 1000};                // in which a client must have read something
-    Ms helloTime{10 * 1000};               // for the first live message
-    Ms silence{10 * 1000};                 // of a live client before it is pinged
-    Ms closeTime{1000};                    // for a live client to answer a close
-    Ms lookEvery{100};                     // while somebody listens
-    Ms lookUnheard{1000};                  // while nobody does
-    Ms statusEvery{1000};                  // a live message, even if nothing has changed
-    Ms acceptPause{250};                   // when the system has no descriptor left
+    Ms unreadTime{5 * 1000};               // the same while it has more than `unreadBytes` to read
+    Ms helloTime{10 * 1000};               // for a live client's greeting
+    Ms silence{10 * 1000};           // of a live client before it is pinged; three times: gone
+    Ms closeTime{1000};              // for a client to take leave
+    Ms lookEvery{100};               // while somebody listens; also how often time is looked at
+    Ms lookUnheard{1000};            // while nobody does
+    Ms statusEvery{1000};            // a live message, even if nothing has changed
+    Ms acceptPause{250};             // when the system has no descriptor left
+    int sendBufferBytes = 64 * 1024; // of the system, for each client
 };
 
 } // namespace tavmir::page
