@@ -111,7 +111,7 @@ done
 for document in libtavmir-kx-tcp-dev/{panel,binary-interface,host-duties,integration,protocol}.md \
   libtavmir-kx-tcp-dev/examples/minimal-host/{minimal_host.cpp,CMakeLists.txt,README.md} \
   libtavmir-kx-tcp1-checked/host-duties.md tavmir-wireshark/wireshark.md \
-  tavmir-tools/{project-file,check-host,protocol}.md tavmir-tools/examples/plant.json \
+  tavmir-tools/{project-file,check-host,protocol,page}.md tavmir-tools/page.png tavmir-tools/examples/plant.json \
   tavmir-tools/examples/check-host/standard.script; do
   [ -s "$root/usr/share/doc/$document" ] || fail "no document $document"
 done
