@@ -3,6 +3,7 @@
 #define TAVMIR_HOST_COMMAND_LINE_H
 
 #include "capture/capture_files.h"
+#include "page_options.h"
 #include "project/project_model.h"
 #include "row_formats.h"
 
@@ -41,18 +42,20 @@ struct CommandLine {
     bool commandsFromInput = false;
     capture::CaptureOptions capture; // its file empty: none is made
     TraceOptions trace;              // --trace
+    PageOptions page;                // --page, --open, --allow-writes
 };
 
 // Options that not every command has.
 enum CommandOption : unsigned {
-    kOutputOption = 1,    // --format
-    kFormatOption = 2,    // --as
-    kTimeoutOption = 8,   // --timeout
-    kRunOptions = 4,      // --duration, --interval, --changes, --pass, --stale-after, --stdin
-    kWriteOptions = 16,   // --read-back
-    kNamesOption = 32,    // --names
-    kTraceOption = 64,    // --trace
-    kCaptureOptions = 128 // --capture, --capture-limit, --capture-files
+    kOutputOption = 1,     // --format
+    kFormatOption = 2,     // --as
+    kTimeoutOption = 8,    // --timeout
+    kRunOptions = 4,       // --duration, --interval, --changes, --pass, --stale-after, --stdin
+    kWriteOptions = 16,    // --read-back
+    kNamesOption = 32,     // --names
+    kTraceOption = 64,     // --trace
+    kCaptureOptions = 128, // --capture, --capture-limit, --capture-files
+    kPageOptions = 256     // --page, --open, --allow-writes
 };
 
 struct CommandDescription {

@@ -24,7 +24,8 @@ struct Command {
 
 const Command kCommands[] = {
     {{"run", "", "Polls the project's variables and shows them live.",
-      kOutputOption | kTimeoutOption | kRunOptions | kTraceOption | kCaptureOptions, 0, 0},
+      kOutputOption | kTimeoutOption | kRunOptions | kTraceOption | kCaptureOptions | kPageOptions,
+      0, 0},
      runCommand},
     {{"read", "ADDRESS...", "Reads values from the controller once.",
       kOutputOption | kFormatOption | kTimeoutOption | kTraceOption | kCaptureOptions, 1,

@@ -30,6 +30,7 @@ void writeOne(JsonWriter& json, const PageEvent& event)
 void EventStore::add(PageEvent event)
 {
     event.id = next_++;
+    event.sequence = sequence_;
     events_.push_back(std::move(event));
     if (events_.size() > kMost) {
         events_.pop_front();
@@ -46,6 +47,14 @@ void EventStore::write(quint64 since, size_t limit, std::string& out) const
         writeOne(json, events_[i]);
     }
     json.endArray();
+}
+
+void EventStore::writeNewer(quint64 sequence, size_t limit, std::string& out) const
+{
+    const auto newer = std::upper_bound(
+        events_.begin(), events_.end(), sequence,
+        [](quint64 seen, const PageEvent& event) { return seen < event.sequence; });
+    write(newer == events_.end() ? newest() : newer->id - 1, limit, out);
 }
 
 void EventStore::writeBetween(double from, double to, const QString& address, size_t limit,

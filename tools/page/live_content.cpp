@@ -177,7 +177,7 @@ std::string LiveContent::snapshot()
 
 std::string LiveContent::changes(std::uint64_t since, std::uint64_t eventsSince)
 {
-    if (since >= state_.sequence() && eventsSince >= state_.events().newest()) {
+    if (std::min(since, eventsSince) >= state_.sequence()) {
         return std::string();
     }
     if (since < state_.listedAt()) {
@@ -186,7 +186,7 @@ std::string LiveContent::changes(std::uint64_t since, std::uint64_t eventsSince)
     std::string rows;
     state_.rows().writeSince(since, rows);
     std::string happened;
-    state_.events().write(eventsSince, kEventsAtFirst, happened);
+    state_.events().writeNewer(eventsSince, kEventsAtFirst, happened);
     std::string out;
     JsonWriter json(out);
     json.beginObject();

@@ -72,6 +72,7 @@ void LiveState::look()
         sequence_ = next_;
         countedAt_ = now;
         isOther_ = false;
+        events_.setSequence(sequence_ + 1);
     }
 }
 
