@@ -44,7 +44,17 @@ function link(status, now) {
   const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
   const since = status.link.since === null ? '' : ` since ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
-  return { text: `${looks.sign} ${status.link.state}${since}`, sub: status.controller, mood: looks.mood, title };
+  return { text: `${looks.sign} ${status.link.state}`, sub: `${status.controller}${since}`, mood: looks.mood, title };
+}
+
+/**
+ * What is said of the link while the page does not hear the program.
+ * @param {Said} said
+ * @returns {Said}
+ */
+function unheard({ text, sub = '' }) {
+  const title = 'the page has lost the program';
+  return { text: '? unknown', sub: `was ${text.slice(2)}, ${sub}`, mood: 'off', title };
 }
 
 /**
@@ -111,7 +121,7 @@ function recording({ recording: kept, replay }) {
   const size = `${bytes(kept.bytes)} of ${bytes(kept.limit)}`;
   const title = `${kept.text}: ${size}, covers ${covered}`;
   if (kept.state === 'failed') return { text: '✕ REC failed', sub: kept.text, mood: 'bad', title };
-  return { text: `⏺ ${covered}`, sub: size, mood: 'good', title };
+  return { text: `● ${covered}`, sub: size, mood: 'good', title };
 }
 
 /**
@@ -156,7 +166,10 @@ export class StripView {
     const title = `${sign}${status.project} · tavmir-host`;
     if (document.title !== title) document.title = title;
     const now = this.#store.clock.now();
-    CELLS.forEach(({ says }, index) => this.#drawCell(index, says(status, now)));
+    CELLS.forEach(({ name, says }, index) => {
+      const said = says(status, now);
+      this.#drawCell(index, state !== 'live' && name === 'link' ? unheard(said) : said);
+    });
   }
 
   /**

@@ -91,7 +91,7 @@ export class Lane {
       height: 80,
       ms: 1,
       legend: { show: false },
-      padding: [6, 10, bit ? 4 : 6, 0],
+      padding: [6, 30, bit ? 4 : 6, 0],
       cursor: { y: false, points: { show: false }, drag: { x: true, y: false, setScale: false, dist: DRAG_PIXELS },
         sync: { key: 'trends', scales: ['x', null] } },
       scales: { x: { time: true, auto: false }, y: { range: (_, min, max) => this.#range(min, max) } },
@@ -132,7 +132,11 @@ export class Lane {
     /** @param {MouseEvent} event */
     const time = (event) => chart.posToVal(event.clientX - over.getBoundingClientRect().left, 'x');
     let pressed = 0;
-    over.addEventListener('mousedown', (event) => { pressed = event.clientX; });
+    let mine = false; // the charts share their selection: only the one that was pressed acts on it
+    over.addEventListener('mousedown', (event) => {
+      pressed = event.clientX;
+      mine = true;
+    });
     over.addEventListener('mousemove', (event) => pointing.hover(time(event)));
     over.addEventListener('mouseleave', () => pointing.hover(null));
     over.addEventListener('click', (event) => {
@@ -149,7 +153,8 @@ export class Lane {
       const from = chart.posToVal(left, 'x');
       const to = chart.posToVal(left + width, 'x');
       chart.setSelect({ left: 0, top: 0, width: 0, height: 0 }, false);
-      pointing.drag(from, to);
+      if (mine) pointing.drag(from, to);
+      mine = false;
     }];
   }
 

@@ -54,7 +54,7 @@ export function createValueRow() {
     age: make('span', { class: 'value-age', role: 'gridcell', 'data-test': 'age' }),
     spark: make('canvas', { class: 'spark', width: '120', height: '32', 'aria-hidden': 'true' }),
     why: button('why-open', 'Why?'),
-    write: button('write-open', 'Write'),
+    write: button('write-open', '✎'),
     shown: null,
   };
   parts.value.append(parts.mark, parts.text);

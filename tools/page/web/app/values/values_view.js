@@ -1,5 +1,7 @@
 // The table of values: filter, rows in sight, pin, Why?, write.
+import { dayTime } from '../text/ages.js';
 import { counted } from '../text/numbers.js';
+import { look, valueText } from '../text/qualities.js';
 import { element, setText } from '../view/dom.js';
 import { VirtualRows } from '../view/virtual_rows.js';
 import { listed } from './filter.js';
@@ -29,6 +31,7 @@ export class ValuesView {
   #actions;
   #filter = element('filter', HTMLInputElement);
   #onlyBad = element('only-bad', HTMLInputElement);
+  #detail = element('values-detail', HTMLElement);
   #count = element('values-count', HTMLElement);
   /** @type {number[]} */
   #listed = [];
@@ -54,6 +57,7 @@ export class ValuesView {
       create: createValueRow,
       fill: (parts, place, root) => this.#fill(parts, place, root),
       key: (place, event) => this.#key(place, event),
+      moved: () => this.#say(),
     });
     box.addEventListener('click', (event) => this.#clicked(event));
     this.#filter.addEventListener('input', () => this.#list());
@@ -96,9 +100,26 @@ export class ValuesView {
     if (this.#drawSparks) this.#sparksDrawn = now;
     this.#rows.show(this.#listed.length);
     this.#drawSparks = true;
+    this.#say();
     const all = this.#store.variables.length;
     const { length } = this.#listed;
     setText(this.#count, length === all ? counted(all, 'variable') : `${length} of ${counted(all, 'variable')}`);
+  }
+
+  /** The current row in full, under the table: nothing is cut off there. */
+  #say() {
+    const variable = this.#variable(this.#rows.current);
+    if (!variable) {
+      setText(this.#detail, '');
+      return;
+    }
+    const row = this.#store.values[variable.index];
+    const { word, reason } = look(row, this.#store.link === 'live');
+    const name = variable.name === variable.address ? variable.name : `${variable.name} = ${variable.address}`;
+    const kind = variable.elements > 1 ? `${variable.elements} × ${variable.type}` : variable.type;
+    const changed = row[6] === null ? '' : `, changed ${dayTime(row[6], this.#store.clock.now())}`;
+    setText(this.#detail, `${name} · ${kind}, station ${variable.station} · ${valueText(row)} · ${word}`
+      + `${reason === '' ? '' : `: ${reason}`}${changed}`);
   }
 
   /** @param {number} place */

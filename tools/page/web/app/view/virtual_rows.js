@@ -11,6 +11,7 @@ const SPARE = 4;
  * @property {() => {root: HTMLElement, parts: Row}} create
  * @property {(parts: Row, index: number, root: HTMLElement) => void} fill called for every row in sight, often:
  *   it writes what differs only
+ * @property {() => void} [moved] another row is the current one
  * @property {(index: number, event: KeyboardEvent) => boolean} [key] a key on the current row; true: taken
  */
 
@@ -42,6 +43,7 @@ export class VirtualRows {
     box.addEventListener('keydown', (event) => this.#pressed(event));
     box.addEventListener('focusin', (event) => this.#focused(event));
     new ResizeObserver((entries) => this.#resized(entries[0].contentRect.height)).observe(box);
+    this.#measureScrollbar();
   }
 
   get current() {
@@ -82,13 +84,14 @@ export class VirtualRows {
   }
 
   /**
-   * Makes a row the current one, in sight, and gives it the focus.
+   * Makes a row the current one, in sight, and gives it the focus; false when there is none.
    * @param {number} index
    */
   focus(index) {
-    if (this.#count === 0) return;
+    if (this.#count === 0) return false;
     this.select(index);
     this.#used.get(this.#current)?.root.focus({ preventScroll: true });
+    return true;
   }
 
   /** @param {number} index */
@@ -102,6 +105,7 @@ export class VirtualRows {
     this.#top = this.#box.scrollTop;
     this.#place();
     this.fill();
+    this.#kind.moved?.();
   }
 
   #scrolled() {
@@ -109,9 +113,16 @@ export class VirtualRows {
     if (this.#place()) this.fill();
   }
 
+  /** Tells the style sheet the width of the scroll bar, so that a heading keeps its columns above the rows'. */
+  #measureScrollbar() {
+    const width = this.#box.offsetWidth - this.#box.clientWidth;
+    this.#box.parentElement?.style.setProperty('--scrollbar', `${width}px`);
+  }
+
   /** @param {number} height */
   #resized(height) {
     this.#height = height;
+    this.#measureScrollbar();
     if (this.#place()) this.fill();
   }
 
@@ -155,6 +166,7 @@ export class VirtualRows {
     this.#current = index;
     this.#place();
     this.fill();
+    this.#kind.moved?.();
   }
 
   /** @param {KeyboardEvent} event */
