@@ -293,6 +293,11 @@ quint64 RecordingFile::bytes() const
         sizeOf(path_), static_cast<quint64>(database_->number("PRAGMA page_count")) * kPageBytes);
 }
 
+quint64 RecordingFile::bytesOnDisk() const
+{
+    return sizeOf(path_) + sizeOf(path_ + "-wal") + sizeOf(path_ + "-shm");
+}
+
 bool RecordingFile::isThere() const
 {
     return inodeOf(path_) == inode_;

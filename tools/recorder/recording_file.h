@@ -35,7 +35,8 @@ public:
     // somebody reads just now, it is done later, see settle().
     void finish();
 
-    quint64 bytes() const; // as long as the file is, or will be with what is in the log
+    quint64 bytes() const;       // as long as the file is, or will be with what is in the log
+    quint64 bytesOnDisk() const; // with its log
     const std::string& path() const { return path_; }
     // The file is where it was begun; somebody may have removed it.
     bool isThere() const;
