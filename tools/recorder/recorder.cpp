@@ -85,6 +85,7 @@ QString Recorder::open()
             .arg(options_.limitBytes >> 20)
             .arg((2 * needed * kFilesInALimit >> 20) + 1);
     }
+    removeUnfinished(folder_);
     tidy();
     const std::vector<Member> before = membersOf(folder_);
     if (!before.empty()) {

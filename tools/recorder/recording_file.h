@@ -46,7 +46,8 @@ public:
 
 private:
     RecordingFile(std::unique_ptr<Database> database, const std::string& path);
-    bool begin(const FileFacts& facts, Micros began, quint64 mostBytes, const Batch& opening);
+    bool describeAll(const FileFacts& facts, Micros began, const Batch& opening);
+    bool begin(quint64 mostBytes);
     bool describe(const FileFacts& facts, Micros began);
     bool setAbout(const QString& key, const RecordedValue& value);
     bool insert(const Batch& batch);
