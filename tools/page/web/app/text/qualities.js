@@ -15,7 +15,7 @@
 /** @type {Record<Shown, string>} */
 const SIGNS = { good: '●', stale: '◷', bad: '✕', never: '○', unconfirmed: '◐', unknown: '?' };
 
-const LOST = 'the page has lost the program';
+const LOST = 'page lost the program';
 
 /**
  * @param {ValueRow} row

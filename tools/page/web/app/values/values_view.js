@@ -1,5 +1,6 @@
 // The table of values: filter, rows in sight, pin, Why?, write.
 import { dayTime } from '../text/ages.js';
+import { SparkLoader } from '../feed/spark_loader.js';
 import { counted } from '../text/numbers.js';
 import { look, valueText } from '../text/qualities.js';
 import { element, setText } from '../view/dom.js';
@@ -37,6 +38,7 @@ export class ValuesView {
   #listed = [];
   #drawSparks = true;
   #sparksDrawn = 0;
+  #loader;
   /** @type {VirtualRows<RowParts>} */
   #rows;
 
@@ -51,6 +53,7 @@ export class ValuesView {
     this.#sparks = sparks;
     this.#colours = colours;
     this.#actions = actions;
+    this.#loader = new SparkLoader(store, sparks, () => this.#list());
     const box = element('values-rows', HTMLElement);
     this.#rows = new VirtualRows(box, {
       height: ROW_HEIGHT,
@@ -143,6 +146,7 @@ export class ValuesView {
       pinned: this.#store.isPinned(variable.address), denied: this.#actions.denied(variable),
     });
     if (fresh || this.#drawSparks) {
+      this.#loader.want(variable);
       drawSparkline(parts.spark, this.#sparks, index, now, this.#colours.of('line'));
     }
   }
