@@ -23,18 +23,20 @@ MAY_KNOW = {
     "terminal": ["feed"],
     "capture": ["wire"],
     "capture/feed_": ["wire", "project", "plan", "feed", "capture"],
+    "recorder": ["wire", "project", "plan", "feed"],
     "trace": ["wire", "project", "plan", "feed"],
     "diagnose": ["wire"],
     "page": ["wire", "project", "plan", "feed"],
     "host": ["wire", "project", "plan", "feed", "link", "driver", "session", "terminal", "trace",
-             "capture", "capture/feed_", "diagnose", "page"],
+             "capture", "capture/feed_", "diagnose", "recorder", "page"],
     "judge": ["wire"],
     "controller": ["wire", "project", "capture", "judge"],
     "probe": ["wire", "capture"],
 }
 # The only rooms in which these may be included.
 ONLY_IN = {"QtNetwork/": ["controller"], "curses.h": ["terminal"], "term.h": ["terminal"],
-           "pcap/": ["diagnose"], "tins/": ["diagnose"], "boost/": ["page"]}
+           "sqlite3.h": ["recorder"], "pcap/": ["diagnose"], "tins/": ["diagnose"],
+           "boost/": ["page"]}
 NO_QT = ["wire", "capture", "diagnose", "judge"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)

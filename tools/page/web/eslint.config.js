@@ -3,7 +3,8 @@ import js from '@eslint/js';
 
 const browser = [
   'AbortController', 'Blob', 'CSS', 'CustomEvent', 'Document', 'Element', 'Event', 'EventTarget', 'HTMLButtonElement',
-  'HTMLCanvasElement', 'HTMLDialogElement', 'HTMLElement', 'HTMLInputElement', 'HTMLSelectElement', 'Headers',
+  'HTMLCanvasElement', 'HTMLDialogElement', 'HTMLElement', 'HTMLFormElement', 'HTMLInputElement', 'HTMLOutputElement', 'HTMLSelectElement',
+  'Headers',
   'IntersectionObserver', 'KeyboardEvent', 'MouseEvent', 'Node', 'PointerEvent', 'ResizeObserver', 'URL',
   'URLSearchParams', 'WebSocket', 'WheelEvent', 'cancelAnimationFrame', 'clearInterval', 'clearTimeout', 'console',
   'devicePixelRatio', 'document', 'fetch', 'getComputedStyle', 'history', 'localStorage', 'location', 'matchMedia',

@@ -1,0 +1,22 @@
+// Saves what went over the line in the last minute as a capture.
+import { getBlob } from '../link/requests.js';
+import { download, element } from '../view/dom.js';
+
+const SECONDS = 60;
+
+/** @param {import('../view/announcer.js').Announcer} announcer */
+export function captureButton(announcer) {
+  const button = element('capture', HTMLButtonElement);
+  button.addEventListener('click', async () => {
+    button.disabled = true;
+    try {
+      const file = await getBlob('capture.pcapng', { seconds: SECONDS });
+      download(file, `line-${new Date().toISOString().slice(0, 19).replaceAll(':', '-')}.pcapng`);
+      announcer.say('The last minute was saved as a capture');
+    } catch (problem) {
+      announcer.problem(`No capture: ${problem instanceof Error ? problem.message : problem}`);
+    } finally {
+      button.disabled = false;
+    }
+  });
+}

@@ -1,0 +1,74 @@
+// The requests of a pass, why each ends where it does, and hints.
+import { get } from '../link/requests.js';
+import { counted } from '../text/numbers.js';
+import { element, make } from '../view/dom.js';
+
+/**
+ * @typedef {import('../feed/store.js').Store} Store
+ * @typedef {import('../feed/messages.js').Plan} Plan
+ * @typedef {import('../feed/messages.js').PlannedRequest} PlannedRequest
+ */
+
+const COLUMNS = ['Request', 'Station', 'Asks', 'From – to', 'Ends because', 'Variables'];
+
+export class PlanView {
+  #store;
+  #pane = element('plan', HTMLElement);
+  #shown = false;
+  /** Epoch and generation of the plan that is shown. */
+  #known = '';
+
+  /** @param {Store} store */
+  constructor(store) {
+    this.#store = store;
+    store.on(['variables', 'link'], () => this.#ask());
+  }
+
+  /** @param {boolean} shown */
+  show(shown) {
+    this.#shown = shown;
+    this.#ask();
+  }
+
+  focus() {
+    this.#pane.focus();
+  }
+
+  async #ask() {
+    const { epoch, generation, link } = this.#store;
+    const wanted = `${epoch} ${generation}`;
+    if (!this.#shown || link !== 'live' || wanted === this.#known) return;
+    this.#known = wanted;
+    try {
+      this.#draw(await get('plan'));
+    } catch (problem) {
+      this.#known = '';
+      const words = problem instanceof Error ? problem.message : String(problem);
+      this.#pane.replaceChildren(make('p', { class: 'empty', text: `No plan: ${words}` }));
+    }
+  }
+
+  /** @param {Plan} plan */
+  #draw(plan) {
+    const sum = `${counted(plan.requests.length, 'request')} for ${counted(plan.passElements, 'element')} of a pass`;
+    const head = make('tr', {}, ...COLUMNS.map((text) => make('th', { scope: 'col', text })));
+    const rows = plan.requests.map((request) => this.#row(request));
+    const hints = plan.hints.map((text) => make('li', { text, 'data-test': 'plan-hint' }));
+    this.#pane.replaceChildren(
+      make('p', { class: 'plan-sum', text: sum }),
+      ...(hints.length === 0 ? [] : [make('ul', { class: 'plan-hints', 'aria-label': 'Hints' }, ...hints)]),
+      make('table', { class: 'plan-table' }, make('thead', {}, head), make('tbody', {}, ...rows)),
+    );
+  }
+
+  /** @param {PlannedRequest} request */
+  #row(request) {
+    const asks = `${request.function}: ${counted(request.elements, 'element')}, ${counted(request.bytes, 'byte')}`;
+    const span = request.first === request.last ? request.first : `${request.first} – ${request.last}`;
+    const texts = [`${request.number} of ${request.of}`, String(request.station), asks, span, request.ends];
+    const names = make('details', {}, make('summary', { text: String(request.variables.length) }),
+      make('span', { text: request.variables.join(', ') }));
+    return make('tr', { 'data-test': 'plan-request' }, ...texts.map((text) => make('td', { text })),
+      make('td', {}, names));
+  }
+}

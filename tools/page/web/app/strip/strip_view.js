@@ -1,0 +1,188 @@
+// The strip: link, pass, round trip, faults, recording, writes. While the page has lost the program it says so,
+// and what stands there is marked as of then.
+import { age, dayTime, length } from '../text/ages.js';
+import { bytes, counted } from '../text/numbers.js';
+import { element, make, setAttribute, setText, show } from '../view/dom.js';
+
+/**
+ * @typedef {import('../feed/store.js').Store} Store
+ * @typedef {import('../feed/messages.js').Status} Status
+ * @typedef {import('../feed/messages.js').Faults} Faults
+ *
+ * @typedef {'good'|'warn'|'bad'|'off'} Mood
+ * @typedef {{text: string, sub?: string, mood?: Mood, title?: string}} Said
+ */
+
+/** @type {{name: string, label: string, says: (status: Status, now: number) => Said}[]} */
+const CELLS = [
+  { name: 'link', label: 'Link', says: link },
+  { name: 'pass', label: 'Pass', says: pass },
+  { name: 'round-trip', label: 'Round trip', says: roundTrip },
+  faults('timeouts', 'Time-outs'),
+  faults('retries', 'Retries'),
+  faults('giveUps', 'Give-ups'),
+  faults('late', 'Late'),
+  faults('exceptions', 'Exceptions'),
+  { name: 'connections', label: 'Lost · failed', says: connections },
+  { name: 'recording', label: 'REC', says: recording },
+  { name: 'writes', label: 'Writes', says: writes },
+];
+
+/** @type {Record<string, {sign: string, mood: Mood}>} */
+const LINK_LOOKS = {
+  connected: { sign: '●', mood: 'good' }, connecting: { sign: '◌', mood: 'warn' },
+  lost: { sign: '✕', mood: 'bad' }, never: { sign: '○', mood: 'bad' },
+};
+
+/**
+ * @param {Status} status
+ * @param {number} now
+ * @returns {Said}
+ */
+function link(status, now) {
+  if (status.replay) return { text: '▷ recording', sub: 'no controller', mood: 'off', title: status.link.text };
+  const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
+  const since = status.link.since === null ? '' : ` since ${dayTime(status.link.since, now)}`;
+  const title = `${status.link.text} (${status.controller}${since})`;
+  return { text: `${looks.sign} ${status.link.state}`, sub: `${status.controller}${since}`, mood: looks.mood, title };
+}
+
+/**
+ * @param {Status} status
+ * @returns {Said}
+ */
+function pass({ pass: { ms, elements, requests } }) {
+  const sub = `${counted(elements, 'element')} in ${counted(requests, 'request')}`;
+  return { text: ms === null ? '–' : length(ms), sub, title: `one pass over all polled elements: ${sub}` };
+}
+
+/**
+ * @param {Status} status
+ * @returns {Said}
+ */
+function roundTrip({ roundTrip: { medianMs, p99Ms } }) {
+  if (medianMs === null) return { text: '–', sub: 'no reply yet' };
+  const p99 = p99Ms === null ? '–' : length(p99Ms);
+  return { text: length(medianMs), sub: `p99 ${p99}`, title: `median ${length(medianMs)}, 99 % within ${p99}` };
+}
+
+/**
+ * @param {keyof Faults} name
+ * @param {string} label
+ */
+function faults(name, label) {
+  return {
+    name,
+    label,
+    /**
+     * @param {Status} status
+     * @returns {Said}
+     */
+    says({ lastMinute, total }) {
+      const title = `${label}: ${lastMinute[name]} in the last minute, ${total[name]} since the start`;
+      const mood = lastMinute[name] > 0 ? 'bad' : 'off';
+      return { text: String(lastMinute[name]), sub: `of ${total[name]}`, mood, title };
+    },
+  };
+}
+
+/**
+ * @param {Status} status
+ * @returns {Said}
+ */
+function connections({ lastMinute: minute, total }) {
+  const title = `Connections lost: ${minute.lostConnections} in the last minute, ${total.lostConnections} since the `
+    + `start. Connecting failed: ${minute.failedConnects} in the last minute, ${total.failedConnects} since the start`;
+  const mood = minute.lostConnections + minute.failedConnects > 0 ? 'bad' : 'off';
+  return {
+    text: `${minute.lostConnections} · ${minute.failedConnects}`,
+    sub: `of ${total.lostConnections} · ${total.failedConnects}`, mood, title,
+  };
+}
+
+/**
+ * @param {Status} status
+ * @returns {Said}
+ */
+function recording({ recording: kept, replay }) {
+  if (replay) return { text: '–', sub: 'replayed', mood: 'off', title: 'a recording is being replayed' };
+  if (!kept) return { text: 'off', sub: 'not recorded', mood: 'off', title: 'nothing is recorded: see --record' };
+  const covered = kept.from === null || kept.to === null ? 'nothing yet' : age(kept.to - kept.from);
+  const size = `${bytes(kept.bytes)} of ${bytes(kept.limit)}`;
+  const title = `${kept.text}: ${size}, covers ${covered}`;
+  if (kept.state === 'failed') return { text: '✕ REC failed', sub: kept.text, mood: 'bad', title };
+  return { text: `● ${covered}`, sub: size, mood: 'good', title };
+}
+
+/**
+ * @param {Status} status
+ * @returns {Said}
+ */
+function writes({ writes: { allowed, only, text } }) {
+  if (!allowed) return { text: 'off', sub: 'read only', mood: 'off', title: text };
+  const sub = only ? counted(only.length, 'address', 'addresses') : 'all';
+  return { text: '✎ on', sub, mood: 'warn', title: only ? `${text}: ${only.join(', ')}` : text };
+}
+
+export class StripView {
+  #store;
+  #lost = element('lost', HTMLElement);
+  #project = document.querySelector('h1');
+  /** @type {{cell: HTMLElement, text: HTMLElement, sub: HTMLElement}[]} */
+  #cells;
+
+  /** @param {Store} store */
+  constructor(store) {
+    this.#store = store;
+    const strip = element('strip', HTMLElement);
+    this.#cells = CELLS.map(({ name, label }) => {
+      const text = make('dd', { class: 'strip-text', 'data-test': `strip-${name}` });
+      const sub = make('dd', { class: 'strip-sub', 'data-test': `strip-${name}-sub` });
+      const cell = make('div', { class: `strip-cell strip-${name}` }, make('dt', { text: label }), text, sub);
+      strip.append(cell);
+      return { cell, text, sub };
+    });
+    store.on(['status', 'link'], () => this.#draw());
+    this.#draw();
+  }
+
+  #draw() {
+    const { status, link: state } = this.#store;
+    setAttribute(document.documentElement, 'data-link', state);
+    this.#drawLost(state);
+    if (!status) return;
+    if (this.#project) setText(this.#project, status.project);
+    const sign = state === 'live' ? '' : '? ';
+    const title = `${sign}${status.project} · tavmir-host`;
+    if (document.title !== title) document.title = title;
+    const now = this.#store.clock.now();
+    CELLS.forEach(({ says }, index) => this.#drawCell(index, says(status, now)));
+  }
+
+  /**
+   * @param {number} index
+   * @param {Said} said
+   */
+  #drawCell(index, said) {
+    const { cell, text, sub } = this.#cells[index];
+    setText(text, said.text);
+    setText(sub, said.sub ?? '');
+    setAttribute(cell, 'data-mood', said.mood ?? 'good');
+    setAttribute(cell, 'title', said.title ?? '');
+  }
+
+  /** @param {import('../feed/store.js').LinkState} state */
+  #drawLost(state) {
+    const { heardAt } = this.#store.clock;
+    const asOf = heardAt === null ? '' : ` What is seen here is as of ${dayTime(heardAt, Date.now())}.`;
+    const texts = {
+      live: '',
+      connecting: '',
+      lost: `The page has lost the program.${asOf} Trying again …`,
+      refused: 'The program was started anew: open the address it printed.'
+        + ` (Its token is not the one this page has.)${asOf}`,
+    };
+    setText(this.#lost, texts[state]);
+    show(this.#lost, texts[state] !== '');
+  }
+}
