@@ -26,7 +26,7 @@ SEEN_BY = {
     "wire": ["wire_tests", "link_tests", "plan_tests", "trace_tests"] + HOST + CONTROLLER + PROBE,
     "project": ["project_tests", "plan_tests", "feed_tests"] + HOST + CONTROLLER,
     "plan": ["plan_tests", "feed_tests"] + HOST,
-    "feed": ["feed_tests", "link_tests"] + HOST,
+    "feed": ["feed_tests", "trace_tests", "link_tests"] + HOST,
     "link": ["link_tests"] + HOST,
     "driver": ["driver_tests"] + HOST,
     "session": HOST,
@@ -38,6 +38,7 @@ SEEN_BY = {
     "judge": ["judge_tests"] + CONTROLLER,
     "controller": CONTROLLER + ["host_program_tests"],
     "probe": PROBE,
+    "page": ["page_server_tests"],
 }
 # Programs that test programs start.
 STARTED = {

@@ -119,6 +119,31 @@ TEST_F(Recent, TheRoundTripIsTheMedian)
     EXPECT_DOUBLE_EQ(3, at(100).roundTripMs.value_or(-1));
 }
 
+TEST_F(Recent, TheSlowRoundTripIsThatOfOneInAHundred)
+{
+    watch(1);
+    for (int i = 0; i < 100; ++i) {
+        const int trip = i == 50 ? 70 : i == 60 ? 40 : 2;
+        figures_.take(polled(1, 1000 + 100 * i, 1000 + 100 * i + trip));
+    }
+    EXPECT_DOUBLE_EQ(40, *at(12000).slowRoundTripMs);
+    EXPECT_DOUBLE_EQ(2, *at(12000).roundTripMs);
+}
+
+TEST_F(Recent, WhatCameLateIsCountedAndIsNoFailure)
+{
+    Exchange exchange = madeRead(kReadWords, 1, {{0, 0}}, momentAt(1000));
+    exchange.foreignFrames = 2;
+    figures_.take(entryOf(exchange));
+    FeedEntry dropped;
+    dropped.kind = FeedKind::framesDropped;
+    dropped.frames = 3;
+    dropped.at = momentAt(2000);
+    figures_.take(dropped);
+    EXPECT_EQ(5, at(3000).lastMinute.late);
+    EXPECT_TRUE(at(3000).lastMinute.none());
+}
+
 TEST_F(Recent, OldRoundTripsAreForgotten)
 {
     for (int i = 0; i < 300; ++i) {

@@ -271,4 +271,26 @@ TEST_F(Values, NumbersBecomeBytesOfTheElement)
     EXPECT_EQ(0.0, numberRange(element("Main.Title")).high);
 }
 
+TEST(ValueNumber, IsTheNumberBehindTheText)
+{
+    Element word;
+    const auto number = [&](Format format, const char* hex) {
+        return decodeNumber(word, format, QByteArray::fromHex(hex));
+    };
+    EXPECT_EQ(-2, number(Format::signedNumber, "feff"));
+    EXPECT_EQ(65534, number(Format::unsignedNumber, "feff"));
+    EXPECT_EQ(65534, number(Format::hex, "feff"));
+    word.type = DataType::dword;
+    EXPECT_EQ(-2, number(Format::signedNumber, "feffffff"));
+    word.bitNumber = 3;
+    EXPECT_EQ(1, number(Format::bit, "01"));
+    word.bitNumber.reset();
+    word.type = DataType::real;
+    EXPECT_EQ(1.5, number(Format::floating, "0000c03f"));
+    EXPECT_EQ(std::nullopt, number(Format::floating, "0000807f")) << "no finite number";
+    word.type = DataType::text;
+    word.words = 1;
+    EXPECT_EQ(std::nullopt, number(Format::text, "3132"));
+}
+
 } // namespace tavmir::project

@@ -22,6 +22,14 @@ double msOf(Clock::duration duration)
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
+// Of the trips, if they were sorted, the one at this place.
+double msAt(std::vector<qint64>& trips, size_t place)
+{
+    const auto found = trips.begin() + static_cast<std::ptrdiff_t>(place);
+    std::nth_element(trips.begin(), found, trips.end());
+    return static_cast<double>(*found) / 1e6;
+}
+
 } // namespace
 
 FailureCounts& FailureCounts::operator+=(const FailureCounts& other)
@@ -32,6 +40,7 @@ FailureCounts& FailureCounts::operator+=(const FailureCounts& other)
     exceptions += other.exceptions;
     lostConnections += other.lostConnections;
     failedConnects += other.failedConnects;
+    late += other.late;
     return *this;
 }
 
@@ -62,6 +71,9 @@ void RecentFigures::take(const FeedEntry& entry)
         break;
     case FeedKind::connectFailed:
         ++countsAt(entry.at).failedConnects;
+        break;
+    case FeedKind::framesDropped:
+        countsAt(entry.at).late += entry.frames;
         break;
     default:
         break;
@@ -95,6 +107,7 @@ void RecentFigures::takeExchange(const Exchange& exchange)
     counts.exceptions += exchange.end == ExchangeEnd::exception ? 1 : 0;
     const bool late = exchange.end == ExchangeEnd::timeout || exchange.end == ExchangeEnd::cut;
     counts.timeouts += late ? 1 : 0;
+    counts.late += exchange.foreignFrames;
     if (exchange.answered()) {
         roundTrips_[answered_ % kRoundTrips] = (exchange.endedAt - exchange.sentAt).count();
         ++answered_;
@@ -155,9 +168,8 @@ RecentLine RecentFigures::at(Clock::time_point now) const
     std::vector<qint64> trips(roundTrips_.begin(),
                               roundTrips_.begin() +
                                   static_cast<std::ptrdiff_t>(std::min(answered_, kRoundTrips)));
-    const auto middle = trips.begin() + static_cast<std::ptrdiff_t>(trips.size() / 2);
-    std::nth_element(trips.begin(), middle, trips.end());
-    line.roundTripMs = static_cast<double>(*middle) / 1e6;
+    line.roundTripMs = msAt(trips, trips.size() / 2);
+    line.slowRoundTripMs = msAt(trips, (trips.size() * 99 + 99) / 100 - 1);
     return line;
 }
 

@@ -19,6 +19,7 @@ struct FailureCounts {
     quint64 exceptions = 0;
     quint64 lostConnections = 0;
     quint64 failedConnects = 0;
+    quint64 late = 0; // late, duplicate or foreign frames; no failure by themselves
 
     FailureCounts& operator+=(const FailureCounts& other);
     bool none() const;
@@ -29,6 +30,8 @@ struct RecentLine {
     std::optional<double> passMs;
     // The median of the latest on this connection; none: nothing was answered in the last minute.
     std::optional<double> roundTripMs;
+    // The same, of which 99 of 100 are no longer.
+    std::optional<double> slowRoundTripMs;
     FailureCounts lastMinute;
 };
 

@@ -305,6 +305,15 @@ FoldedValue ValueFold::value(size_t variable) const
               : FoldedValue();
 }
 
+size_t ValueFold::missingParts(size_t variable) const
+{
+    const Variable& fold = folds_[variable];
+    if (fold.places.size() > 1) {
+        return fold.missing;
+    }
+    return readAt(fold) ? 0 : 1;
+}
+
 std::vector<ReadPlace> ValueFold::placesOf(const Variable& fold) const
 {
     const Group& group = groups_[fold.group];

@@ -47,6 +47,15 @@ public:
     const std::vector<PolledElement>& variables() const { return variables_; }
     FoldedValue value(size_t variable) const;
     ValueQuality quality(size_t variable, Clock::time_point now) const;
+    // When the oldest part of what is shown was read; none: nothing is shown.
+    std::optional<Clock::time_point> readAt(size_t variable) const
+    {
+        return readAt(folds_[variable]);
+    }
+    // Its elements on the wire, and how many of them have not come since it was shown last; of a
+    // variable of one element none or all.
+    size_t parts(size_t variable) const { return folds_[variable].places.size(); }
+    size_t missingParts(size_t variable) const;
 
     const LineHealth& line() const { return qualities_.line(); }
 

@@ -13,14 +13,19 @@ using project::Format;
 Assignment parseAssignment(const project::Project& project, const PolledIndex& polled,
                            const QString& text, Format format)
 {
-    Assignment assignment;
     const int equals = text.indexOf('=');
     if (equals < 0) {
-        assignment.problem = QString("%1: a write is ADDRESS=VALUE").arg(printable(text));
-        return assignment;
+        Assignment refused;
+        refused.problem = QString("%1: a write is ADDRESS=VALUE").arg(printable(text));
+        return refused;
     }
-    const QString address = text.left(equals);
-    const QString value = text.mid(equals + 1);
+    return parseAssignment(project, polled, text.left(equals), text.mid(equals + 1), format);
+}
+
+Assignment parseAssignment(const project::Project& project, const PolledIndex& polled,
+                           const QString& address, const QString& value, Format format)
+{
+    Assignment assignment;
     const project::Resolution named = project::resolveNamed(project, address);
     if (!named.ok) {
         assignment.problem = QString("address \"%1\": %2").arg(printable(address), named.problem);

@@ -21,6 +21,10 @@ struct Assignment {
 Assignment parseAssignment(const project::Project& project, const PolledIndex& polled,
                            const QString& text, project::Format format);
 
+// The same of an address and a value.
+Assignment parseAssignment(const project::Project& project, const PolledIndex& polled,
+                           const QString& address, const QString& value, project::Format format);
+
 // "Main.Setpoint = 5: written", or what became of it and why.
 QString writeResult(const Assignment& assignment, const Outcome& outcome);
 

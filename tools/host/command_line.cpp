@@ -94,15 +94,20 @@ void addOptions(Parser& parser, unsigned options)
                           "too (--trace=hex, --trace=hex:FILE).",
                           "FILE"});
     }
+    if (options & kPageOptions) {
+        addPageOptions(parser);
+    }
 }
 
 // The parser knows no option that may have a value or none: without one its value is empty.
-QStringList withTraceValue(QStringList arguments, unsigned options)
+QStringList withEmptyValues(QStringList arguments, unsigned options)
 {
     const int end = arguments.indexOf("--");
     for (int i = 0; i < (end < 0 ? arguments.size() : end); ++i) {
-        if ((options & kTraceOption) && arguments[i] == "--trace") {
-            arguments[i] = "--trace=";
+        const bool isTrace = (options & kTraceOption) && arguments[i] == "--trace";
+        const bool isPage = (options & kPageOptions) && mayStandAlone(arguments[i]);
+        if (isTrace || isPage) {
+            arguments[i] += '=';
         }
     }
     return arguments;
@@ -282,7 +287,7 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
             command.arguments,
             "Addresses of the project, or @bit:, @word: or @dword: and a bit address.");
     }
-    if (!parser.parse(withTraceValue(arguments, command.options))) {
+    if (!parser.parse(withEmptyValues(arguments, command.options))) {
         parsed.problem =
             parser.unknownOptionNames().contains("pause")
                 ? QString("unknown option --pause: --pass says how often a pass begins")
@@ -290,7 +295,10 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
         return parsed;
     }
     if (parser.isSet(help)) {
-        parsed.help = parser.helpText().replace("--trace <FILE>", "--trace[=FILE]");
+        parsed.help = parser.helpText()
+                          .replace("--trace <FILE>", "--trace[=FILE]")
+                          .replace("--page <HOST:PORT>", "--page[=HOST:PORT]")
+                          .replace("--allow-writes <ADDRESSES>", "--allow-writes[=ADDRESSES]");
         return parsed;
     }
     if (parser.isSet(version)) {
@@ -320,6 +328,9 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
     if (command.options & kTraceOption) {
         takeTrace(parser, parsed.line, parsed.problem);
         refuseSameFile(parsed.line, parsed.problem);
+    }
+    if (command.options & kPageOptions) {
+        takePage(parser, parsed.line.page, parsed.problem);
     }
     parsed.line.readBack = (command.options & kWriteOptions) && parser.isSet("read-back");
     parsed.line.names = (command.options & kNamesOption) && parser.isSet("names");

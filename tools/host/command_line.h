@@ -3,6 +3,7 @@
 #define TAVMIR_HOST_COMMAND_LINE_H
 
 #include "capture/capture_files.h"
+#include "page_options.h"
 #include "project/project_model.h"
 #include "recorder/recorder.h"
 #include "row_formats.h"
@@ -43,6 +44,7 @@ struct CommandLine {
     capture::CaptureOptions capture;  // its file empty: none is made
     TraceOptions trace;               // --trace
     recorder::RecorderOptions record; // --record; its folder empty: nothing is recorded
+    PageOptions page;                 // --page, --open, --allow-writes
 };
 
 // Options that not every command has.
@@ -55,7 +57,8 @@ enum CommandOption : unsigned {
     kNamesOption = 32,     // --names
     kTraceOption = 64,     // --trace
     kCaptureOptions = 128, // --capture, --capture-limit, --capture-files
-    kRecordOptions = 256   // --record, --record-limit, --record-every
+    kRecordOptions = 256,  // --record, --record-limit, --record-every
+    kPageOptions = 512     // --page, --open, --allow-writes
 };
 
 struct CommandDescription {

@@ -1,7 +1,9 @@
 // `run`: polls, shows the values live, and takes reads and writes from standard input.
 #include "commands.h"
 
+#include "complain.h"
 #include "operator_input.h"
+#include "page_output.h"
 #include "prepared_host.h"
 #include "recording_report.h"
 #include "refused_report.h"
@@ -58,8 +60,9 @@ int msUntil(Clock::time_point time)
 class Run
 {
 public:
-    Run(const CommandLine& line, PreparedHost& host, wire::StopSignal& stop, Console& console)
-        : line_(line), host_(host), stop_(stop), console_(console),
+    Run(const CommandLine& line, PreparedHost& host, wire::StopSignal& stop, Console& console,
+        PageOutput& page)
+        : line_(line), host_(host), stop_(stop), console_(console), page_(page),
           view_(makeRunView(line.output, line.everyChange || isTraceOnTerminal(line.trace),
                             line.commandsFromInput, console)),
           monitor_(host.session().feed(), {line.staleAfterMs, host.controller()}, *view_,
@@ -76,6 +79,7 @@ public:
         host_.startCapture([this](const QString& text) { messages_.add(text); });
         host_.startRecording([this](const QString& text) { messages_.add(text); });
         session.start();
+        tellPage();
         bool allWritten = true;
         {
             std::unique_ptr<OperatorInput> commands;
@@ -90,7 +94,8 @@ public:
             if (commands) {
                 commands->stop();
             }
-            host_.closeSession(); // ends what the operator still waits for
+            host_.closeSession(); // ends what operator and page still wait for
+            page_.close();
             allWritten = !commands || commands->finish();
         }
         host_.stopCapture();
@@ -108,14 +113,37 @@ public:
     }
 
 private:
+    void addIfAny(const QString& problem)
+    {
+        if (!problem.isEmpty()) {
+            messages_.add(problem);
+        }
+    }
+
+    // Where the page is, once and alone on a line: among the messages of a table that stays in its
+    // place; beside a format that programs read.
+    void tellPage()
+    {
+        const QString url = page_.url();
+        if (url.isNull()) {
+            return;
+        }
+        if (view_->staysInPlace()) {
+            messages_.add(url);
+        } else if (line_.output == OutputFormat::table) {
+            console_.print(url);
+        } else {
+            console_.say(url);
+        }
+        addIfAny(page_.openBrowser());
+    }
+
     // False: the run is to end.
     bool look()
     {
         monitor_.look();
-        const QString problem = host_.takeTraceProblem();
-        if (!problem.isEmpty()) {
-            messages_.add(problem);
-        }
+        addIfAny(host_.takeTraceProblem());
+        addIfAny(page_.takeProblem());
         messages_.tell(*view_);
         return view_->look();
     }
@@ -155,6 +183,7 @@ private:
     PreparedHost& host_;
     wire::StopSignal& stop_;
     Console& console_;
+    PageOutput& page_;
     std::unique_ptr<RunView> view_;
     RunMonitor monitor_;
     Messages messages_;
@@ -174,8 +203,14 @@ int runCommand(const CommandLine& line)
     if (!host.openSession(options)) {
         return kExitBadInput;
     }
+    PageOutput page(host);
+    const QString noPage = page.open();
+    if (!noPage.isEmpty()) {
+        complain(noPage);
+        return kExitBadInput;
+    }
     Console console;
-    Run run(line, host, stop, console);
+    Run run(line, host, stop, console, page);
     return run.run() ? kExitOk : kExitFailed;
 }
 

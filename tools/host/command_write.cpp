@@ -4,7 +4,7 @@
 #include "complain.h"
 #include "console.h"
 #include "prepared_host.h"
-#include "reading.h"
+#include "read_back.h"
 #include "until_signal.h"
 #include "write_report.h"
 
@@ -71,7 +71,7 @@ private:
     {
         WriteReport report = {outcome, std::nullopt};
         if (host_.line().readBack) {
-            report.readBack = readBack(assignment);
+            report.readBack = readBack(host_, assignment, host_.line().valueFormat);
             report.outcome = settled(outcome, *report.readBack);
         }
         print(assignment, report);
@@ -79,17 +79,6 @@ private:
             allWritten_ = false;
             console_.complain(writeLine(assignment, report));
         }
-    }
-
-    ReadBack readBack(const Assignment& assignment)
-    {
-        const ReadRequest request = parseRead(host_.project(), host_.polled(), assignment.address,
-                                              host_.line().valueFormat);
-        const Outcome outcome =
-            host_.session().read(assignment.element, Deadline(host_.operationMs()));
-        const QByteArray bytes = valueBytes(assignment.element, outcome.bytes);
-        return {rowOf(request.elements.front(), outcome),
-                outcome.ok() && bytes == assignment.bytes};
     }
 
     void print(const Assignment& assignment, const WriteReport& report)

@@ -26,7 +26,7 @@ struct Command {
 const Command kCommands[] = {
     {{"run", "", "Polls the project's variables and shows them live.",
       kOutputOption | kTimeoutOption | kRunOptions | kTraceOption | kCaptureOptions |
-          kRecordOptions,
+          kRecordOptions | kPageOptions,
       0, 0},
      runCommand},
     {{"read", "ADDRESS...", "Reads values from the controller once.",

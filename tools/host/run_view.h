@@ -39,6 +39,9 @@ public:
     // One line beside the values.
     virtual void message(const QString& text) = 0;
 
+    // True where the table stays in its place, so that a line above it would not be seen.
+    virtual bool staysInPlace() const { return false; }
+
     // Looks at what is typed where the values are shown, and answers it. False: that the run is to
     // end.
     virtual bool look() { return true; }

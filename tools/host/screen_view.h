@@ -19,6 +19,7 @@ public:
     void show(const std::vector<ValueRow>& rows, const LineState& state) override;
     void change(const ValueRow& row, WallClock::time_point time) override;
     void message(const QString& text) override;
+    bool staysInPlace() const override { return true; }
     bool look() override;
     int commands() const override { return commands_[0]; }
     void leave() override;

@@ -59,16 +59,6 @@ std::vector<ValueRow> rowsOf(const ValueFold& values, Clock::time_point now)
     return rows;
 }
 
-QString printable(const QString& text)
-{
-    QString shown;
-    for (const QChar character : text) {
-        shown += character.isPrint() ? QString(character)
-                                     : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
-    }
-    return shown;
-}
-
 QString utcText(WallClock::time_point time)
 {
     const auto ms =

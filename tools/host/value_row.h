@@ -4,6 +4,7 @@
 
 #include "feed/quality.h"
 #include "feed/value_fold.h"
+#include "project/printable.h"
 
 #include <QtCore/QString>
 
@@ -36,8 +37,7 @@ ValueRow rowOf(const ValueFold& values, size_t place, Clock::time_point now);
 // Every variable of the fold as it stands now, in its order.
 std::vector<ValueRow> rowsOf(const ValueFold& values, Clock::time_point now);
 
-// What cannot be printed is shown as \xNN.
-QString printable(const QString& text);
+using project::printable;
 
 // "2026-03-01T12:00:00.123Z"
 QString utcText(WallClock::time_point time);

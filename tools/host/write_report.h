@@ -12,6 +12,7 @@ namespace tavmir::host
 // What was read after the write.
 struct ReadBack {
     ValueRow row;         // without a value: it could not be read
+    QByteArray bytes;     // of the value
     bool asAsked = false; // the value that was to be written stands there
 };
 

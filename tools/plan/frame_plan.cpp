@@ -4,8 +4,6 @@
 #include "label_tree.h"
 #include "wire/frame_layout.h"
 
-#include <map>
-
 namespace tavmir::host
 {
 
@@ -18,7 +16,7 @@ ElementClass classOf(unsigned char function)
     return code != nullptr ? code->elements : ElementClass::words;
 }
 
-QString endInWords(BatchEnd end)
+QString whyInWords(BatchEnd end)
 {
     switch (end) {
     case BatchEnd::byteBudget:
@@ -31,53 +29,12 @@ QString endInWords(BatchEnd end)
     return "the polled list is through";
 }
 
-// Variables in the order in which a frame meets them, and how many of their elements it holds.
-QStringList variablesOf(const PlannedFrame& frame, const std::vector<PolledElement>& polled,
-                        const std::map<WireElement, std::vector<size_t>>& users)
-{
-    std::vector<size_t> order;
-    std::map<size_t, int> parts;
-    for (const WireElement& element : frame.elements) {
-        const auto found = users.find(element);
-        if (found == users.end()) {
-            continue;
-        }
-        for (const size_t user : found->second) {
-            if (parts[user]++ == 0) {
-                order.push_back(user);
-            }
-        }
-    }
-    QStringList names;
-    for (const size_t user : order) {
-        const int words = project::wireElementCount(polled[user].element);
-        names << (words == 1 ? polled[user].name
-                             : QString("%1 (%2 of %3 words)")
-                                   .arg(polled[user].name)
-                                   .arg(parts[user])
-                                   .arg(words));
-    }
-    return names;
-}
-
 QString passText(const std::vector<PlannedFrame>& frames)
 {
     if (frames.empty() || frames.back().wrapped == 0) {
         return QString("%1 requests a pass").arg(frames.size());
     }
     return QString("%1 requests a pass on average").arg(requestsPerPass(frames), 0, 'f', 1);
-}
-
-QString endText(const PlannedFrame& frame)
-{
-    if (frame.wrapped == 0) {
-        return "  ends because " + endInWords(frame.end);
-    }
-    return QString(
-               "  wraps around: %1 elements to the end of the polled list, then %2 from its head; "
-               "the next pass begins behind them")
-        .arg(frame.elements.size() - frame.wrapped)
-        .arg(frame.wrapped);
 }
 
 QStringList textsOf(const std::vector<PolledElement>& polled)
@@ -94,8 +51,62 @@ QStringList textsOf(const std::vector<PolledElement>& polled)
     return lines;
 }
 
+} // namespace
+
+FrameWords::FrameWords(const std::vector<PolledElement>& polled) : polled_(polled)
+{
+    for (size_t i = 0; i < polled.size(); ++i) {
+        for (const WireElement& element : wireElements(polled[i].element, polled[i].station)) {
+            users_[element].push_back(i);
+        }
+    }
+}
+
+std::vector<std::pair<size_t, int>> FrameWords::variablesOf(const PlannedFrame& frame) const
+{
+    std::vector<size_t> order;
+    std::map<size_t, int> parts;
+    for (const WireElement& element : frame.elements) {
+        const auto found = users_.find(element);
+        if (found == users_.end()) {
+            continue;
+        }
+        for (const size_t user : found->second) {
+            if (parts[user]++ == 0) {
+                order.push_back(user);
+            }
+        }
+    }
+    std::vector<std::pair<size_t, int>> variables;
+    for (const size_t user : order) {
+        variables.emplace_back(user, parts[user]);
+    }
+    return variables;
+}
+
+QString FrameWords::nameOf(const std::pair<size_t, int>& user) const
+{
+    const PolledElement& variable = polled_[user.first];
+    const int words = project::wireElementCount(variable.element);
+    return words == 1
+               ? variable.name
+               : QString("%1 (%2 of %3 words)").arg(variable.name).arg(user.second).arg(words);
+}
+
+QString endInWords(const PlannedFrame& frame)
+{
+    if (frame.wrapped == 0) {
+        return "ends because " + whyInWords(frame.end);
+    }
+    return QString(
+               "wraps around: %1 elements to the end of the polled list, then %2 from its head; "
+               "the next pass begins behind them")
+        .arg(frame.elements.size() - frame.wrapped)
+        .arg(frame.wrapped);
+}
+
 // A request that ends at another data type though the next one has the same function code.
-QStringList hintsOf(const std::vector<PlannedFrame>& frames)
+QStringList planHints(const std::vector<PlannedFrame>& frames)
 {
     int early = 0;
     for (size_t i = 0; i + 1 < frames.size(); ++i) {
@@ -111,8 +122,6 @@ QStringList hintsOf(const std::vector<PlannedFrame>& frames)
             .arg(early)
             .arg(frames.size())};
 }
-
-} // namespace
 
 double requestsPerPass(const std::vector<PlannedFrame>& frames)
 {
@@ -157,16 +166,11 @@ PlannedFrame plannedFrame(const Protocol& request)
 QStringList describePlan(const std::vector<PlannedFrame>& frames,
                          const std::vector<PolledElement>& polled)
 {
-    std::map<WireElement, std::vector<size_t>> users;
-    for (size_t i = 0; i < polled.size(); ++i) {
-        for (const WireElement& element : wireElements(polled[i].element, polled[i].station)) {
-            users[element].push_back(i);
-        }
-    }
+    const FrameWords words(polled);
     QStringList lines;
     lines << QString("%1 variables, %2 elements on the wire, %3")
                  .arg(polled.size())
-                 .arg(users.size())
+                 .arg(words.elements())
                  .arg(passText(frames));
     for (size_t i = 0; i < frames.size(); ++i) {
         const PlannedFrame& frame = frames[i];
@@ -178,10 +182,14 @@ QStringList describePlan(const std::vector<PlannedFrame>& frames,
                      .arg(frame.station)
                      .arg(frame.requestBytes)
                      .arg(frame.replyBytes);
-        lines << "  variables: " + variablesOf(frame, polled, users).join(", ");
-        lines << endText(frame);
+        QStringList names;
+        for (const auto& user : words.variablesOf(frame)) {
+            names << words.nameOf(user);
+        }
+        lines << "  variables: " + names.join(", ");
+        lines << "  " + endInWords(frame);
     }
-    return lines << textsOf(polled) << hintsOf(frames);
+    return lines << textsOf(polled) << planHints(frames);
 }
 
 } // namespace tavmir::host

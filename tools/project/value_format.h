@@ -8,6 +8,8 @@
 
 #include <QtCore/QByteArray>
 
+#include <optional>
+
 namespace tavmir::project
 {
 
@@ -42,6 +44,10 @@ EncodedValue encodeShown(const Element& element, Format format, const QString& t
 
 // bytes   as GetRegisterData gives them; missing ones count as zero.
 QString decodeValue(const Element& element, Format format, const QByteArray& bytes);
+
+// The same as a number, for a trend: of a bit 0 or 1, of hex the unsigned one. None of a text, and of
+// a float that is no finite number.
+std::optional<double> decodeNumber(const Element& element, Format format, const QByteArray& bytes);
 
 // Smallest and largest number that the element holds in the format it is declared with; one that
 // says nothing, as signed or unsigned whatever is wider (word: -32768..65535); text: 0, 0.

@@ -1,24 +1,15 @@
-// The feed as lines: each request, what came of it, what came unasked, and what became of the
-// connection, in the order in which it happened, each with its own time.
+// The feed as lines of text: each request, what came of it, what came unasked, and what became of
+// the connection, in the order in which it happened, each with its own time.
 //
 //   connection 1 > #7 station 1 read words: Main.W
 //   connection 1 < #7 station 1 read words: Main.W=4660 (+0.412 ms)
 //   connection 1 > #8 station 1 read words: Main.W
 //   connection 1 - #8 station 1 read words: the controller did not answer within 500 ms (+500.1 ms)
 //   connection 1 < #8 station 1 read words: Main.W=4660 [late] (+812.345 ms)
-//
-// The feed tells of an exchange when it ends, and of what came meanwhile before that: such entries
-// are held back until their exchange has come.
 #ifndef TAVMIR_TRACE_FEED_TRACE_H
 #define TAVMIR_TRACE_FEED_TRACE_H
 
-#include "feed/feed_entry.h"
-#include "project/element_names.h"
-#include "wire/trace_line.h"
-
-#include <functional>
-#include <string>
-#include <vector>
+#include "feed/feed_lines.h"
 
 namespace tavmir::host
 {
@@ -30,49 +21,18 @@ public:
 
     // names      outlive it
     // withBytes  lines end with the bytes that they speak of
-    FeedTrace(const project::ElementNames& names, bool withBytes, Show show);
+    FeedTrace(const project::ElementNames& names, bool withBytes, const Show& show);
 
-    void take(const FeedEntry& entry);
+    void take(const FeedEntry& entry) { lines_.take(entry); }
     // So many entries are missing here.
-    void gap(quint64 missed);
+    void gap(quint64 missed) { lines_.gap(missed); }
     // The feed has told nothing for a moment: what a lost connection held back is shown.
-    void quiet();
+    void quiet() { lines_.quiet(); }
     // Nothing comes any more.
-    void end();
+    void end() { lines_.end(); }
 
 private:
-    // A line that waits for the exchange during which it may have happened.
-    struct Held {
-        Clock::time_point at;
-        wire::TraceLine line;
-        std::vector<unsigned char> bytes;
-        bool endsConnection;
-    };
-
-    void takeExchange(const FeedEntry& entry);
-    void showRequest(const FeedEntry& entry);
-    void showAnswer(const FeedEntry& entry);
-    void showUnsent(const FeedEntry& entry);
-    void takeConnected(const FeedEntry& entry);
-    void holdLost(const FeedEntry& entry);
-    void holdStray(const FeedEntry& entry);
-    void say(const FeedEntry& entry, const std::string& words);
-    void release(); // what is held
-    void releaseUntil(Clock::time_point moment);
-    void show(wire::TraceLine& line, const unsigned char* bytes, size_t size);
-    wire::TraceLine lineAt(WallClock::time_point at, wire::TraceWay way) const;
-    std::string requestWords(const Exchange& exchange) const;
-    std::string replyWords(const unsigned char* bytes, size_t size) const;
-
-    const project::ElementNames& names_;
-    const bool withBytes_;
-    const Show show_;
-    wire::DescribeElements describe_;
-    std::vector<Held> held_;
-    quint64 connections_ = 0;
-    std::shared_ptr<const std::vector<wire::ConnectAttempt>> attempts_; // to connect, the last ones
-    QString linkProblem_;
-    quint32 attempt_ = 0; // of the last exchange
+    FeedLines lines_;
 };
 
 } // namespace tavmir::host

@@ -47,10 +47,15 @@ std::string bytesInWords(const unsigned char* bytes, std::size_t size)
 
 } // namespace
 
+std::string wordsAndRemarks(const TraceLine& line)
+{
+    return line.words + remarksInWords(line.remarks);
+}
+
 std::string traceLine(const TraceLine& line)
 {
     std::string text = utcInWords(line.at) + ' ' + line.who + ' ' + static_cast<char>(line.way) +
-                       ' ' + line.words + remarksInWords(line.remarks);
+                       ' ' + wordsAndRemarks(line);
     if (line.hasRequest) {
         text += delayInWords(line.sinceRequest);
     }

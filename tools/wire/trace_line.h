@@ -37,6 +37,9 @@ struct TraceLine {
     std::chrono::nanoseconds sinceRequest{0}; // with hasRequest
 };
 
+// What it says and what is not as usual: "#7 station 1 read words: Main.W=4660 [late]".
+std::string wordsAndRemarks(const TraceLine& line);
+
 // Without the line's end.
 std::string traceLine(const TraceLine& line);
 

@@ -1,0 +1,37 @@
+// In the place of page_output.cpp where the page is not built.
+#include "page_output.h"
+
+namespace tavmir::host
+{
+
+class PageOutput::Page
+{
+};
+
+PageOutput::PageOutput(PreparedHost& host) : host_(host) {}
+
+PageOutput::~PageOutput() = default;
+
+QString PageOutput::open()
+{
+    return host_.line().page.isOn ? QString("--page: this build has no page") : QString();
+}
+
+QString PageOutput::url() const
+{
+    return QString();
+}
+
+QString PageOutput::openBrowser()
+{
+    return QString();
+}
+
+QString PageOutput::takeProblem()
+{
+    return QString();
+}
+
+void PageOutput::close() {}
+
+} // namespace tavmir::host

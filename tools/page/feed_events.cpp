@@ -1,0 +1,326 @@
+// Entries into events.
+#include "feed_events.h"
+
+#include "feed/line_health.h"
+#include "moments.h"
+#include "project/raw_address.h"
+#include "wire/frame_layout.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+ElementClass classOf(int bitsApart)
+{
+    if (bitsApart == 1) {
+        return ElementClass::bits;
+    }
+    return bitsApart == 16 ? ElementClass::words : ElementClass::doubleWords;
+}
+
+bool isSame(const std::vector<PolledElement>& left, const std::vector<PolledElement>& right)
+{
+    if (left.size() != right.size()) {
+        return false;
+    }
+    for (size_t i = 0; i < left.size(); ++i) {
+        if (left[i].name != right[i].name ||
+            left[i].element.addressText != right[i].element.addressText) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+void FeedEvents::tell(const FeedEntry& entry, const char* kind, const QString& text, bool bad,
+                      const About& about)
+{
+    PageEvent event;
+    event.at = msOf(entry.wall);
+    event.kind = kind;
+    event.bad = bad;
+    tellUntil(event.at);
+    tellMore(wholeMsOf(entry.wall) / 1000);
+    OfAKind& ofKind = kinds_[kind];
+    const qint64 second = wholeMsOf(entry.wall) / 1000;
+    if (second != ofKind.second) {
+        ofKind = {second, 0, 0};
+    }
+    if (++ofKind.told > kMostOfAKind) {
+        ++ofKind.more;
+        return;
+    }
+    event.text = text;
+    event.variable = about.variable;
+    event.address = about.address;
+    store_.add(event);
+}
+
+void FeedEvents::tellRest(WallClock::time_point now)
+{
+    tellUntil(std::numeric_limits<double>::infinity());
+    tellMore(wholeMsOf(now) / 1000);
+}
+
+void FeedEvents::tellUntil(double at)
+{
+    const auto later = std::stable_partition(
+        waiting_.begin(), waiting_.end(), [at](const Told& told) { return told.event.at <= at; });
+    for (auto told = waiting_.begin(); told != later; ++told) {
+        forget(told->element);
+        store_.add(told->event);
+    }
+    waiting_.erase(waiting_.begin(), later);
+}
+
+void FeedEvents::tellMore(qint64 second)
+{
+    for (auto& [kind, ofKind] : kinds_) {
+        if (ofKind.more == 0 || ofKind.second == second) {
+            continue;
+        }
+        PageEvent event;
+        event.at = static_cast<double>(ofKind.second * 1000 + 999);
+        event.kind = kind.c_str();
+        event.text = QString("%1 more of this kind within a second").arg(ofKind.more);
+        event.bad = true;
+        store_.add(event);
+        ofKind.more = 0;
+    }
+}
+
+void FeedEvents::take(const FeedEntry& entry)
+{
+    if (entry.kind == FeedKind::planChanged) {
+        takePlan(entry);
+        return;
+    }
+    if (entry.standing) {
+        return;
+    }
+    switch (entry.kind) {
+    case FeedKind::exchange:
+        takeExchange(entry);
+        break;
+    case FeedKind::gaveUp:
+        tell(entry, "gaveUp",
+             QString("given up after %1 %2: %3")
+                 .arg(last_.attempt)
+                 .arg(last_.attempt == 1 ? "attempt" : "attempts", subjectOf(last_)),
+             true, aboutOnly(last_));
+        break;
+    case FeedKind::connected:
+        failure_ = QString();
+        tell(entry, "connected", "connected to " + controller_, false);
+        break;
+    case FeedKind::connectFailed:
+        if (failure_ != entry.text) { // it is tried again and again
+            failure_ = entry.text;
+            tell(entry, "connectFailed", "cannot connect to " + withController(entry.text), true);
+        }
+        break;
+    case FeedKind::connectionLost:
+        failure_ = QString();
+        tell(entry, "connectionLost", QString("lost %1: %2").arg(controller_, entry.text), true);
+        break;
+    case FeedKind::closed:
+        tell(entry, "closed", "the host closed the connection", false);
+        break;
+    case FeedKind::strayBytes:
+        takeStray(entry);
+        break;
+    case FeedKind::operationEnded:
+        takeOperation(entry);
+        break;
+    case FeedKind::elementSetAside:
+        tell(entry, "setAside", QString("%1: %2").arg(entry.variable, entry.text), true,
+             aboutName(entry.variable));
+        break;
+    case FeedKind::elementBack:
+        tell(entry, "back", entry.variable + ": answers again", false, aboutName(entry.variable));
+        break;
+    case FeedKind::framesDropped: // each of them was told
+    case FeedKind::planChanged:
+        break;
+    }
+}
+
+void FeedEvents::gap(quint64 missed, WallClock::time_point at)
+{
+    FeedEntry entry;
+    entry.wall = at;
+    tell(entry, "gap", QString("%1 events were missed: what they held is not shown").arg(missed),
+         true);
+}
+
+void FeedEvents::takePlan(const FeedEntry& entry)
+{
+    if (isSame(entry.plan->polled, polled_)) {
+        return; // only other variables are set aside, which are told one by one
+    }
+    polled_ = entry.plan->polled;
+    polledAt_.clear();
+    for (const PolledElement& variable : polled_) {
+        if (!variable.element.bitNumber) {
+            polledAt_[wireElements(variable.element, variable.station).front()] = {
+                variable.name, project::shownAddress(variable.element)};
+        }
+    }
+    if (!entry.standing) {
+        tell(entry, "planChanged", QString("%1 variables are polled").arg(polled_.size()), false);
+    }
+}
+
+void FeedEvents::takeExchange(const FeedEntry& entry)
+{
+    copyExchange(entry.exchange, nullptr, nullptr, last_);
+    const About about = aboutOnly(last_);
+    const auto text = [&] {
+        return QString("%1: %2").arg(endInWords(last_, QString()), subjectOf(last_));
+    };
+    switch (last_.end) {
+    case ExchangeEnd::timeout:
+    case ExchangeEnd::cut:
+    case ExchangeEnd::broken:
+        tell(entry, "timeout", text(), true, about);
+        break;
+    case ExchangeEnd::exception:
+        tell(entry, "exception", text(), true, about);
+        break;
+    case ExchangeEnd::reply:
+        if (!last_.isGood()) {
+            tell(entry, "stray", text(), true, about);
+        }
+        break;
+    case ExchangeEnd::lost: // told as the connection's end
+    case ExchangeEnd::notSent:
+    case ExchangeEnd::suppressed:
+    case ExchangeEnd::stopped:
+        break;
+    }
+}
+
+void FeedEvents::takeStray(const FeedEntry& entry)
+{
+    const QString since = durationText(entry.at - entry.askedAt);
+    switch (entry.stray) {
+    case Stray::late:
+        tell(entry, "late", QString("a reply came too late, %1 after its request").arg(since),
+             true);
+        break;
+    case Stray::duplicate:
+        tell(entry, "stray", QString("a reply came once more, %1 after its request").arg(since),
+             true);
+        break;
+    case Stray::foreign:
+        tell(entry, "stray", "a frame came that answers no request", true);
+        break;
+    case Stray::remainder:
+        tell(entry, "stray",
+             QString("%1 bytes of no whole frame were left when the connection ended")
+                 .arg(entry.received.size()),
+             true);
+        break;
+    }
+}
+
+void FeedEvents::forget(const WireElement& element)
+{
+    const auto found = toldElsewhere_.find(element);
+    if (found != toldElsewhere_.end()) {
+        toldElsewhere_.erase(found);
+    }
+}
+
+void FeedEvents::told(const WireElement& element, const PageEvent& event)
+{
+    waiting_.push_back({element, event});
+}
+
+void FeedEvents::takeOperation(const FeedEntry& entry)
+{
+    const OperationEnd& ended = entry.operation;
+    const WireElement element = {classOf(ended.bitsApart), ended.firstAddress,
+                                 static_cast<quint8>(ended.station)};
+    const bool isWrite = ended.kind == OperationKind::write;
+    if (ended.bitsApart > 0 && toldElsewhere_.count(element) > 0) {
+        return;
+    }
+    Outcome outcome;
+    outcome.state = ended.state;
+    outcome.reason = entry.text;
+    const About about = ended.bitsApart > 0 ? aboutPlace(element, ended.bitsApart) : About();
+    tell(entry, isWrite ? "write" : "read",
+         QString("%1 of %2: %3")
+             .arg(isWrite ? "write" : "read",
+                  about.address.isNull() ? QString("a value") : about.address,
+                  outcomeInWords(outcome)),
+         ended.state != OutcomeState::done, about);
+}
+
+QString FeedEvents::subjectOf(const Exchange& exchange) const
+{
+    const auto* function = wire::findFunctionCode(exchange.request[wire::kFunctionOffset]);
+    if (function == nullptr || exchange.requestKept() < wire::kHeaderBytes + wire::kAddressBytes) {
+        return "a request";
+    }
+    const int count = exchange.request[wire::kCountOffset];
+    const QString first = names_.nameOf(wire::bigEndian32(exchange.request + wire::kHeaderBytes),
+                                        function->valueBits);
+    return count == 1
+               ? QString("%1, station %2").arg(first).arg(exchange.request[wire::kStationOffset])
+               : QString("%1 %2 of station %3 from %4 on")
+                     .arg(count)
+                     .arg(wire::elementsName(function->elements))
+                     .arg(exchange.request[wire::kStationOffset])
+                     .arg(first);
+}
+
+FeedEvents::About FeedEvents::aboutOnly(const Exchange& exchange) const
+{
+    const auto* function = wire::findFunctionCode(exchange.request[wire::kFunctionOffset]);
+    const bool isOne = function != nullptr && exchange.request[wire::kCountOffset] == 1 &&
+                       exchange.requestKept() >= wire::kHeaderBytes + wire::kAddressBytes;
+    if (!isOne) {
+        return About();
+    }
+    const auto address =
+        static_cast<qint32>(wire::bigEndian32(exchange.request + wire::kHeaderBytes));
+    return aboutPlace({function->elements, address, exchange.request[wire::kStationOffset]},
+                      function->valueBits);
+}
+
+FeedEvents::About FeedEvents::aboutPlace(const WireElement& element, int bits) const
+{
+    const auto found = polledAt_.find(element);
+    if (found != polledAt_.end()) {
+        return found->second;
+    }
+    const QString name = names_.nameOf(static_cast<quint32>(element.address), bits);
+    return {name, name};
+}
+
+FeedEvents::About FeedEvents::aboutName(const QString& name) const
+{
+    for (const PolledElement& variable : polled_) {
+        if (variable.name == name) {
+            return {name, project::shownAddress(variable.element)};
+        }
+    }
+    return {name, QString()};
+}
+
+// What failed names its address by itself, unless it is a name that was looked up.
+QString FeedEvents::withController(const QString& why) const
+{
+    return why.startsWith(controller_ + ": ") ? why : controller_ + ": " + why;
+}
+
+} // namespace tavmir::host

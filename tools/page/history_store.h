@@ -1,0 +1,83 @@
+// The feed's memory of values: every change of every variable and every time in which one was not
+// good, for as long as there is room. A sample takes two to eight bytes: 64 MiB hold the last ten
+// minutes of 1,000 variables that change ten times a second. When there is no room the oldest go,
+// whosesoever they are, and it is known from when everything is there. One thread.
+#ifndef TAVMIR_PAGE_HISTORY_STORE_H
+#define TAVMIR_PAGE_HISTORY_STORE_H
+
+#include "history_source.h"
+
+#include <deque>
+#include <functional>
+#include <string>
+
+namespace tavmir::host
+{
+
+class HistoryStore
+{
+public:
+    static constexpr size_t kMostBytes = 64 << 20;
+
+    // begin  when it began, milliseconds since 1970 as all times here
+    explicit HistoryStore(qint64 begin, size_t mostBytes = kMostBytes)
+        : from_(begin), mostBytes_(mostBytes)
+    {
+    }
+
+    // A further variable, of which nothing is known; they are counted from 0 on.
+    size_t addTrack();
+
+    // A change; moments of one track ascend, one that does not counts as the latest.
+    //   number  the value's bits
+    void addSample(size_t track, qint64 at, quint32 number);
+
+    // From now on the value is not good, for this reason; or is, with a null one.
+    void setGap(size_t track, qint64 at, const QString& reason);
+
+    // From then on everything is there.
+    qint64 from() const { return from_; }
+    size_t bytes() const { return bytes_; }
+    size_t mostBytes() const { return mostBytes_; }
+
+    // What is kept of a track between two moments.
+    //   numberOf  the value behind the bits
+    using NumberOf = std::function<double(quint32 number)>;
+    HistoryPiece piece(size_t track, qint64 from, qint64 to, size_t points,
+                       const NumberOf& numberOf) const;
+
+private:
+    // Samples behind the first one are differences: of time, then of the number.
+    struct Block {
+        qint64 firstAt = 0;
+        qint64 lastAt = 0;
+        quint32 firstNumber = 0;
+        quint32 lastNumber = 0;
+        std::string differences;
+    };
+    struct Track {
+        std::deque<Block> blocks;
+        std::deque<HistoryGap> gaps; // `to` of one that goes on is kOpen
+    };
+    // What can be dropped, in the order in which it came.
+    struct Droppable {
+        size_t track;
+        bool isGap;
+    };
+    using Take = std::function<void(qint64 at, quint32 number)>;
+
+    void beginBlock(size_t track, qint64 at, quint32 number);
+    void dropOldest();
+    // The last sample before `from`, then those until `to`.
+    static void each(const Track& track, qint64 from, qint64 to, const Take& take);
+
+    std::deque<Track> tracks_;
+    std::deque<Droppable> droppable_;
+    qint64 from_;
+    size_t bytes_ = 0;
+    const size_t mostBytes_;
+};
+
+} // namespace tavmir::host
+
+#endif

@@ -1,0 +1,156 @@
+// Characters into bytes.
+#include "json_writer.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+constexpr char kDigits[] = "0123456789abcdef";
+constexpr uint kReplacement = 0xFFFD;
+constexpr uint kLineSeparator = 0x2028;
+constexpr uint kParagraphSeparator = 0x2029;
+
+void appendEscape(std::string& out, uint character)
+{
+    out += "\\u";
+    for (int shift = 12; shift >= 0; shift -= 4) {
+        out += kDigits[character >> shift & 0xF];
+    }
+}
+
+void appendUtf8(std::string& out, uint character)
+{
+    if (character < 0x80) {
+        out += static_cast<char>(character);
+        return;
+    }
+    const int more = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+    constexpr unsigned kFirst[] = {0, 0xC0, 0xE0, 0xF0};
+    out += static_cast<char>(kFirst[more] | character >> (6 * more));
+    for (int i = more - 1; i >= 0; --i) {
+        out += static_cast<char>(0x80 | (character >> (6 * i) & 0x3F));
+    }
+}
+
+void appendCharacter(std::string& out, uint character)
+{
+    const bool ends = character == kLineSeparator || character == kParagraphSeparator;
+    if (character < 0x20 || character == 0x7F || ends) {
+        appendEscape(out, character);
+    } else if (character == '"' || character == '\\') {
+        out += '\\';
+        out += static_cast<char>(character);
+    } else {
+        appendUtf8(out, character);
+    }
+}
+
+template <typename Number> void appendNumber(std::string& out, Number number)
+{
+    char text[32];
+    const std::to_chars_result end = std::to_chars(text, text + sizeof text, number);
+    out.append(text, end.ptr);
+}
+
+} // namespace
+
+void appendJsonText(std::string& out, const QString& text)
+{
+    out += '"';
+    const int size = text.size();
+    const QChar* characters = text.constData();
+    for (int i = 0; i < size; ++i) {
+        const QChar character = characters[i];
+        if (!character.isSurrogate()) {
+            appendCharacter(out, character.unicode());
+        } else if (character.isHighSurrogate() && i + 1 < size &&
+                   characters[i + 1].isLowSurrogate()) {
+            appendUtf8(out, QChar::surrogateToUcs4(character, characters[i + 1]));
+            ++i;
+        } else {
+            appendUtf8(out, kReplacement);
+        }
+    }
+    out += '"';
+}
+
+JsonWriter& JsonWriter::open(char bracket)
+{
+    separate();
+    out_ += bracket;
+    isFirst_ = true;
+    return *this;
+}
+
+JsonWriter& JsonWriter::close(char bracket)
+{
+    out_ += bracket;
+    isFirst_ = false;
+    return *this;
+}
+
+void JsonWriter::separate()
+{
+    if (!isFirst_) {
+        out_ += ',';
+    }
+    isFirst_ = false;
+}
+
+JsonWriter& JsonWriter::key(const char* name)
+{
+    separate();
+    out_ += '"';
+    out_ += name;
+    out_ += "\":";
+    isFirst_ = true;
+    return *this;
+}
+
+JsonWriter& JsonWriter::text(const QString& text)
+{
+    separate();
+    appendJsonText(out_, text);
+    return *this;
+}
+
+JsonWriter& JsonWriter::number(double number)
+{
+    if (!std::isfinite(number)) {
+        return null();
+    }
+    separate();
+    appendNumber(out_, number);
+    return *this;
+}
+
+JsonWriter& JsonWriter::number(const std::optional<double>& number)
+{
+    return number ? this->number(*number) : null();
+}
+
+JsonWriter& JsonWriter::whole(qint64 number)
+{
+    separate();
+    appendNumber(out_, number);
+    return *this;
+}
+
+JsonWriter& JsonWriter::boolean(bool truth)
+{
+    return raw(truth ? "true" : "false");
+}
+
+JsonWriter& JsonWriter::raw(const std::string& json)
+{
+    separate();
+    out_ += json;
+    return *this;
+}
+
+} // namespace tavmir::host

@@ -1,0 +1,59 @@
+// Moments as the page gets them: milliseconds since 1970 by the wall clock.
+#ifndef TAVMIR_PAGE_MOMENTS_H
+#define TAVMIR_PAGE_MOMENTS_H
+
+#include "feed/exchange.h"
+
+#include <cmath>
+#include <functional>
+
+namespace tavmir::host
+{
+
+// How times are told; a test has clocks of its own.
+struct Clocks {
+    std::function<Clock::time_point()> steady = [] { return Clock::now(); };
+    std::function<WallClock::time_point()> wall = [] { return WallClock::now(); };
+};
+
+// With a thousandth of a millisecond.
+inline double msOf(WallClock::time_point moment)
+{
+    const auto us =
+        std::chrono::duration_cast<std::chrono::microseconds>(moment.time_since_epoch());
+    return static_cast<double>(us.count()) / 1000;
+}
+
+inline qint64 wholeMsOf(WallClock::time_point moment)
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(moment.time_since_epoch()).count();
+}
+
+// Moments of the steady clock by the wall clock, as the two stood when they were looked at last.
+class SteadyMoments
+{
+public:
+    // A step of the wall clock is followed; less than that is the clocks' own uncertainty, and a
+    // moment stays where it was.
+    void look(const Clocks& clocks)
+    {
+        const auto offset = clocks.wall().time_since_epoch() - clocks.steady().time_since_epoch();
+        if (std::chrono::abs(offset - offset_) > kStep) {
+            offset_ = offset;
+        }
+    }
+    WallClock::time_point wallAt(Clock::time_point moment) const
+    {
+        return WallClock::time_point(
+            std::chrono::duration_cast<WallClock::duration>(moment.time_since_epoch() + offset_));
+    }
+
+private:
+    static constexpr std::chrono::milliseconds kStep{5};
+
+    std::chrono::nanoseconds offset_{0};
+};
+
+} // namespace tavmir::host
+
+#endif

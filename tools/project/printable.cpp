@@ -1,0 +1,17 @@
+// Characters looked at one by one.
+#include "printable.h"
+
+namespace tavmir::project
+{
+
+QString printable(const QString& text)
+{
+    QString shown;
+    for (const QChar character : text) {
+        shown += character.isPrint() ? QString(character)
+                                     : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
+    }
+    return shown;
+}
+
+} // namespace tavmir::project

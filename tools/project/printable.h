@@ -1,0 +1,15 @@
+// Texts that a controller or a user gave, as they may be shown.
+#ifndef TAVMIR_PROJECT_PRINTABLE_H
+#define TAVMIR_PROJECT_PRINTABLE_H
+
+#include <QtCore/QString>
+
+namespace tavmir::project
+{
+
+// What cannot be printed is shown as \xNN.
+QString printable(const QString& text);
+
+} // namespace tavmir::project
+
+#endif
