@@ -67,10 +67,7 @@ protected:
 
     void reads(quint32 number)
     {
-        const Clock::time_point now = Clock::now();
-        FeedEntry entry = entryOf(madeRead(kReadWords, 1, {{kAddress, number}}, now));
-        entry.at = now;
-        feed.publish(entry);
+        feed.publish(madeRead(kReadWords, 1, {{kAddress, number}}, Clock::now()));
     }
 
     bool isWritten(quint64 samples)
