@@ -2,7 +2,7 @@
 import { dayTime } from '../text/ages.js';
 import { SparkLoader } from '../feed/spark_loader.js';
 import { counted } from '../text/numbers.js';
-import { look, valueText } from '../text/qualities.js';
+import { kindOf, look, valueText } from '../text/qualities.js';
 import { element, setText } from '../view/dom.js';
 import { VirtualRows } from '../view/virtual_rows.js';
 import { listed } from './filter.js';
@@ -119,9 +119,8 @@ export class ValuesView {
     const row = this.#store.values[variable.index];
     const { word, reason } = look(row, this.#store.link === 'live');
     const name = variable.name === variable.address ? variable.name : `${variable.name} = ${variable.address}`;
-    const kind = variable.elements > 1 ? `${variable.elements} × ${variable.type}` : variable.type;
     const changed = row[6] === null ? '' : `, changed ${dayTime(row[6], this.#store.clock.now())}`;
-    setText(this.#detail, `${name} · ${kind}, station ${variable.station} · ${valueText(row)} · ${word}`
+    setText(this.#detail, `${name} · ${kindOf(variable)}, station ${variable.station} · ${valueText(row)} · ${word}`
       + `${reason === '' ? '' : `: ${reason}`}${changed}`);
   }
 
