@@ -49,6 +49,7 @@ brings() { # brings SONAME: the package
   libncursesw.so.6) echo libncursesw6 ;;
   libtinfo.so.6) echo libtinfo6 ;;
   libpcap.so.0.8) echo libpcap0.8 ;;
+  libsqlite3.so.0) echo libsqlite3-0 ;;
   libtins.so.4.0) echo libtins4.0 ;;
   libstdc++.so.6) echo libstdc++6 ;;
   libgcc_s.so.1) echo libgcc-s1 ;;
@@ -111,7 +112,7 @@ done
 for document in libtavmir-kx-tcp-dev/{panel,binary-interface,host-duties,integration,protocol}.md \
   libtavmir-kx-tcp-dev/examples/minimal-host/{minimal_host.cpp,CMakeLists.txt,README.md} \
   libtavmir-kx-tcp1-checked/host-duties.md tavmir-wireshark/wireshark.md \
-  tavmir-tools/{project-file,check-host,protocol}.md tavmir-tools/examples/plant.json \
+  tavmir-tools/{project-file,check-host,protocol,page}.md tavmir-tools/page.png tavmir-tools/examples/plant.json \
   tavmir-tools/examples/check-host/standard.script; do
   [ -s "$root/usr/share/doc/$document" ] || fail "no document $document"
 done
@@ -127,6 +128,16 @@ search=LD_LIBRARY_PATH=$root/usr/lib/$triplet
 for program in tavmir-controller tavmir-host; do
   "${run[@]}" "$search" "$root/usr/bin/$program" --help >"$work/help" 2>&1 || fail "$program --help"
   grep -q Usage "$work/help" || fail "$program --help says nothing"
+done
+
+echo "-- the page is in its program, and in no other package"
+most=$((200 * 1024)) # bytes of the driver's package; the page would be more than all of it
+size=$(stat -c %s "$(file_of libtavmir-kx-tcp1)")
+[ "$size" -le "$most" ] || fail "libtavmir-kx-tcp1 has $size bytes, more than $most"
+grep -qF '<title>tavmir-host</title>' "$root/usr/bin/tavmir-host" || fail "the host has no page in it"
+for package in libtavmir-kx-tcp1 libtavmir-kx-tcp-dev libtavmir-kx-tcp1-checked tavmir-tools; do
+  pages=$(dpkg-deb -c "$(file_of $package)" | grep -E '\.(js|css|html)$' || true)
+  [ -z "$pages" ] || fail "$package has files of the page: $pages"
 done
 
 echo "-- the dissector is where tshark looks for it"

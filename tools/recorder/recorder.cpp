@@ -18,12 +18,20 @@ namespace
 using host::Clock;
 
 constexpr auto kLookEach = std::chrono::milliseconds(100);
-constexpr auto kCommitEach = std::chrono::seconds(1);
+// With the look before it and the writing, what a killed program leaves unwritten is less than a
+// second.
+constexpr auto kCommitEach = std::chrono::milliseconds(800);
 constexpr Micros kMostDrift = kSecond; // else the clock was set, and another file begins
-constexpr quint64 kFilesInALimit = 4;
+constexpr quint64 kFilesInALimit = 8;
 // Beside the project: tables, indexes, variables.
-constexpr quint64 kLeastInAFile = 256 * 1024;
+constexpr quint64 kLeastInAFile = 128 * 1024;
 constexpr quint64 kMostRowBytes = 64;
+
+// What a new file may come to need: itself, its log, and what is written at once.
+quint64 roomFor(quint64 mostInAFile)
+{
+    return 2 * mostInAFile + mostInAFile / 2;
+}
 
 std::string pathOf(const QString& folder)
 {
@@ -77,28 +85,31 @@ QString Recorder::open()
             .arg(options_.limitBytes >> 20)
             .arg((2 * needed * kFilesInALimit >> 20) + 1);
     }
+    removeUnfinished(folder_);
     tidy();
     const std::vector<Member> before = membersOf(folder_);
     if (!before.empty()) {
         nextNumber_ = before.back().number + 1;
     }
-    if (!beginFile(Clock::now())) {
+    const Clock::time_point now = Clock::now();
+    recording_.setClock(RecordingClock(), now);
+    if (!beginFile(now, beginningAfter(before, recording_.clock().at(now)))) {
         return QString("cannot record into %1: %2").arg(options_.folder, state_.problem);
     }
-    sayWhereItBegins(before);
     publish();
     return QString();
 }
 
-void Recorder::sayWhereItBegins(const std::vector<Member>& before)
+std::vector<EventRow> Recorder::beginningAfter(const std::vector<Member>& before, Micros now) const
 {
-    const Micros now = coveredUntil_;
+    std::vector<EventRow> events;
     const Micros earlier = before.empty() ? 0 : coveredBy(before.back());
     if (earlier > 0 && earlier < now) {
-        recording_.add(
+        events.push_back(
             {earlier, now, event_kind::kGap, QString(), "no program recorded into this folder"});
     }
-    recording_.add({now, 0, event_kind::kBegan, facts_.controller, facts_.program});
+    events.push_back({now, 0, event_kind::kBegan, facts_.controller, facts_.program});
+    return events;
 }
 
 void Recorder::start(host::Feed& feed)
@@ -181,7 +192,7 @@ void Recorder::commit(Clock::time_point now)
                        .arg(drift < 0 ? "back" : "ahead")
                        .arg(static_cast<double>(std::abs(drift)) / kSecond, 0, 'f', 1),
                    now);
-        } else if (file_->bytes() > mostInAFile() - mostInAFile() / 8) {
+        } else if (isFull()) {
             turnTo(QString(), now);
         }
     }
@@ -222,9 +233,8 @@ void Recorder::retry(Clock::time_point now)
         file_.reset();
     }
     if (!file_) {
-        makeRoom(mostInAFile() + mostInAFile() / 4);
         recording_.setClock(RecordingClock(), now);
-        if (!beginFile(now)) {
+        if (!beginFile(now, {})) {
             return;
         }
     }
@@ -246,13 +256,22 @@ void Recorder::retry(Clock::time_point now)
               .arg(momentText(coveredBefore), momentText(until)));
 }
 
-bool Recorder::beginFile(Clock::time_point now)
+// The file itself, or, while a reader holds on to it, what waits in its log.
+bool Recorder::isFull() const
+{
+    return file_->bytes() > mostInAFile() - mostInAFile() / 8 ||
+           file_->bytesOnDisk() > 2 * mostInAFile();
+}
+
+bool Recorder::beginFile(Clock::time_point now, const std::vector<EventRow>& events)
 {
     const Micros began = recording_.clock().at(now);
     QString problem;
-    makeRoom(mostInAFile() + mostInAFile() / 4);
+    Batch opening = recording_.standing(now);
+    opening.events = events;
+    makeRoom(roomFor(mostInAFile()));
     file_ = RecordingFile::create(memberPath(folder_, nextNumber_, began), facts_, began,
-                                  mostInAFile(), recording_.standing(now), problem);
+                                  mostInAFile(), opening, problem);
     if (!file_) {
         fail(problem, now);
         return false;
@@ -273,9 +292,11 @@ void Recorder::turnTo(const QString& event, Clock::time_point now)
         recording_.setClock(RecordingClock(), now);
         coveredUntil_ = 0;
     }
-    if (beginFile(now) && !event.isEmpty()) {
-        recording_.add({recording_.clock().at(now), 0, event_kind::kClock, QString(), event});
+    std::vector<EventRow> events;
+    if (!event.isEmpty()) {
+        events.push_back({recording_.clock().at(now), 0, event_kind::kClock, QString(), event});
     }
+    beginFile(now, events);
 }
 
 // The oldest go until so much more fits into the limit.
@@ -306,8 +327,7 @@ void Recorder::tidy() const
 void Recorder::fail(const QString& problem, Clock::time_point now)
 {
     const bool isNews = state_.isOn();
-    const bool isFull = file_ && file_->bytes() > mostInAFile() - mostInAFile() / 8;
-    if (file_ && (file_->error() == StorageError::damaged || isFull)) {
+    if (file_ && (file_->error() == StorageError::damaged || isFull())) {
         file_.reset(); // another one begins
     }
     {

@@ -63,11 +63,12 @@ private:
     void commit(host::Clock::time_point now);
     bool write(host::Clock::time_point now);
     void retry(host::Clock::time_point now);
-    bool beginFile(host::Clock::time_point now);
+    bool beginFile(host::Clock::time_point now, const std::vector<EventRow>& events);
     void turnTo(const QString& event, host::Clock::time_point now);
     void makeRoom(quint64 wanted) const;
     void tidy() const;
-    void sayWhereItBegins(const std::vector<Member>& before);
+    std::vector<EventRow> beginningAfter(const std::vector<Member>& before, Micros now) const;
+    bool isFull() const;
     void fail(const QString& problem, host::Clock::time_point now);
     void publish();
 

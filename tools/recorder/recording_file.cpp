@@ -8,6 +8,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 
 namespace tavmir::recorder
 {
@@ -55,7 +58,7 @@ QString reasonOf(const host::ValueQuality& quality)
 } // namespace
 
 RecordingFile::RecordingFile(std::unique_ptr<Database> database, const std::string& path)
-    : database_(std::move(database)), path_(path), inode_(inodeOf(path))
+    : database_(std::move(database)), path_(path)
 {
 }
 
@@ -64,30 +67,35 @@ std::unique_ptr<RecordingFile> RecordingFile::create(const std::string& path,
                                                      quint64 mostBytes, const Batch& opening,
                                                      QString& problem)
 {
-    std::unique_ptr<Database> database = Database::open(path, Database::Mode::create, problem);
+    const std::string unfinished = path + kUnfinished;
+    std::unique_ptr<Database> database =
+        Database::open(unfinished, Database::Mode::create, problem);
     if (!database) {
         return nullptr;
     }
     std::unique_ptr<RecordingFile> file(new RecordingFile(std::move(database), path));
-    if (!file->begin(facts, began, mostBytes, opening)) {
-        problem = file->problem();
-        file.reset();
-        Member half;
-        half.path = path;
-        removeMember(half);
-    } else {
-        file->inode_ = inodeOf(path);
+    const bool isDescribed = file->describeAll(facts, began, opening);
+    file->database_.reset();
+    if (isDescribed && ::rename(unfinished.c_str(), path.c_str()) == 0 && file->begin(mostBytes)) {
+        return file;
     }
-    return file;
+    problem = isDescribed && file->problem().isEmpty()
+                  ? QString::fromLocal8Bit(std::strerror(errno))
+                  : file->problem();
+    Member half;
+    for (const std::string& left : {unfinished, path}) {
+        half.path = left;
+        removeMember(half);
+    }
+    return nullptr;
 }
 
-bool RecordingFile::begin(const FileFacts& facts, Micros began, quint64 mostBytes,
-                          const Batch& opening)
+// Under another name, and without a journal on disk: nobody ever sees it half done.
+bool RecordingFile::describeAll(const FileFacts& facts, Micros began, const Batch& opening)
 {
-    const quint64 pages = mostBytes / kPageBytes;
-    const quint64 logPages = std::clamp(pages / 16, kLeastLogPages, kMostLogPages);
     const bool isDescribed =
-        database_->run(pragma("page_size", kPageBytes)) && database_->run("BEGIN IMMEDIATE") &&
+        database_->run(pragma("page_size", kPageBytes)) &&
+        database_->run("PRAGMA journal_mode = MEMORY") && database_->run("BEGIN IMMEDIATE") &&
         database_->run(pragma("application_id", kApplicationId)) &&
         database_->run(pragma("user_version", kSchemaVersion)) && database_->run(kSchema);
     if (!isDescribed) {
@@ -96,9 +104,21 @@ bool RecordingFile::begin(const FileFacts& facts, Micros began, quint64 mostByte
     if (!describe(facts, began) || !insert(opening)) {
         return false;
     }
+    const bool isDone = database_->run("COMMIT") && database_->run("PRAGMA journal_mode = WAL");
+    return isDone || fail();
+}
+
+bool RecordingFile::begin(quint64 mostBytes)
+{
+    database_ = Database::open(path_, Database::Mode::write, problem_);
+    if (!database_) {
+        return false;
+    }
+    inode_ = inodeOf(path_);
+    const quint64 pages = mostBytes / kPageBytes;
+    const quint64 logPages = std::clamp(pages / 16, kLeastLogPages, kMostLogPages);
     // What is written each second is to survive the program, not the loss of power.
-    const bool isReady = database_->run("COMMIT") && database_->run("PRAGMA journal_mode = WAL") &&
-                         database_->run("PRAGMA synchronous = NORMAL") &&
+    const bool isReady = database_->run("PRAGMA synchronous = NORMAL") &&
                          database_->run(pragma("max_page_count", pages)) &&
                          database_->run(pragma("wal_autocheckpoint", logPages)) &&
                          database_->run(pragma("journal_size_limit", logPages * kPageBytes));
@@ -293,6 +313,11 @@ quint64 RecordingFile::bytes() const
         sizeOf(path_), static_cast<quint64>(database_->number("PRAGMA page_count")) * kPageBytes);
 }
 
+quint64 RecordingFile::bytesOnDisk() const
+{
+    return sizeOf(path_) + sizeOf(path_ + "-wal") + sizeOf(path_ + "-shm");
+}
+
 bool RecordingFile::isThere() const
 {
     return inodeOf(path_) == inode_;
@@ -305,7 +330,8 @@ void settle(const std::string& path)
     if (database) {
         database->run("PRAGMA busy_timeout = 0");
         database->run("PRAGMA wal_checkpoint(TRUNCATE)");
-        database->run("PRAGMA journal_mode = DELETE");
+        // A journal on disk for this one page would be left behind if the program is killed now.
+        database->run("PRAGMA journal_mode = MEMORY");
     }
 }
 

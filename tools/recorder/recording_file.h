@@ -35,7 +35,8 @@ public:
     // somebody reads just now, it is done later, see settle().
     void finish();
 
-    quint64 bytes() const; // as long as the file is, or will be with what is in the log
+    quint64 bytes() const;       // as long as the file is, or will be with what is in the log
+    quint64 bytesOnDisk() const; // with its log
     const std::string& path() const { return path_; }
     // The file is where it was begun; somebody may have removed it.
     bool isThere() const;
@@ -45,7 +46,8 @@ public:
 
 private:
     RecordingFile(std::unique_ptr<Database> database, const std::string& path);
-    bool begin(const FileFacts& facts, Micros began, quint64 mostBytes, const Batch& opening);
+    bool describeAll(const FileFacts& facts, Micros began, const Batch& opening);
+    bool begin(quint64 mostBytes);
     bool describe(const FileFacts& facts, Micros began);
     bool setAbout(const QString& key, const RecordedValue& value);
     bool insert(const Batch& batch);

@@ -71,7 +71,6 @@ bool parseName(const std::string& name, Member& member)
     return nameOf(member.number, member.began) == name;
 }
 
-// An empty file is one that was killed at birth.
 bool isRecording(const std::string& path)
 {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
@@ -85,7 +84,7 @@ bool isRecording(const std::string& path)
     for (size_t i = 0; i < 4; ++i) {
         id = id << 8 | head[kIdPlace + i];
     }
-    return size == 0 || (size == sizeof head && id == kApplicationId);
+    return size == sizeof head && id == kApplicationId;
 }
 
 quint64 sizeOf(const std::string& path, bool& isThere)
@@ -138,6 +137,25 @@ quint64 bytesOf(const std::vector<Member>& members)
 bool isThere(const Member& member)
 {
     return ::access(member.path.c_str(), F_OK) == 0;
+}
+
+void removeUnfinished(const std::string& folder)
+{
+    const std::string ending = kUnfinished;
+    DIR* listing = ::opendir(folder.c_str());
+    while (const dirent* entry = listing != nullptr ? ::readdir(listing) : nullptr) {
+        const std::string name = entry->d_name;
+        Member member;
+        member.path = folder + "/" + name;
+        const bool ends = name.size() > ending.size() &&
+                          name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+        if (ends && parseName(name.substr(0, name.size() - ending.size()), member)) {
+            removeMember(member);
+        }
+    }
+    if (listing != nullptr) {
+        ::closedir(listing);
+    }
 }
 
 std::string memberPath(const std::string& folder, quint64 number, Micros began)

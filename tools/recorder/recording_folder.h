@@ -4,6 +4,7 @@
 //   recording-00000012-20261122T092144123Z.sqlite   the number counts on and says the order; then
 //                                                   when the file begins (UTC)
 //   …-wal, …-shm                                    SQLite's, beside a file that is written to
+//   ….sqlite.new                                    a file that is being begun
 //   recording.lock                                  locked while a program records
 //
 // No other file of the folder is ever touched.
@@ -37,6 +38,11 @@ bool isThere(const Member& member);
 
 // Of a file with this number that begins then.
 std::string memberPath(const std::string& folder, quint64 number, Micros began);
+
+// What stands behind the name of a file until it is begun.
+constexpr char kUnfinished[] = ".new";
+// Removes such files, which a killed program left. For whoever may record into the folder.
+void removeUnfinished(const std::string& folder);
 
 // Removes the file and what SQLite keeps beside it.
 void removeMember(const Member& member);

@@ -23,6 +23,9 @@ import { WriteDialog } from './write/write_dialog.js';
 
 /** @typedef {import('./feed/messages.js').Variable} Variable */
 
+/** When the program's time goes by this much otherwise than it should, it jumped. */
+const JUMP_MS = 3000;
+
 const store = new Store((draw) => requestAnimationFrame(draw));
 const announcer = new Announcer();
 const colours = new Colours();
@@ -67,7 +70,7 @@ const lower = /** @type {const} */ ([['e', 'events', events], ['f', 'frames', fr
 for (const [key, name, view] of lower) {
   keys.add({ key, does: `to the ${name}`, act: () => {
     tabs.open(name);
-    view.focus();
+    if (!view.focus()) tabs.focus(name);
   } });
 }
 keys.add({ key: 'Escape', does: 'close what is open', act: () => drawer.close() });
@@ -86,6 +89,13 @@ function restoreSparks() {
   for (const row of store.values) sparks.put(row[0], row[3] === 'good' ? row[2] ?? NaN : NaN, now);
 }
 
+/** The time is another one: what was seen of the last minute does not lead here. */
+function jumped() {
+  sparks.reset(store.variables.length, store.clock.now());
+  restoreSparks();
+  trends.reload();
+}
+
 let sparksOf = '';
 store.tap((rows, now) => {
   for (const row of rows) sparks.put(row[0], row[3] === 'good' ? row[2] ?? NaN : NaN, now);
@@ -100,7 +110,9 @@ const link = new LiveLink({
       sparks.reset(message.variables.length, message.status.replay?.at ?? message.now);
       sparksOf = known;
     }
+    const expected = store.clock.now();
     const fits = store.take(message);
+    if (fits && Math.abs(store.clock.now() - expected) > JUMP_MS) jumped();
     if (fits && !wasLive) {
       restoreSparks();
       announcer.say('The program is heard');
@@ -116,6 +128,8 @@ const link = new LiveLink({
     store.setLink('refused');
   },
 });
+
+setInterval(() => store.touch('values', 'status'), 1000); // ages go on while nothing arrives
 
 takeToken();
 window.addEventListener('hashchange', () => {

@@ -71,8 +71,9 @@ export class EventsView {
     store.on(['events', 'variables'], () => this.#list());
   }
 
+  /** False when there is nothing to give the focus to. */
   focus() {
-    this.#rows.focus(this.#rows.current);
+    return this.#rows.focus(this.#rows.current);
   }
 
   /** @param {string} text */

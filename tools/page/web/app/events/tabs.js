@@ -42,6 +42,11 @@ export class Tabs {
     }
   }
 
+  /** @param {TabName} name */
+  focus(name) {
+    this.#button(name).focus();
+  }
+
   /** @param {KeyboardEvent} event */
   #pressed(event) {
     const names = this.#tabs.map((tab) => tab.name);

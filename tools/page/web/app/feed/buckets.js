@@ -16,6 +16,9 @@
  * @property {Gap[]} gaps
  */
 
+/** The reason of a gap that is older than what is kept. */
+export const NOTHING_KEPT = 'nothing is kept of this time';
+
 /**
  * @param {number} at
  * @returns {Series}
@@ -32,8 +35,8 @@ export function seriesOf(history) {
   const { from, to, oldest, t, min, max, last } = history;
   /** @type {Gap[]} */
   const gaps = history.gaps.map(([begin, end, reason]) => [begin, end ?? Infinity, reason]);
-  if (oldest === null) gaps.unshift([from, to, 'nothing is kept of this time']);
-  else if (oldest > from) gaps.unshift([from, Math.min(oldest, to), 'nothing is kept of this time']);
+  if (oldest === null) gaps.unshift([from, to, NOTHING_KEPT]);
+  else if (oldest > from) gaps.unshift([from, Math.min(oldest, to), NOTHING_KEPT]);
   return { from, to, t: [...t], min: [...min], max: [...max], last: [...last], gaps };
 }
 

@@ -81,8 +81,9 @@ export class FramesView {
     setInterval(() => this.#ask(), EVERY_MS);
   }
 
+  /** False when there is nothing to give the focus to. */
   focus() {
-    this.#rows.focus(this.#rows.current);
+    return this.#rows.focus(this.#rows.current);
   }
 
   /** Whether the frames are looked at. @param {boolean} shown */

@@ -32,6 +32,7 @@ export class PlanView {
 
   focus() {
     this.#pane.focus();
+    return true;
   }
 
   async #ask() {

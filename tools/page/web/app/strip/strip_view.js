@@ -10,7 +10,7 @@ import { element, make, setAttribute, setText, show } from '../view/dom.js';
  * @typedef {import('../feed/messages.js').Faults} Faults
  *
  * @typedef {'good'|'warn'|'bad'|'off'} Mood
- * @typedef {{text: string, sub?: string, mood?: Mood, title?: string}} Said
+ * @typedef {{text: string, sub?: string, mood?: Mood, title?: string, hidden?: boolean}} Said
  */
 
 /** @type {{name: string, label: string, says: (status: Status, now: number) => Said}[]} */
@@ -24,6 +24,7 @@ const CELLS = [
   faults('late', 'Late'),
   faults('exceptions', 'Exceptions'),
   { name: 'connections', label: 'Lost · failed', says: connections },
+  { name: 'missed', label: 'Missed', says: missed },
   { name: 'recording', label: 'REC', says: recording },
   { name: 'writes', label: 'Writes', says: writes },
 ];
@@ -45,6 +46,16 @@ function link(status, now) {
   const since = status.link.since === null ? '' : ` since ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
   return { text: `${looks.sign} ${status.link.state}`, sub: `${status.controller}${since}`, mood: looks.mood, title };
+}
+
+/**
+ * What is said of the link while the page does not hear the program.
+ * @param {Said} said
+ * @returns {Said}
+ */
+function unheard({ text, sub = '' }) {
+  const title = 'the page has lost the program';
+  return { text: '? unknown', sub: `was ${text.slice(2)}, ${sub}`, mood: 'off', title };
 }
 
 /**
@@ -98,6 +109,16 @@ function connections({ lastMinute: minute, total }) {
     text: `${minute.lostConnections} · ${minute.failedConnects}`,
     sub: `of ${total.lostConnections} · ${total.failedConnects}`, mood, title,
   };
+}
+
+/**
+ * Shown only when the page's reader of what happened on the line was too slow.
+ * @param {Status} status
+ * @returns {Said}
+ */
+function missed({ missed: count }) {
+  const title = `${count} exchanges went by unseen by the page: values and figures may lack them`;
+  return { text: String(count), sub: 'unseen', mood: 'bad', title, hidden: count === 0 };
 }
 
 /**
@@ -156,7 +177,10 @@ export class StripView {
     const title = `${sign}${status.project} · tavmir-host`;
     if (document.title !== title) document.title = title;
     const now = this.#store.clock.now();
-    CELLS.forEach(({ says }, index) => this.#drawCell(index, says(status, now)));
+    CELLS.forEach(({ name, says }, index) => {
+      const said = says(status, now);
+      this.#drawCell(index, state !== 'live' && name === 'link' ? unheard(said) : said);
+    });
   }
 
   /**
@@ -165,6 +189,7 @@ export class StripView {
    */
   #drawCell(index, said) {
     const { cell, text, sub } = this.#cells[index];
+    show(cell, said.hidden !== true);
     setText(text, said.text);
     setText(sub, said.sub ?? '');
     setAttribute(cell, 'data-mood', said.mood ?? 'good');

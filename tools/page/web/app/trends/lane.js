@@ -132,7 +132,11 @@ export class Lane {
     /** @param {MouseEvent} event */
     const time = (event) => chart.posToVal(event.clientX - over.getBoundingClientRect().left, 'x');
     let pressed = 0;
-    over.addEventListener('mousedown', (event) => { pressed = event.clientX; });
+    let mine = false; // the charts share their selection: only the one that was pressed acts on it
+    over.addEventListener('mousedown', (event) => {
+      pressed = event.clientX;
+      mine = true;
+    });
     over.addEventListener('mousemove', (event) => pointing.hover(time(event)));
     over.addEventListener('mouseleave', () => pointing.hover(null));
     over.addEventListener('click', (event) => {
@@ -149,7 +153,8 @@ export class Lane {
       const from = chart.posToVal(left, 'x');
       const to = chart.posToVal(left + width, 'x');
       chart.setSelect({ left: 0, top: 0, width: 0, height: 0 }, false);
-      pointing.drag(from, to);
+      if (mine) pointing.drag(from, to);
+      mine = false;
     }];
   }
 
@@ -239,10 +244,12 @@ export class Lane {
     /** @param {number|null} value */
     const said = (value) => (value === null ? '–' : number(value));
     const gaps = sum.gapMs > 0 ? ` · without ${length(sum.gapMs)} of gaps` : '';
-    setText(this.#stats, covered
+    const text = covered
       ? `Δv ${said(sum.change)} · min ${said(sum.min)} · max ${said(sum.max)} · `
-        + `mean ${sum.rough ? '≈ ' : ''}${said(sum.mean)}${gaps}`
-      : 'cursors lie outside of what is loaded');
+        + `mean ${sum.rough ? '≈ ' : ''}${sum.mean === null ? '–' : number(sum.mean, 5)}${gaps}`
+      : 'cursors lie outside of what is loaded';
+    setText(this.#stats, text);
+    setAttribute(this.#stats, 'title', text);
   }
 
   close() {

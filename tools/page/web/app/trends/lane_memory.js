@@ -13,6 +13,8 @@ import { AskError, get } from '../link/requests.js';
 
 const POINTS = 1200;
 const MARGIN = 0.25;
+/** Asked for again each time: what was not yet folded in when the last answer was made. */
+const OVERLAP_MS = 1500;
 
 export class LaneMemory {
   /** @type {Series} */
@@ -39,6 +41,16 @@ export class LaneMemory {
   }
 
   /**
+   * Forgets everything: the time is another one now.
+   * @param {number} now
+   */
+  reset(now) {
+    this.letGo();
+    this.#live = emptySeries(now);
+    this.#covered = now;
+  }
+
+  /**
    * Asks for the live window anew.
    * @param {number} span
    * @param {number} now
@@ -47,9 +59,8 @@ export class LaneMemory {
     const more = await this.#ask(now - span * (1 + MARGIN), now, POINTS);
     if (!more) return;
     this.#covered = more.series.to;
-    const newer = this.#live.t.length > 0 && this.#live.to > more.series.to ? this.#live : null;
-    this.#live = more.series;
-    if (newer) this.#live = merged(this.#live, after(newer, more.series.to));
+    const before = this.#live;
+    this.#live = merged(more.series, after(before, more.series.to));
   }
 
   /**
@@ -63,7 +74,7 @@ export class LaneMemory {
       await this.load(span, now);
       return;
     }
-    const from = this.#covered;
+    const from = this.#covered - OVERLAP_MS;
     const points = Math.max(4, Math.min(2000, Math.ceil(((now - from) / span) * POINTS)));
     const more = await this.#ask(from, now, points);
     if (!more) return;
@@ -104,6 +115,14 @@ export class LaneMemory {
     const value = row[3] === 'good' ? row[2] : null;
     const at = value === null ? now : Math.min(row[5] ?? now, now);
     put(this.#live, at, value, row[3] === 'good' ? 'no number' : `${row[3]}: ${row[4]}`);
+  }
+
+  /**
+   * The program is lost: what happens from now on is not known, until it tells.
+   * @param {number} now
+   */
+  lose(now) {
+    put(this.#live, now, null, 'the page had lost the program');
   }
 
   /** Forgets what no window needs. @param {number} from */

@@ -1,4 +1,5 @@
 // What is drawn over and under a lane's line: gaps as hatched bands, events as marks, the two cursors.
+import { NOTHING_KEPT } from '../feed/buckets.js';
 
 /**
  * @typedef {import('uplot')} Chart
@@ -10,6 +11,9 @@
 
 /** @type {Set<string>} events that get a mark; what is bad gets one too */
 const MARKED = new Set(['connected', 'connectionLost', 'connectFailed', 'closed', 'write', 'planChanged', 'back']);
+
+/** @type {Set<string>} … and a line down through the lane */
+const LINED = new Set(['connected', 'connectionLost', 'write', 'planChanged']);
 
 /**
  * The events to mark in the lane of a variable.
@@ -50,7 +54,12 @@ export function drawGaps(chart, series, colours) {
       if (gap[1] < from || gap[0] > to) continue;
       const begin = Math.max(left, x(gap[0]));
       const end = Math.min(left + width, gap[1] === Infinity ? x(to) : x(gap[1]));
-      hatch(context, begin, top, Math.max(1, end - begin), height, colours);
+      if (gap[2] === NOTHING_KEPT) {
+        context.fillStyle = colours.of('nothing');
+        context.fillRect(begin, top, end - begin, height);
+      } else {
+        hatch(context, begin, top, Math.max(1, end - begin), height, colours);
+      }
     }
   });
 }
@@ -97,7 +106,7 @@ export function drawMarks(chart, events, colours) {
       if (event.at < from || event.at > to) continue;
       const at = Math.round(x(event.at));
       context.fillStyle = colours.of(event.bad ? 'mark-bad' : 'mark');
-      context.fillRect(at, top, 1, height);
+      if (LINED.has(event.kind)) context.fillRect(at, top, 1, height);
       context.beginPath();
       context.moveTo(at - size, top);
       context.lineTo(at + size, top);
@@ -115,6 +124,8 @@ export function drawMarks(chart, events, colours) {
 export function drawCursors(chart, cursors, colours) {
   clipped(chart, (context, x) => {
     const { top, height } = chart.bbox;
+    context.textAlign = 'left';
+    context.textBaseline = 'alphabetic';
     context.font = `bold ${12 * devicePixelRatio}px sans-serif`;
     for (const name of /** @type {const} */ (['a', 'b'])) {
       const at = cursors[name];

@@ -34,19 +34,21 @@ export function trendToolbar(trends) {
  * @param {TrendsView} trends
  * @param {Span} window
  * @param {number} now
- * @param {string} problem why the past cannot be shown; empty when it can
+ * @param {{lost: boolean, problem: string}} trouble whether the program is lost; why the past cannot be shown, or empty
  */
-export function drawTrendState({ window: { live }, cursors }, { from, to }, now, problem) {
+export function drawTrendState({ window: { live }, cursors }, { from, to }, now, { lost, problem }) {
   setAttribute(element('trends', HTMLElement), 'data-mode', live ? 'live' : 'held');
   setAttribute(element('freeze', HTMLElement), 'aria-pressed', String(!live));
   for (const name of /** @type {const} */ (['a', 'b'])) {
     setAttribute(element(`cursor-${name}`, HTMLElement), 'aria-pressed', String(cursors.active === name));
   }
   const { both } = cursors;
-  const seen = live ? `Live: the last ${length(to - from)}`
-    : `Held: ${dayTime(from, now)} – ${dayTime(to, now)} (${length(to - from)}); data go on arriving`;
+  const arriving = lost ? 'nothing arrives: the page has lost the program' : 'data go on arriving';
+  const lead = lost ? `Stopped at ${clockTime(to)}: nothing arrives; ` : 'Live: ';
+  const seen = live ? `${lead}the last ${length(to - from)}`
+    : `Held: ${dayTime(from, now)} – ${dayTime(to, now)} (${length(to - from)}); ${arriving}`;
   const marks = both === null ? ''
-    : ` · Δt ${length(both[1] - both[0])} (${clockTime(both[0], true)} – ${clockTime(both[1], true)})`;
+    : `Δt ${length(both[1] - both[0])} (${clockTime(both[0], true)} – ${clockTime(both[1], true)}) · `;
   const trouble = problem === '' ? '' : ` · the past cannot be shown: ${problem}`;
-  setText(element('trend-state', HTMLElement), seen + marks + trouble);
+  setText(element('trend-state', HTMLElement), marks + seen + trouble);
 }

@@ -50,7 +50,7 @@ export class TrendsView {
     store.tap((rows, now) => this.#take(rows, now));
     store.on(['pins', 'variables'], () => this.#pinsChanged());
     store.on(['values', 'link', 'status'], () => this.#say());
-    store.on(['link'], () => this.draw());
+    store.on(['link'], () => this.#linkChanged());
     colours.onChange(() => this.#pinned.forEach(({ lane }) => lane.redraw()));
     setInterval(() => this.#tick(), PICTURE_MS);
     setInterval(() => this.#catchUp(), CATCH_UP_MS);
@@ -149,6 +149,22 @@ export class TrendsView {
       const address = this.#store.variables[row[0]]?.address;
       if (address !== undefined) this.#pinned.get(address)?.memory.take(row, now);
     }
+  }
+
+  /** The time jumped: in a recording, or after a long sleep. */
+  reload() {
+    const { now } = this;
+    for (const { memory } of this.#pinned.values()) {
+      memory.reset(now);
+      memory.load(this.window.span, now).then(() => this.draw());
+    }
+  }
+
+  #linkChanged() {
+    const at = this.#store.clock.heardAt;
+    if (this.#store.link === 'live') this.#catchUp();
+    else if (at !== null) for (const { memory } of this.#pinned.values()) memory.lose(at);
+    this.draw();
   }
 
   #catchUp() {
@@ -253,7 +269,7 @@ export class TrendsView {
       lane.measure(window);
     }
     const problem = [...this.#pinned.values()].find(({ memory }) => memory.problem !== '')?.memory.problem ?? '';
-    drawTrendState(this, window, until, problem);
+    drawTrendState(this, window, until, { lost: !live, problem });
   }
 
   #say() {

@@ -6,7 +6,7 @@ const CHOICES = ['auto', 'light', 'dark'];
 /** @type {Record<string, string>} */
 const SIGNS = { auto: '◐', light: '☀', dark: '☾' };
 
-/** @typedef {'line'|'grid'|'axis'|'gap'|'gap-edge'|'mark'|'mark-bad'|'cursor-a'|'cursor-b'} Drawn */
+/** @typedef {'line'|'grid'|'axis'|'gap'|'gap-edge'|'nothing'|'mark'|'mark-bad'|'cursor-a'|'cursor-b'} Drawn */
 
 export class Colours {
   #choice = localStorage.getItem(KEY) ?? 'auto';

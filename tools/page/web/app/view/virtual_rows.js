@@ -84,13 +84,14 @@ export class VirtualRows {
   }
 
   /**
-   * Makes a row the current one, in sight, and gives it the focus.
+   * Makes a row the current one, in sight, and gives it the focus; false when there is none.
    * @param {number} index
    */
   focus(index) {
-    if (this.#count === 0) return;
+    if (this.#count === 0) return false;
     this.select(index);
     this.#used.get(this.#current)?.root.focus({ preventScroll: true });
+    return true;
   }
 
   /** @param {number} index */

@@ -1,0 +1,94 @@
+// What a host says that no controller brings about on demand: a recording, a replay, every outcome.
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+
+import { PageView } from './support/page_view.mjs';
+import { PlayedHost } from './support/played_host.mjs';
+import { watchedWindow } from './support/window.mjs';
+
+/**
+ * @param {string} statement
+ * @param {(host: PlayedHost) => void} prepare
+ * @param {(page: PageView, host: PlayedHost) => Promise<void>} body
+ */
+function playedTest(statement, prepare, body) {
+  test(statement, async () => {
+    const host = new PlayedHost();
+    prepare(host);
+    const { context, watch } = await watchedWindow();
+    try {
+      const url = await host.start();
+      watch.allow(host.origin);
+      const page = new PageView(await context.newPage());
+      await page.tab.goto(url);
+      await page.isLive();
+      await body(page, host);
+      assert.deepEqual(watch.problems, []);
+    } catch (error) {
+      console.error([statement, ...watch.problems].join('\n'));
+      throw error;
+    } finally {
+      await context.close();
+      host.stop();
+    }
+  });
+}
+
+playedTest('without a recording the strip says that there is none', () => {}, async (page) => {
+  await page.stripSays('recording', /off/i);
+});
+
+playedTest('a recording stands in the strip, with size and limit; a failed one with its reason', (host) => {
+  host.status.recording = { state: 'on', text: 'recording into plant-rec', bytes: 12 * 1024 * 1024,
+    limit: 1024 * 1024 * 1024, from: Date.now() - 3_600_000, to: Date.now() };
+}, async (page, host) => {
+  await page.stripSays('recording', /12.*MiB/s);
+  const text = 'no space left on device';
+  host.status.recording = { state: 'failed', text, bytes: 1, limit: 2, from: null, to: null };
+  await page.stripSays('recording', /no space left on device/);
+  await page.part('strip-recording').locator('xpath=..').and(page.tab.locator('[data-mood="bad"]')).waitFor();
+});
+
+const words = {
+  done: 'done: the controller took it', refused: 'refused: exception 2, illegal data address',
+  'not sent': 'not sent: no connection', unknown: 'unknown: sent once, never answered',
+  partial: 'partial: 2 of 5 elements acknowledged',
+};
+for (const [outcome, text] of Object.entries(words)) {
+  playedTest(`a write that ends as "${outcome}" says so, in the host's words`, (host) => {
+    host.answers.write = () => ({ outcome, text, old: '1500', readBack: null });
+  }, async (page, host) => {
+    const ended = await page.write('Main.Level', '7');
+    assert.equal(ended.outcome, outcome);
+    assert.ok(ended.text.includes(text), ended.text);
+    const posted = host.posted.map(({ path, body }) => [path, body.address, body.value]);
+    assert.deepEqual(posted, [['write', 'Main.Level', '7']]);
+  });
+}
+
+playedTest('a read-back that differs from what was written is shown as it is', (host) => {
+  host.answers.write = () => ({ outcome: 'done', text: 'done', old: '1500',
+    readBack: { text: '1600', number: 1600, quality: 'good', reason: '' } });
+}, async (page) => {
+  await page.write('Main.Level', '7');
+  assert.match(await page.part('write-readback').innerText(), /1600/);
+});
+
+const begin = Date.UTC(2026, 0, 2, 3, 4, 5);
+playedTest('a recording that is played back says so, and its time can be chosen', (host) => {
+  host.status.replay = { from: begin, to: begin + 600_000, at: begin + 300_000, playing: false, speed: 1 };
+  host.status.writes = { allowed: false, only: null, text: 'off' };
+  host.answers.replay = () => ({});
+}, async (page, host) => {
+  await page.part('replay').waitFor();
+  await page.press('replay-play');
+  await page.part('replay-at').focus();
+  await page.tab.keyboard.press('Home');
+  while (host.posted.length < 2) await page.tab.waitForTimeout(20);
+  assert.deepEqual(host.posted[0].path, 'replay');
+  assert.equal(host.posted[0].body.playing, true);
+  const moved = host.posted.find(({ body }) => 'at' in body);
+  assert.ok(moved && Math.abs(moved.body.at - begin) < 1000, JSON.stringify(host.posted));
+  await page.openView('frames');
+  await page.says(/capture/i);
+});

@@ -1,0 +1,91 @@
+// The course of a value: merging what the program said with what arrived since, gaps, the value at a time.
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import {
+  NOTHING_KEPT, emptySeries, merged, openGap, put, seriesOf, trim, valueAt,
+} from '../../../tools/page/web/app/feed/buckets.js';
+
+/** A history as the program sends it, one reading in each place. */
+function history(from, to, readings, gaps = [], oldest = 0) {
+  const values = readings.map(([, value]) => value);
+  return {
+    address: 'Main.Temp', from, to, oldest, source: 'memory', isBit: false, events: [], gaps,
+    t: readings.map(([at]) => at), min: values, max: values, last: values,
+  };
+}
+
+test('a newer answer replaces what was known of its time', () => {
+  const base = seriesOf(history(0, 100, [[10, 1], [60, 2], [90, 3]]));
+  const more = seriesOf(history(50, 200, [[55, 7], [150, 8]]));
+  const both = merged(base, more);
+  assert.deepEqual(both.t, [10, 55, 150]);
+  assert.deepEqual(both.last, [1, 7, 8]);
+  assert.equal(both.from, 0);
+  assert.equal(both.to, 200);
+});
+
+test('a gap that both answers know is one gap', () => {
+  const base = seriesOf(history(0, 100, [[10, 1]], [[80, 100, 'link down']]));
+  const more = seriesOf(history(100, 200, [], [[100, 150, 'link down']]));
+  assert.deepEqual(merged(base, more).gaps, [[80, 150, 'link down']]);
+});
+
+test('a gap that goes on is cut where the newer answer begins', () => {
+  const base = emptySeries(0);
+  put(base, 80, null, 'link down');
+  const more = seriesOf(history(100, 200, [[120, 5]]));
+  assert.deepEqual(merged(base, more).gaps, [[80, 100, 'link down']]);
+});
+
+test('what is older than what is kept is a gap', () => {
+  assert.deepEqual(seriesOf(history(0, 100, [[60, 1]], [], 50)).gaps, [[0, 50, NOTHING_KEPT]]);
+  assert.deepEqual(seriesOf(history(0, 100, [], [], null)).gaps, [[0, 100, NOTHING_KEPT]]);
+});
+
+test('a value that is not good opens a gap, the next good one ends it', () => {
+  const series = emptySeries(0);
+  put(series, 10, 1, '');
+  put(series, 20, null, 'stale');
+  assert.deepEqual(openGap(series), [20, Infinity, 'stale']);
+  put(series, 30, 2, '');
+  assert.deepEqual(series.gaps, [[20, 30, 'stale']]);
+  assert.deepEqual(series.t, [10, 30]);
+});
+
+test('a gap with another reason is another gap', () => {
+  const series = emptySeries(0);
+  put(series, 20, null, 'stale');
+  put(series, 30, null, 'bad');
+  assert.deepEqual(series.gaps, [[20, 30, 'stale'], [30, Infinity, 'bad']]);
+});
+
+test('a reading older than the newest is not drawn backwards', () => {
+  const series = emptySeries(0);
+  put(series, 20, 1, '');
+  put(series, 10, 2, '');
+  assert.deepEqual(series.t, [20]);
+});
+
+test('a value that was read again and is the same takes no room', () => {
+  const series = emptySeries(0);
+  put(series, 10, 1, '');
+  put(series, 20, 1, '');
+  assert.deepEqual(series.t, [10]);
+  assert.equal(series.to, 20);
+});
+
+test('trimming keeps the point whose value still held', () => {
+  const series = seriesOf(history(0, 100, [[10, 1], [40, 2], [90, 3]]));
+  trim(series, 60);
+  assert.deepEqual(series.t, [40, 90]);
+  assert.equal(valueAt(series, 60), 2);
+});
+
+test('a value holds until the next one, and not across a gap', () => {
+  const series = seriesOf(history(0, 100, [[10, 1], [80, 3]], [[50, 60, 'link down']]));
+  assert.equal(valueAt(series, 5), null);
+  assert.equal(valueAt(series, 49), 1);
+  assert.equal(valueAt(series, 55), null);
+  assert.equal(valueAt(series, 70), null);
+  assert.equal(valueAt(series, 80), 3);
+});
