@@ -45,6 +45,7 @@ export class EventsView {
   #filter = '';
   #newest = -1;
   #empty = element('events-empty', HTMLElement);
+  #detail = element('event-detail', HTMLElement);
   /** @type {VirtualRows<EventParts>} */
   #rows;
 
@@ -61,13 +62,14 @@ export class EventsView {
       create: createRow,
       fill: (parts, place, root) => this.#fill(parts, place, root),
       key: (place, event) => event.key === 'Enter' && this.#open(place),
+      moved: () => this.#say(),
     });
     box.addEventListener('click', (event) => {
       const row = event.target instanceof Element ? event.target.closest('[data-row]') : null;
       if (!(row instanceof HTMLElement)) return;
       this.#rows.focus(Number(row.dataset.row));
-      this.#open(Number(row.dataset.row));
     });
+    box.addEventListener('dblclick', () => this.#open(this.#rows.current));
     store.on(['events', 'variables'], () => this.#list());
   }
 
@@ -114,6 +116,15 @@ export class EventsView {
     setAttribute(root, 'data-kind', event.kind);
     setAttribute(root, 'data-bad', String(event.bad));
     setAttribute(root, 'data-id', String(event.id));
+  }
+
+  /** The current event in full, under the list. */
+  #say() {
+    const event = this.#listed[this.#rows.current];
+    show(this.#detail, event !== undefined);
+    if (!event) return;
+    const asks = event.address !== null && this.#store.variableAt(event.address) ? ' (Enter or double click: Why?)' : '';
+    setText(this.#detail, `${clockTime(event.at, true)} ${event.text}${asks}`);
   }
 
   /** @param {number} place */
