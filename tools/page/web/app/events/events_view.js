@@ -123,7 +123,8 @@ export class EventsView {
     const event = this.#listed[this.#rows.current];
     show(this.#detail, event !== undefined);
     if (!event) return;
-    const asks = event.address !== null && this.#store.variableAt(event.address) ? ' (Enter or double click: Why?)' : '';
+    const known = event.address !== null && this.#store.variableAt(event.address) !== null;
+    const asks = known ? ' (Enter or double click: Why?)' : '';
     setText(this.#detail, `${clockTime(event.at, true)} ${event.text}${asks}`);
   }
 
