@@ -5,7 +5,15 @@ import {
   NOTHING_KEPT, emptySeries, merged, openGap, put, seriesOf, trim, valueAt,
 } from '../../../tools/page/web/app/feed/buckets.js';
 
-/** A history as the program sends it, one reading in each place. */
+/**
+ * A history as the program sends it, one reading in each place.
+ * @param {number} from
+ * @param {number} to
+ * @param {[at: number, value: number][]} readings
+ * @param {[from: number, to: number|null, reason: string][]} [gaps]
+ * @param {number|null} [oldest]
+ * @returns {import('../../../tools/page/web/app/feed/messages.js').History}
+ */
 function history(from, to, readings, gaps = [], oldest = 0) {
   const values = readings.map(([, value]) => value);
   return {

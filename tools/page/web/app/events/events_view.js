@@ -94,7 +94,8 @@ export class EventsView {
     const fresh = this.#newest < 0 ? 0 : this.#listed.filter((event) => event.id > this.#newest).length;
     this.#newest = this.#listed.length === 0 ? -1 : this.#listed[0].id;
     this.#rows.show(this.#listed.length);
-    if (fresh > 0 && !this.#rows.atTop) this.#rows.shift(fresh);
+    if (fresh > 0) this.#rows.shift(fresh);
+    this.#say();
     show(this.#empty, this.#listed.length === 0);
     setText(this.#empty, words.length === 0 ? 'Nothing has happened yet.' : 'No event has these words.');
   }
