@@ -142,7 +142,7 @@ class Limit(Recorded):
 
     def test_the_oldest_go_and_each_file_can_be_read_by_itself(self):
         process = self.busy()
-        self.turns(7)
+        self.turns(9)
         shown = self.end(process)["recording"]
         self.assertEqual((shown["lostSamples"], shown["missedEvents"], shown["problem"]),
                          (0, 0, None))

@@ -29,6 +29,7 @@ FeedRecording::FeedRecording(const QualityRules& rules, std::chrono::millisecond
                              const RecordingClock& clock)
     : clock_(clock), every_(every), values_(rules), events_(rules.controller)
 {
+    minutes_.restart(clock.began());
 }
 
 void FeedRecording::take(const FeedEntry& entry)

@@ -20,6 +20,7 @@ public:
     {
     }
 
+    Micros began() const { return wall_; }
     Micros at(host::Clock::time_point moment) const { return wall_ + microsOf(moment - steady_); }
 
     // By how much the wall clock has been set ahead (or, negative, back) since, as far as it is

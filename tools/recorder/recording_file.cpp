@@ -90,12 +90,12 @@ std::unique_ptr<RecordingFile> RecordingFile::create(const std::string& path,
     return nullptr;
 }
 
-// Under another name, and without any journal: nobody ever sees it half done.
+// Under another name, and without a journal on disk: nobody ever sees it half done.
 bool RecordingFile::describeAll(const FileFacts& facts, Micros began, const Batch& opening)
 {
     const bool isDescribed =
         database_->run(pragma("page_size", kPageBytes)) &&
-        database_->run("PRAGMA journal_mode = OFF") && database_->run("BEGIN IMMEDIATE") &&
+        database_->run("PRAGMA journal_mode = MEMORY") && database_->run("BEGIN IMMEDIATE") &&
         database_->run(pragma("application_id", kApplicationId)) &&
         database_->run(pragma("user_version", kSchemaVersion)) && database_->run(kSchema);
     if (!isDescribed) {
@@ -330,8 +330,8 @@ void settle(const std::string& path)
     if (database) {
         database->run("PRAGMA busy_timeout = 0");
         database->run("PRAGMA wal_checkpoint(TRUNCATE)");
-        // A journal for this one page would only be left behind if the program is killed now.
-        database->run("PRAGMA journal_mode = OFF");
+        // A journal on disk for this one page would be left behind if the program is killed now.
+        database->run("PRAGMA journal_mode = MEMORY");
     }
 }
 
