@@ -71,7 +71,7 @@ if(CMAKE_CROSSCOMPILING)
   set(CPACK_DEBIAN_CHECKED_PACKAGE_DEPENDS "libc6 (>= 2.34), ${base}")
   set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libc6 (>= 2.34), ${base}, libqt5network5 (>= 5.0.2)")
   string(APPEND CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
-    ", libncursesw6 (>= 6), libtinfo6 (>= 6), libpcap0.8 (>= 1.5.1), libtins4.0, ${same_library}")
+    ", libncursesw6 (>= 6), libtinfo6 (>= 6), libpcap0.8 (>= 1.5.1), libsqlite3-0 (>= 3.12.0), libtins4.0, ${same_library}")
 else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)

@@ -23,19 +23,29 @@ MAY_KNOW = {
     "terminal": ["feed"],
     "capture": ["wire"],
     "capture/feed_": ["wire", "project", "plan", "feed", "capture"],
+    "recorder": ["wire", "project", "plan", "feed"],
     "trace": ["wire", "project", "plan", "feed"],
     "diagnose": ["wire"],
-    "page": ["wire", "project", "plan", "feed"],
+    "page/server": [],
+    "page": ["wire", "project", "plan", "feed", "page/server"],
     "host": ["wire", "project", "plan", "feed", "link", "driver", "session", "terminal", "trace",
-             "capture", "capture/feed_", "diagnose", "page"],
+             "capture", "capture/feed_", "diagnose", "recorder", "page", "page/server"],
     "judge": ["wire"],
     "controller": ["wire", "project", "capture", "judge"],
     "probe": ["wire", "capture"],
 }
 # The only rooms in which these may be included.
 ONLY_IN = {"QtNetwork/": ["controller"], "curses.h": ["terminal"], "term.h": ["terminal"],
-           "pcap/": ["diagnose"], "tins/": ["diagnose"], "boost/": ["page"]}
-NO_QT = ["wire", "capture", "diagnose", "judge"]
+           "sqlite3.h": ["recorder"], "pcap/": ["diagnose"], "tins/": ["diagnose"],
+           "boost/": ["page/server"]}
+NO_QT = ["wire", "capture", "diagnose", "judge", "page/server"]
+# Parts that have no name of their own in front: their files.
+FILES = {
+    "page/server": ["access_rules", "ascii_text", "built_in_assets", "connections", "greeting",
+                    "http_answers", "http_session", "live_messages", "live_session", "page_content",
+                    "page_limits", "page_server", "query", "request_rules", "return_path",
+                    "send_progress", "session", "token"],
+}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 
@@ -45,7 +55,10 @@ def includes_of(file):
 
 
 def part_of(room, name):
-    """The room, or that part of it whose files begin with a name of their own."""
+    """The room, or that part of it whose files are listed or begin with a name of their own."""
+    for part, files in FILES.items():
+        if part.startswith(f"{room}/") and name.rsplit(".", 1)[0] in files:
+            return part
     return next((part for part in MAY_KNOW if "/" in part and f"{room}/{name}".startswith(part)), room)
 
 

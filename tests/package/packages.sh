@@ -49,6 +49,7 @@ brings() { # brings SONAME: the package
   libncursesw.so.6) echo libncursesw6 ;;
   libtinfo.so.6) echo libtinfo6 ;;
   libpcap.so.0.8) echo libpcap0.8 ;;
+  libsqlite3.so.0) echo libsqlite3-0 ;;
   libtins.so.4.0) echo libtins4.0 ;;
   libstdc++.so.6) echo libstdc++6 ;;
   libgcc_s.so.1) echo libgcc-s1 ;;

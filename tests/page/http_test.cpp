@@ -257,15 +257,6 @@ TEST_F(Http, NonsenseIsAnsweredAndEnded)
     }
 }
 
-TEST_F(Http, NothingFollowsTheWishForAWebSocket)
-{
-    TestClient client(start());
-    client.send("GET /api/v1/live HTTP/1.1\r\nHost: " + client.host() +
-                "\r\nUpgrade: websocket\r\nConnection: Upgrade\r\nSec-WebSocket-Version: 13\r\n"
-                "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\nGET / HTTP/1.1\r\n\r\n");
-    EXPECT_EQ(client.reply().status, 400);
-}
-
 TEST_F(Http, OrderIsAnsweredFromAnyThread)
 {
     TestClient client(start());

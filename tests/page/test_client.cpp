@@ -49,6 +49,26 @@ int Frame::closeCode() const
     return static_cast<unsigned char>(payload[0]) * 256 + static_cast<unsigned char>(payload[1]);
 }
 
+std::string frameBytes(int kind, std::string_view payload, bool isLast)
+{
+    std::string bytes;
+    bytes += static_cast<char>(kind | (isLast ? 0x80 : 0));
+    if (payload.size() < 126) {
+        bytes += static_cast<char>(0x80 | payload.size());
+    } else {
+        const bool isShort = payload.size() < 65536;
+        bytes += static_cast<char>(0x80 | (isShort ? 126 : 127));
+        for (int shift = isShort ? 8 : 56; shift >= 0; shift -= 8) {
+            bytes += static_cast<char>(payload.size() >> shift);
+        }
+    }
+    bytes.append(kMask, sizeof kMask);
+    for (std::size_t i = 0; i < payload.size(); ++i) {
+        bytes += static_cast<char>(payload[i] ^ kMask[i % sizeof kMask]);
+    }
+    return bytes;
+}
+
 TestClient::TestClient(unsigned short port, int receiveBytes)
     : port_(port), socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
@@ -172,22 +192,7 @@ int TestClient::goLive(const std::string& more)
 
 void TestClient::sendFrame(int kind, std::string_view payload, bool isLast)
 {
-    std::string bytes;
-    bytes += static_cast<char>(kind | (isLast ? 0x80 : 0));
-    if (payload.size() < 126) {
-        bytes += static_cast<char>(0x80 | payload.size());
-    } else {
-        const bool isShort = payload.size() < 65536;
-        bytes += static_cast<char>(0x80 | (isShort ? 126 : 127));
-        for (int shift = isShort ? 8 : 56; shift >= 0; shift -= 8) {
-            bytes += static_cast<char>(payload.size() >> shift);
-        }
-    }
-    bytes.append(kMask, sizeof kMask);
-    for (std::size_t i = 0; i < payload.size(); ++i) {
-        bytes += static_cast<char>(payload[i] ^ kMask[i % sizeof kMask]);
-    }
-    send(bytes);
+    send(frameBytes(kind, payload, isLast));
 }
 
 Frame TestClient::frame()

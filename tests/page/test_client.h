@@ -25,6 +25,9 @@ struct Frame {
     int closeCode() const;
 };
 
+// A frame as a client sends it, masked.
+std::string frameBytes(int kind, std::string_view payload, bool isLast = true);
+
 class TestClient
 {
 public:

@@ -30,9 +30,9 @@ struct RecentLine {
     std::optional<double> passMs;
     // The median of the latest on this connection; none: nothing was answered in the last minute.
     std::optional<double> roundTripMs;
-    // The same, of which 99 of 100 are no longer.
-    std::optional<double> slowRoundTripMs;
     FailureCounts lastMinute;
+    // As roundTripMs; 99 of 100 are no longer.
+    std::optional<double> slowRoundTripMs = std::nullopt;
 };
 
 class RecentFigures

@@ -71,6 +71,17 @@ void addOptions(Parser& parser, unsigned options)
         parser.addOption({"capture-files", "Divide the limit into so many files.", "N",
                           QString::number(capture::CaptureOptions::kUsualFiles)});
     }
+    if (options & kRecordOptions) {
+        parser.addOption({"record",
+                          "Record values, qualities, events and statistics into FOLDER, in a ring "
+                          "of SQLite files.",
+                          "FOLDER"});
+        parser.addOption({"record-limit", "Keep so many MiB of it at most: the oldest file goes.",
+                          "MIB", QString::number(recorder::RecorderOptions::kUsualLimitMiB)});
+        parser.addOption({"record-every",
+                          "The least time between two samples of one variable; 0: every change.",
+                          "MS", "0"});
+    }
     if (options & kNamesOption) {
         parser.addOption({"names",
                           "Print a line for each element of a frame that a variable takes: "
@@ -184,6 +195,22 @@ void takeCapture(const Parser& parser, CommandLine& line, QString& problem)
     }
 }
 
+void takeRecord(const Parser& parser, CommandLine& line, QString& problem)
+{
+    constexpr int kMostMiB = 16 * 1024 * 1024;
+    constexpr int kLongestMs = 24 * 3600 * 1000;
+    line.record.folder = parser.value("record");
+    for (const char* option : {"record", "record-limit", "record-every"}) {
+        if (parser.isSet(option) && line.record.folder.isEmpty() && problem.isEmpty()) {
+            problem = QString("--%1: the recording's folder is missing").arg(option);
+        }
+    }
+    const int mib = number(parser, "record-limit", recorder::RecorderOptions::kLeastLimitMiB,
+                           kMostMiB, problem);
+    line.record.limitBytes = static_cast<quint64>(mib) << 20;
+    line.record.everyMs = number(parser, "record-every", 0, kLongestMs, problem);
+}
+
 void takeTrace(const Parser& parser, CommandLine& line, QString& problem)
 {
     if (!parser.isSet("trace")) {
@@ -294,6 +321,9 @@ ParsedCommandLine parseCommandLine(const CommandDescription& command, const QStr
     }
     if (command.options & kCaptureOptions) {
         takeCapture(parser, parsed.line, parsed.problem);
+    }
+    if (command.options & kRecordOptions) {
+        takeRecord(parser, parsed.line, parsed.problem);
     }
     if (command.options & kTraceOption) {
         takeTrace(parser, parsed.line, parsed.problem);

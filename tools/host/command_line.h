@@ -5,6 +5,7 @@
 #include "capture/capture_files.h"
 #include "page_options.h"
 #include "project/project_model.h"
+#include "recorder/recorder.h"
 #include "row_formats.h"
 
 #include <QtCore/QStringList>
@@ -40,9 +41,10 @@ struct CommandLine {
     bool readBack = false;    // --read-back
     bool names = false;       // --names
     bool commandsFromInput = false;
-    capture::CaptureOptions capture; // its file empty: none is made
-    TraceOptions trace;              // --trace
-    PageOptions page;                // --page, --open, --allow-writes
+    capture::CaptureOptions capture;  // its file empty: none is made
+    TraceOptions trace;               // --trace
+    recorder::RecorderOptions record; // --record; its folder empty: nothing is recorded
+    PageOptions page;                 // --page, --open, --allow-writes
 };
 
 // Options that not every command has.
@@ -55,7 +57,8 @@ enum CommandOption : unsigned {
     kNamesOption = 32,     // --names
     kTraceOption = 64,     // --trace
     kCaptureOptions = 128, // --capture, --capture-limit, --capture-files
-    kPageOptions = 256     // --page, --open, --allow-writes
+    kRecordOptions = 256,  // --record, --record-limit, --record-every
+    kPageOptions = 512     // --page, --open, --allow-writes
 };
 
 struct CommandDescription {

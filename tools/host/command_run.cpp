@@ -5,6 +5,7 @@
 #include "operator_input.h"
 #include "page_output.h"
 #include "prepared_host.h"
+#include "recording_report.h"
 #include "refused_report.h"
 #include "run_monitor.h"
 #include "statistics_report.h"
@@ -76,6 +77,7 @@ public:
         HostSession& session = host_.session();
         const Clock::time_point start = Clock::now();
         host_.startCapture([this](const QString& text) { messages_.add(text); });
+        host_.startRecording([this](const QString& text) { messages_.add(text); });
         session.start();
         tellPage();
         bool allWritten = true;
@@ -97,13 +99,15 @@ public:
             allWritten = !commands || commands->finish();
         }
         host_.stopCapture();
+        host_.stopRecording();
         look();
         const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
         const size_t elements = session.polledElementsOnWire();
         QJsonObject json = statisticsJson(monitor_.figures(), seconds, elements);
         json.insert("refusedVariables", refusedJson(monitor_.refused()));
+        json.insert("recording", recordingJson(host_.recording()));
         view_->close(statisticsLines(monitor_.figures(), seconds, elements) +
-                         refusedLines(monitor_.refused()),
+                         refusedLines(monitor_.refused()) + recordingLines(host_.recording()),
                      json);
         return console_.finishSoon() && allWritten && monitor_.wasConnected();
     }
@@ -162,7 +166,7 @@ private:
                 nextQualities = now + kQualitiesEach;
             }
             if (!line_.everyChange && now >= next) {
-                monitor_.show();
+                monitor_.show(recordingInStrip(host_.recording()));
                 shown = true;
                 next = now + interval;
             }
@@ -171,7 +175,7 @@ private:
             }
         }
         if (!shown) {
-            monitor_.show(); // a run shorter than the interval
+            monitor_.show(recordingInStrip(host_.recording())); // a run shorter than the interval
         }
     }
 

@@ -5,6 +5,9 @@
 #include "project/project_reader.h"
 #include "wire/endpoint.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
 #include <limits>
 #include <random>
 
@@ -28,6 +31,7 @@ PreparedHost::~PreparedHost()
         session_->stop();
     }
     stopCapture();
+    stopRecording();
     log_.closeDriverFile(); // before the driver is unloaded
 }
 
@@ -76,6 +80,48 @@ void PreparedHost::startCapture(const std::function<void(const QString& text)>& 
     }
 }
 
+bool PreparedHost::openRecording()
+{
+    if (line_.record.folder.isEmpty()) {
+        return true;
+    }
+    QFile file(line_.projectFile);
+    recorder::FileFacts facts;
+    facts.program = "tavmir-host " TAVMIR_VERSION;
+    facts.controller = controller();
+    facts.projectName = QFileInfo(line_.projectFile).fileName();
+    facts.project = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    recorder_ = std::make_unique<recorder::Recorder>(
+        line_.record, facts, QualityRules{line_.staleAfterMs, controller()},
+        [this](const QString& text) { tellOfRecording_(text); });
+    const QString problem = recorder_->open();
+    if (!problem.isEmpty()) {
+        complain(problem);
+        recorder_.reset();
+    }
+    return problem.isEmpty();
+}
+
+void PreparedHost::startRecording(const std::function<void(const QString& text)>& tell)
+{
+    if (recorder_) {
+        tellOfRecording_ = tell;
+        recorder_->start(session_->feed());
+    }
+}
+
+void PreparedHost::stopRecording()
+{
+    if (recorder_) {
+        recorder_->stop();
+    }
+}
+
+std::optional<recorder::RecordingState> PreparedHost::recording() const
+{
+    return recorder_ ? std::optional<recorder::RecordingState>(recorder_->state()) : std::nullopt;
+}
+
 bool PreparedHost::openTrace()
 {
     if (!line_.trace.isOn) {
@@ -91,7 +137,7 @@ bool PreparedHost::openTrace()
 
 bool PreparedHost::openSession(SessionOptions options)
 {
-    if (!openTrace() || !openCapture()) {
+    if (!openTrace() || !openCapture() || !openRecording()) {
         return false;
     }
     QStringList problems;

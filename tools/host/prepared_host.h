@@ -7,6 +7,7 @@
 #include "console.h"
 #include "driver/driver_loader.h"
 #include "driver/message_log.h"
+#include "recorder/recorder.h"
 #include "session/host_session.h"
 #include "trace_output.h"
 
@@ -32,6 +33,12 @@ public:
     void startCapture(const std::function<void(const QString& text)>& tell);
     // What has happened until now is in the files then. Nothing is told any more.
     void stopCapture() { capture_.reset(); }
+
+    // The same with a recording, where one is wanted.
+    void startRecording(const std::function<void(const QString& text)>& tell);
+    void stopRecording();
+    // None: nothing is recorded.
+    std::optional<recorder::RecordingState> recording() const;
 
     // Stops the session; what has happened is traced then.
     void closeSession();
@@ -60,6 +67,7 @@ public:
 private:
     bool openCapture();
     bool openTrace();
+    bool openRecording();
 
     const CommandLine& line_;
     bool isUnreachable_ = false;
@@ -71,6 +79,8 @@ private:
     std::function<void(const QString& text)> tellOfCapture_;
     std::unique_ptr<capture::CaptureFiles> captureFiles_; // until it is started
     std::unique_ptr<capture::FeedCaptureThread> capture_;
+    std::function<void(const QString& text)> tellOfRecording_;
+    std::unique_ptr<recorder::Recorder> recorder_;
 };
 
 } // namespace tavmir::host

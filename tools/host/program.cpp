@@ -2,6 +2,7 @@
 #include "program.h"
 
 #include "command_diagnose.h"
+#include "command_export.h"
 #include "commands.h"
 #include "complain.h"
 #include "value_row.h"
@@ -24,7 +25,8 @@ struct Command {
 
 const Command kCommands[] = {
     {{"run", "", "Polls the project's variables and shows them live.",
-      kOutputOption | kTimeoutOption | kRunOptions | kTraceOption | kCaptureOptions | kPageOptions,
+      kOutputOption | kTimeoutOption | kRunOptions | kTraceOption | kCaptureOptions |
+          kRecordOptions | kPageOptions,
       0, 0},
      runCommand},
     {{"read", "ADDRESS...", "Reads values from the controller once.",
@@ -47,6 +49,7 @@ const Command kCommands[] = {
 };
 
 constexpr char kDiagnose[] = "diagnose";
+constexpr char kExport[] = "export";
 
 QString overview()
 {
@@ -60,6 +63,9 @@ QString overview()
     text += QString("  %1 %2\n")
                 .arg(QString("%1 %2").arg(kDiagnose, kDiagnoseArguments).leftJustified(32),
                      kDiagnosePurpose);
+    text +=
+        QString("  %1 %2\n")
+            .arg(QString("%1 %2").arg(kExport, kExportArguments).leftJustified(32), kExportPurpose);
     return text + "\n\"tavmir-host COMMAND --help\" lists the options of a command.\n"
                   "Exit status: 0 done, 1 the controller did not do it, 2 bad input.\n";
 }
@@ -97,15 +103,19 @@ int runProgram(const QStringList& arguments)
     if (name == kDiagnose) {
         return diagnoseCommand(QStringList(arguments.first()) + arguments.mid(2));
     }
+    if (name == kExport) {
+        return exportCommand(QStringList(arguments.first()) + arguments.mid(2));
+    }
     for (const Command& command : kCommands) {
         if (name == command.description.name) {
             return runOne(command, QStringList(arguments.first()) + arguments.mid(2));
         }
     }
-    complain(name.isEmpty()
-                 ? QString("a command is missing: run, read, write, check, explain or diagnose")
-                 : QString("unknown command %1: run, read, write, check, explain or diagnose")
-                       .arg(printable(name)));
+    complain(
+        name.isEmpty()
+            ? QString("a command is missing: run, read, write, check, explain, diagnose or export")
+            : QString("unknown command %1: run, read, write, check, explain, diagnose or export")
+                  .arg(printable(name)));
     return kExitBadInput;
 }
 

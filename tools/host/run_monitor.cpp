@@ -121,11 +121,11 @@ void RunMonitor::tellSilence(const FeedEntry& entry)
     }
 }
 
-void RunMonitor::show()
+void RunMonitor::show(const RecordingStrip& recording)
 {
     const LineHealth& line = values_.line();
     const Clock::time_point now = Clock::now();
-    view_.show(rowsOf(values_, now), {line.isAlive(), line.words(now), recent_.at(now)});
+    view_.show(rowsOf(values_, now), {line.isAlive(), line.words(now), recent_.at(now), recording});
 }
 
 } // namespace tavmir::host

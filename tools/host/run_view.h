@@ -11,11 +11,18 @@
 namespace tavmir::host
 {
 
+// How the recording is; without words nothing is recorded.
+struct RecordingStrip {
+    QString words;
+    bool isFailing = false;
+};
+
 // How the line is, in words and as a flag, and how it has been lately.
 struct LineState {
     bool connected = false; // and the last request was answered
     QString words;
     RecentLine recent = RecentLine();
+    RecordingStrip recording = RecordingStrip();
 };
 
 class RunView

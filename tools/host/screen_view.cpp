@@ -61,6 +61,8 @@ TableContent ScreenView::contentOf(const std::vector<ValueRow>& rows, const Line
     content.state = state.words;
     content.time = QDateTime::currentDateTimeUtc().toString("hh:mm:ss 'UTC'");
     content.figures = state.recent;
+    content.recording = state.recording.words;
+    content.recordingFails = state.recording.isFailing;
     content.messages = messages_;
     return content;
 }

@@ -34,6 +34,13 @@ QString namesInWords(const QStringList& names)
     return more > 0 ? QString("%1 and %2 more").arg(all).arg(more) : all;
 }
 
+// "0.41 ms"
+QString msText(Clock::duration duration)
+{
+    const double ms = std::chrono::duration<double, std::milli>(duration).count();
+    return QString("%1 ms").arg(ms, 0, 'f', ms < 1 ? 3 : ms < 100 ? 1 : 0);
+}
+
 // One variable through all steps.
 class Explanation
 {
@@ -202,7 +209,7 @@ private:
             return;
         }
         const Exchange& exchange = found_.last->exchange;
-        const QString took = durationText(exchange.endedAt - exchange.sentAt);
+        const QString took = msText(exchange.endedAt - exchange.sentAt);
         QString text =
             exchange.isGood()
                 ? QString("answered %1, after %2").arg(ago(exchange.endedAt), took)
@@ -290,9 +297,9 @@ private:
             return QString("%1, and it may be another one by now: %2.").arg(what, quality_.reason);
         }
         if (!line.isConnected()) {
-            return line.wasConnected() ? QString("%1: the connection is lost, %2.")
+            return line.wasConnected() ? QString("%1: the connection was lost; %2.")
                                              .arg(what, line.words(facts_.now))
-                                       : QString("%1: there has been no connection yet, %2.")
+                                       : QString("%1: there has been no connection yet; %2.")
                                              .arg(what, line.words(facts_.now));
         }
         if (isSwitchedOff()) {

@@ -3,7 +3,11 @@
 
 #include "feed/line_health.h"
 #include "moments.h"
+#include "project/raw_address.h"
 #include "wire/frame_layout.h"
+
+#include <algorithm>
+#include <limits>
 
 namespace tavmir::host
 {
@@ -36,13 +40,14 @@ bool isSame(const std::vector<PolledElement>& left, const std::vector<PolledElem
 } // namespace
 
 void FeedEvents::tell(const FeedEntry& entry, const char* kind, const QString& text, bool bad,
-                      const QString& variable, const QString& address)
+                      const About& about)
 {
     PageEvent event;
     event.at = msOf(entry.wall);
     event.kind = kind;
     event.bad = bad;
-    tellRest(entry.wall);
+    tellUntil(event.at);
+    tellMore(wholeMsOf(entry.wall) / 1000);
     OfAKind& ofKind = kinds_[kind];
     const qint64 second = wholeMsOf(entry.wall) / 1000;
     if (second != ofKind.second) {
@@ -53,15 +58,32 @@ void FeedEvents::tell(const FeedEntry& entry, const char* kind, const QString& t
         return;
     }
     event.text = text;
-    event.variable = variable;
-    event.address = address;
+    event.variable = about.variable;
+    event.address = about.address;
     store_.add(event);
 }
 
 void FeedEvents::tellRest(WallClock::time_point now)
 {
+    tellUntil(std::numeric_limits<double>::infinity());
+    tellMore(wholeMsOf(now) / 1000);
+}
+
+void FeedEvents::tellUntil(double at)
+{
+    const auto later = std::stable_partition(
+        waiting_.begin(), waiting_.end(), [at](const Told& told) { return told.event.at <= at; });
+    for (auto told = waiting_.begin(); told != later; ++told) {
+        forget(told->element);
+        store_.add(told->event);
+    }
+    waiting_.erase(waiting_.begin(), later);
+}
+
+void FeedEvents::tellMore(qint64 second)
+{
     for (auto& [kind, ofKind] : kinds_) {
-        if (ofKind.more == 0 || ofKind.second == wholeMsOf(now) / 1000) {
+        if (ofKind.more == 0 || ofKind.second == second) {
             continue;
         }
         PageEvent event;
@@ -92,7 +114,7 @@ void FeedEvents::take(const FeedEntry& entry)
              QString("given up after %1 %2: %3")
                  .arg(last_.attempt)
                  .arg(last_.attempt == 1 ? "attempt" : "attempts", subjectOf(last_)),
-             true, onlyName(last_), onlyName(last_));
+             true, aboutOnly(last_));
         break;
     case FeedKind::connected:
         failure_ = QString();
@@ -119,10 +141,10 @@ void FeedEvents::take(const FeedEntry& entry)
         break;
     case FeedKind::elementSetAside:
         tell(entry, "setAside", QString("%1: %2").arg(entry.variable, entry.text), true,
-             entry.variable);
+             aboutName(entry.variable));
         break;
     case FeedKind::elementBack:
-        tell(entry, "back", entry.variable + ": answers again", false, entry.variable);
+        tell(entry, "back", entry.variable + ": answers again", false, aboutName(entry.variable));
         break;
     case FeedKind::framesDropped: // each of them was told
     case FeedKind::planChanged:
@@ -144,6 +166,13 @@ void FeedEvents::takePlan(const FeedEntry& entry)
         return; // only other variables are set aside, which are told one by one
     }
     polled_ = entry.plan->polled;
+    polledAt_.clear();
+    for (const PolledElement& variable : polled_) {
+        if (!variable.element.bitNumber) {
+            polledAt_[wireElements(variable.element, variable.station).front()] = {
+                variable.name, project::shownAddress(variable.element)};
+        }
+    }
     if (!entry.standing) {
         tell(entry, "planChanged", QString("%1 variables are polled").arg(polled_.size()), false);
     }
@@ -152,7 +181,7 @@ void FeedEvents::takePlan(const FeedEntry& entry)
 void FeedEvents::takeExchange(const FeedEntry& entry)
 {
     copyExchange(entry.exchange, nullptr, nullptr, last_);
-    const QString name = onlyName(last_);
+    const About about = aboutOnly(last_);
     const auto text = [&] {
         return QString("%1: %2").arg(endInWords(last_, QString()), subjectOf(last_));
     };
@@ -160,14 +189,14 @@ void FeedEvents::takeExchange(const FeedEntry& entry)
     case ExchangeEnd::timeout:
     case ExchangeEnd::cut:
     case ExchangeEnd::broken:
-        tell(entry, "timeout", text(), true, name, name);
+        tell(entry, "timeout", text(), true, about);
         break;
     case ExchangeEnd::exception:
-        tell(entry, "exception", text(), true, name, name);
+        tell(entry, "exception", text(), true, about);
         break;
     case ExchangeEnd::reply:
         if (!last_.isGood()) {
-            tell(entry, "stray", text(), true, name, name);
+            tell(entry, "stray", text(), true, about);
         }
         break;
     case ExchangeEnd::lost: // told as the connection's end
@@ -212,8 +241,7 @@ void FeedEvents::forget(const WireElement& element)
 
 void FeedEvents::told(const WireElement& element, const PageEvent& event)
 {
-    forget(element);
-    store_.add(event);
+    waiting_.push_back({element, event});
 }
 
 void FeedEvents::takeOperation(const FeedEntry& entry)
@@ -228,15 +256,13 @@ void FeedEvents::takeOperation(const FeedEntry& entry)
     Outcome outcome;
     outcome.state = ended.state;
     outcome.reason = entry.text;
-    QString name;
-    if (ended.bitsApart > 0) {
-        name = names_.nameOf(static_cast<quint32>(ended.firstAddress), ended.bitsApart);
-    }
+    const About about = ended.bitsApart > 0 ? aboutPlace(element, ended.bitsApart) : About();
     tell(entry, isWrite ? "write" : "read",
          QString("%1 of %2: %3")
-             .arg(isWrite ? "write" : "read", name.isNull() ? QString("a value") : name,
+             .arg(isWrite ? "write" : "read",
+                  about.address.isNull() ? QString("a value") : about.address,
                   outcomeInWords(outcome)),
-         ended.state != OutcomeState::done, name, name);
+         ended.state != OutcomeState::done, about);
 }
 
 QString FeedEvents::subjectOf(const Exchange& exchange) const
@@ -257,14 +283,38 @@ QString FeedEvents::subjectOf(const Exchange& exchange) const
                      .arg(first);
 }
 
-QString FeedEvents::onlyName(const Exchange& exchange) const
+FeedEvents::About FeedEvents::aboutOnly(const Exchange& exchange) const
 {
     const auto* function = wire::findFunctionCode(exchange.request[wire::kFunctionOffset]);
     const bool isOne = function != nullptr && exchange.request[wire::kCountOffset] == 1 &&
                        exchange.requestKept() >= wire::kHeaderBytes + wire::kAddressBytes;
-    return isOne ? names_.nameOf(wire::bigEndian32(exchange.request + wire::kHeaderBytes),
-                                 function->valueBits)
-                 : QString();
+    if (!isOne) {
+        return About();
+    }
+    const auto address =
+        static_cast<qint32>(wire::bigEndian32(exchange.request + wire::kHeaderBytes));
+    return aboutPlace({function->elements, address, exchange.request[wire::kStationOffset]},
+                      function->valueBits);
+}
+
+FeedEvents::About FeedEvents::aboutPlace(const WireElement& element, int bits) const
+{
+    const auto found = polledAt_.find(element);
+    if (found != polledAt_.end()) {
+        return found->second;
+    }
+    const QString name = names_.nameOf(static_cast<quint32>(element.address), bits);
+    return {name, name};
+}
+
+FeedEvents::About FeedEvents::aboutName(const QString& name) const
+{
+    for (const PolledElement& variable : polled_) {
+        if (variable.name == name) {
+            return {name, project::shownAddress(variable.element)};
+        }
+    }
+    return {name, QString()};
 }
 
 // What failed names its address by itself, unless it is a name that was looked up.

@@ -31,13 +31,14 @@ public:
     void take(const FeedEntry& entry);
     void gap(quint64 missed, WallClock::time_point at);
 
-    // Tells how many more there were in seconds that are over.
+    // Tells what waits: told() operations, and how many more there were in seconds that are over.
     void tellRest(WallClock::time_point now);
 
     // The end of an operation on this element is told by who asked for it; until told() or forget()
     // the feed's word of it is left out.
     void tellsItself(const WireElement& element) { toldElsewhere_.insert(element); }
     void forget(const WireElement& element);
+    // It has ended: told when the feed has told what was before, with tellRest() at the latest.
     void told(const WireElement& element, const PageEvent& event);
 
 private:
@@ -48,16 +49,30 @@ private:
         int more = 0;
     };
 
+    // What an event is about; of many variables nothing.
+    struct About {
+        QString variable;
+        QString address;
+    };
+    struct Told {
+        WireElement element;
+        PageEvent event;
+    };
+
     void tell(const FeedEntry& entry, const char* kind, const QString& text, bool bad,
-              const QString& variable = QString(), const QString& address = QString());
+              const About& about = About());
+    void tellUntil(double at);
+    void tellMore(qint64 second);
     void takeExchange(const FeedEntry& entry);
     void takeOperation(const FeedEntry& entry);
     void takePlan(const FeedEntry& entry);
     void takeStray(const FeedEntry& entry);
     // "38 words of station 1 from Main.W on"
     QString subjectOf(const Exchange& exchange) const;
-    // The name of an exchange's only element; null: it has more.
-    QString onlyName(const Exchange& exchange) const;
+    // The variable of an exchange's only element.
+    About aboutOnly(const Exchange& exchange) const;
+    About aboutPlace(const WireElement& element, int bits) const;
+    About aboutName(const QString& name) const;
     QString withController(const QString& why) const;
 
     const QString controller_;
@@ -67,7 +82,9 @@ private:
     std::vector<PolledElement> polled_;
     QString failure_; // to connect, as it was told last
     Exchange last_;
+    std::map<WireElement, About> polledAt_;
     std::multiset<WireElement> toldElsewhere_;
+    std::vector<Told> waiting_;
 };
 
 } // namespace tavmir::host

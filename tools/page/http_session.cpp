@@ -7,6 +7,7 @@
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/write.hpp>
+#include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
 
@@ -66,6 +67,21 @@ RequestHead headOf(const http::request<http::string_body>& request)
     head.expect = viewOf(request[http::field::expect]);
     head.isUpgrade = beast::websocket::is_upgrade(request);
     return head;
+}
+
+// All that a WebSocket is made from; the rest of its request has been looked at.
+std::string handshakeOf(const http::request<http::string_body>& request)
+{
+    std::string text = "GET / HTTP/1.1\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n";
+    for (const http::field name :
+         {http::field::host, http::field::sec_websocket_version, http::field::sec_websocket_key}) {
+        const auto field = request.find(name);
+        if (field != request.end()) {
+            text.append(viewOf(field->name_string())).append(": ");
+            text.append(viewOf(field->value())).append("\r\n");
+        }
+    }
+    return text + "\r\n";
 }
 
 bool isTooLongAHead(const boost::system::error_code& error)
@@ -308,14 +324,17 @@ void HttpSession::onAnswer(unsigned order, const Answer& answer)
 
 void HttpSession::goLive()
 {
-    if (buffer_.size() > 0) {
+    // A client that is in a hurry sends its greeting without waiting for the answer.
+    const std::string handshake =
+        handshakeOf(parser_->get()) + beast::buffers_to_string(buffer_.data());
+    if (handshake.size() > kMostHandshake) {
         staysOpen_ = false;
-        return refuse(400, "nothing may follow before the WebSocket is there");
+        return refuse(400, "this is too much to ask for a WebSocket");
     }
     const auto self = shared_from_this();
     const auto live = std::make_shared<LiveSession>(connections_, std::move(socket_));
     connections_.replace(*this, live);
-    live->start(parser_->release());
+    live->start(handshake);
 }
 
 void HttpSession::answer(const Answer& answer, const char* allow)

@@ -31,6 +31,7 @@ constexpr qint64 kEventsOfAHistory = 200;
 constexpr qint64 kLastMs = qint64(1) << 52;
 constexpr qint64 kUsualHistoryMs = 60000;
 constexpr qint64 kCaptureSeconds = 60;
+constexpr auto kOld = std::chrono::milliseconds(100);
 
 std::string madeEpoch()
 {
@@ -56,6 +57,7 @@ LiveContent::LiveContent(Feed& feed, const project::Project& project, const Live
 
 page::Answer LiveContent::get(const std::string& what, const page::Query& query)
 {
+    lookIfOld();
     if (what == "status") {
         return answerOf(status());
     }
@@ -102,9 +104,18 @@ void LiveContent::look()
         const std::lock_guard<std::mutex> lock(mutex_);
         told.swap(told_);
     }
-    state_.look(); // the feed's word of these writes is in now
     for (const Told& one : told) {
         state_.feedEvents().told(one.element, one.event);
+    }
+    state_.look(); // the feed's word of these writes comes in now
+    lookedAt_ = options_.clocks.steady();
+}
+
+// Looks are rare while nobody listens.
+void LiveContent::lookIfOld()
+{
+    if (options_.clocks.steady() - lookedAt_ >= kOld) {
+        look();
     }
 }
 
@@ -360,6 +371,7 @@ void LiveContent::write(const std::string& body, const Done& done)
         done(problem(403, "writes are off: the program was started without --allow-writes"));
         return;
     }
+    lookIfOld();
     const ParsedWrite parsed = parseWrite(body);
     if (!parsed.problem.isEmpty()) {
         done(problem(400, parsed.problem));

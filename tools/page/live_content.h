@@ -55,6 +55,7 @@ private:
         PageEvent event;
     };
 
+    void lookIfOld();
     std::string status() const;
     std::string variables() const;
     page::Answer values(const page::Query& query) const;
@@ -79,6 +80,7 @@ private:
     HistorySource* recording_ = nullptr;
     std::function<std::string()> status_;
     Capture capture_;
+    Clock::time_point lookedAt_;
     std::mutex mutex_;
     std::vector<Told> told_; // under the mutex
 };

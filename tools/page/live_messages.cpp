@@ -1,20 +1,11 @@
 // Twelve tabs that keep up ask for the same changes: the text is made for the first and shared.
 #include "live_messages.h"
 
-#include <chrono>
-
 namespace tavmir::page
 {
 
 namespace
 {
-
-std::string wallClockMs()
-{
-    using std::chrono::duration_cast;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return std::to_string(duration_cast<std::chrono::milliseconds>(now).count());
-}
 
 LiveMessage messageOf(std::string text, std::uint64_t sequence)
 {
@@ -40,8 +31,7 @@ LiveMessage LiveMessages::first(const Greeting& greeting)
     if (greeting.epoch != content_.epoch() || greeting.sequence > content_.sequence()) {
         return snapshot();
     }
-    LiveMessage message = changes(greeting.sequence);
-    return message.text ? message : alive(greeting.sequence);
+    return changes(greeting.sequence);
 }
 
 LiveMessage LiveMessages::snapshot()
@@ -61,13 +51,6 @@ LiveMessage LiveMessages::changes(std::uint64_t since)
     }
     std::string text = content_.changes(since, since);
     return changes_[since] = messageOf(std::move(text), content_.sequence());
-}
-
-LiveMessage LiveMessages::alive(std::uint64_t since) const
-{
-    return messageOf("{\"kind\":\"alive\",\"epoch\":\"" + content_.epoch() + "\",\"sequence\":" +
-                         std::to_string(since) + ",\"now\":" + wallClockMs() + "}",
-                     since);
 }
 
 } // namespace tavmir::page

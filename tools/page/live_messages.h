@@ -32,9 +32,6 @@ public:
     // What is newer than `since`.
     LiveMessage changes(std::uint64_t since);
 
-    // Says only that the program is there.
-    LiveMessage alive(std::uint64_t since) const;
-
 private:
     LiveMessage snapshot();
 

@@ -27,9 +27,9 @@ LiveSession::LiveSession(Connections& connections, Socket socket)
 {
 }
 
-void LiveSession::start(Request request)
+void LiveSession::start(std::string handshake)
 {
-    request_ = std::move(request);
+    handshake_ = std::move(handshake);
     stream_.read_message_max(limits().frameBytes);
     stream_.auto_fragment(false);
     stream_.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
@@ -39,7 +39,7 @@ void LiveSession::start(Request request)
     }));
     stream_.control_callback(
         [this](websocket::frame_type, boost::beast::string_view) { heard_ = Clock::now(); });
-    stream_.async_accept(request_,
+    stream_.async_accept(boost::asio::buffer(handshake_),
                          [self = shared_from_this()](Error error) { self->onOpen(error); });
 }
 
@@ -92,6 +92,7 @@ void LiveSession::greet(const std::string& text)
         return;
     }
     state_ = State::listening;
+    seen_ = greeting.sequence;
     connections_.lookIfOld();
     send(connections_.messages().first(greeting));
 }
@@ -121,18 +122,7 @@ void LiveSession::tick(Clock::time_point now)
         ping();
     }
     if (state_ == State::listening && !isSending()) {
-        offer(now);
-    }
-}
-
-void LiveSession::offer(Clock::time_point now)
-{
-    LiveMessage message = connections_.messages().changes(seen_);
-    if (!message.text && now - said_ >= limits().statusEvery) {
-        message = connections_.messages().alive(seen_);
-    }
-    if (message.text) {
-        send(std::move(message));
+        send(connections_.messages().changes(seen_));
     }
 }
 
@@ -143,7 +133,6 @@ void LiveSession::send(LiveMessage message)
     }
     outgoing_ = std::move(message);
     seen_ = outgoing_.sequence;
-    said_ = Clock::now();
     sent_ = 0;
     stream_.text(true);
     sendRest();

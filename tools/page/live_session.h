@@ -10,7 +10,6 @@
 #include "connections.h"
 
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/http/string_body.hpp>
 #include <boost/beast/websocket/stream.hpp>
 
 namespace tavmir::page
@@ -19,16 +18,19 @@ namespace tavmir::page
 // Close codes of its own.
 constexpr unsigned short kWrongToken = 4401;
 
+// What Beast takes in advance.
+constexpr std::size_t kMostHandshake = 1536;
+
 class LiveSession : public Session, public std::enable_shared_from_this<LiveSession>
 {
 public:
-    using Request = boost::beast::http::request<boost::beast::http::string_body>;
-
     // connections  outlive it
     LiveSession(Connections& connections, Socket socket);
 
-    // Once: answers the request that asked for it.
-    void start(Request request);
+    // Once.
+    //   handshake  the request that asked for it and what the client sent behind it; kMostHandshake
+    //              bytes at most
+    void start(std::string handshake);
 
     void tick(Clock::time_point now) override;
     void goAway() override;
@@ -44,7 +46,6 @@ private:
     void read();
     void onRead(Error error);
     void greet(const std::string& text);
-    void offer(Clock::time_point now);
     void send(LiveMessage message);
     void sendRest();
     void onSent(Error error, std::size_t bytes);
@@ -57,13 +58,12 @@ private:
 
     Connections& connections_;
     boost::beast::websocket::stream<Socket, false> stream_;
-    Request request_;
+    std::string handshake_;
     boost::beast::flat_buffer buffer_;
     State state_ = State::opening;
     Clock::time_point deadline_;     // of opening, greeting and leaving
     Clock::time_point sendDeadline_; // while something is being sent
     Clock::time_point heard_;        // something of the client
-    Clock::time_point said_;         // the last message to it
     Clock::time_point pinged_;       // the last time
     bool isPinging_ = false;
     LiveMessage outgoing_;

@@ -87,7 +87,7 @@ void LiveState::take(const FeedEntry& entry)
         entry.kind == FeedKind::planChanged && !isSame(entry.plan->polled, values_.variables());
     values_.take(entry, [&](size_t variable) { changed(variable, entry); });
     if (isList) {
-        list();
+        list(generation_ == 0 ? startedAt_ : entry.wall);
     }
     if (entry.kind == FeedKind::planChanged) {
         takePlan(*entry.plan);
@@ -119,7 +119,7 @@ void LiveState::takePlan(const PolledGeneration& plan)
 }
 
 // Other variables from now on. What is known of those that stay is kept.
-void LiveState::list()
+void LiveState::list(WallClock::time_point since)
 {
     const std::vector<PolledElement>& variables = values_.variables();
     ++generation_;
@@ -142,7 +142,7 @@ void LiveState::list()
         const auto found = tracks_.find(address);
         trackOf_[i] = found != tracks_.end() ? found->second : history_.addTrack();
         if (found == tracks_.end()) {
-            history_.setGap(*trackOf_[i], wholeMsOf(clocks_.wall()), kNotReadYet);
+            history_.setGap(*trackOf_[i], wholeMsOf(since), kNotReadYet);
         }
         tracks_[address] = *trackOf_[i];
     }
@@ -186,10 +186,7 @@ void LiveState::showQualities(Clock::time_point now)
         const std::optional<Clock::time_point> readAt = values_.readAt(variable);
         const qint64 at = readAt ? wholeMsOf(moments_.wallAt(*readAt)) : 0;
         if (trackOf_[variable] && quality.quality != rows_.quality(variable)) {
-            const QString reason =
-                QString("%1: %2").arg(qualityWord(quality.quality), quality.reason);
-            history_.setGap(*trackOf_[variable], wholeMsOf(clocks_.wall()),
-                            quality.quality == Quality::good ? QString() : reason);
+            tellGap(*trackOf_[variable], quality, at);
         }
         isOther_ = rows_.setQuality(variable, quality, at, refresh, next_) || isOther_;
     };
@@ -207,6 +204,17 @@ void LiveState::showQualities(Clock::time_point now)
     }
     refreshFrom_ = count == 0 ? 0 : (refreshFrom_ + refreshed) % count;
     qualitiesAt_ = now;
+}
+
+// A gap ends with the reading that ended it.
+void LiveState::tellGap(size_t track, const ValueQuality& quality, qint64 readAt)
+{
+    if (quality.quality == Quality::good) {
+        history_.setGap(track, readAt, QString());
+    } else {
+        history_.setGap(track, wholeMsOf(clocks_.wall()),
+                        QString("%1: %2").arg(qualityWord(quality.quality), quality.reason));
+    }
 }
 
 std::optional<size_t> LiveState::trackOf(size_t variable) const

@@ -69,7 +69,8 @@ private:
     void takePlan(const PolledGeneration& plan);
     void takeLink(const FeedEntry& entry);
     void changed(size_t variable, const FeedEntry& entry);
-    void list();
+    void list(WallClock::time_point since);
+    void tellGap(size_t track, const ValueQuality& quality, qint64 readAt);
     void showChanges();
     void showQualities(Clock::time_point now);
 

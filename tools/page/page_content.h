@@ -51,7 +51,8 @@ public:
     // A new one for each start of the program.
     virtual std::string epoch() const = 0;
 
-    // Counts looks that changed something.
+    // Counts looks that changed something; what ages changes once a second, so that each client
+    // hears of the program as often.
     virtual std::uint64_t sequence() const = 0;
 
     // Everything, as a live message.
@@ -59,7 +60,7 @@ public:
 
     // What is newer, the latest value each, as a live message; empty: nothing.
     //   since        a sequence() that the client has seen
-    //   eventsSince  the same for events
+    //   eventsSince  the same, of events
     virtual std::string changes(std::uint64_t since, std::uint64_t eventsSince) = 0;
 };
 

@@ -27,7 +27,6 @@ struct PageLimits {
     Ms closeTime{1000};              // for a client to take leave
     Ms lookEvery{100};               // while somebody listens; also how often time is looked at
     Ms lookUnheard{1000};            // while nobody does
-    Ms statusEvery{1000};            // a live message, even if nothing has changed
     Ms acceptPause{250};             // when the system has no descriptor left
     int sendBufferBytes = 64 * 1024; // of the system, for each client
 };

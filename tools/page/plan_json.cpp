@@ -12,6 +12,14 @@ namespace tavmir::host
 namespace
 {
 
+// "the next element has another data type"
+QString whyItEnds(const PlannedFrame& frame)
+{
+    const QString ends = "ends because ";
+    const QString words = endInWords(frame);
+    return words.startsWith(ends) ? words.mid(ends.size()) : words;
+}
+
 void writeRequest(JsonWriter& json, const PlannedFrame& frame, const FrameWords& words,
                   const project::ElementNames& names)
 {
@@ -27,7 +35,7 @@ void writeRequest(JsonWriter& json, const PlannedFrame& frame, const FrameWords&
     json.key("replyBytes").whole(frame.replyBytes);
     json.key("first").text(nameOf(frame.elements.front()));
     json.key("last").text(nameOf(frame.elements.back()));
-    json.key("ends").text(endInWords(frame));
+    json.key("ends").text(whyItEnds(frame));
     json.key("variables").beginArray();
     for (const auto& user : words.variablesOf(frame)) {
         json.text(words.nameOf(user));

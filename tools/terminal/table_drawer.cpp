@@ -134,20 +134,27 @@ PictureLine rowLine(const TableRow& row, const ColumnWidths& widths)
 struct Rooms {
     int state;
     int figures;
+    int recording;
     int bottom;
     int messages;
     int table; // with its heading
 };
 
-Rooms shareLines(int lines, int messages)
+Rooms shareLines(int lines, int messages, bool isRecorded)
 {
     constexpr int kSmall = 12;
     constexpr int kUsual = 20;
     constexpr int kMostMessages = 5;
-    Rooms rooms = {lines > 2 ? 1 : 0, lines > 5 ? 1 : 0, lines > 4 ? 1 : 0, 0, 0};
+    Rooms rooms = {lines > 2 ? 1 : 0,
+                   lines > 5 ? 1 : 0,
+                   isRecorded && lines > 6 ? 1 : 0,
+                   lines > 4 ? 1 : 0,
+                   0,
+                   0};
     const int most = lines < 7 ? 0 : lines < kSmall ? 1 : lines < kUsual ? 2 : kMostMessages;
     rooms.messages = std::min(messages, most);
-    rooms.table = lines - rooms.state - rooms.figures - rooms.bottom - rooms.messages;
+    rooms.table =
+        lines - rooms.state - rooms.figures - rooms.recording - rooms.bottom - rooms.messages;
     return rooms;
 }
 
@@ -231,7 +238,8 @@ void TableDrawer::drawTable(const TableContent& content, TableControl& control, 
 Picture TableDrawer::draw(const TableContent& content, TableControl& control, ScreenSize size)
 {
     const int width = size.columns;
-    const Rooms rooms = shareLines(size.lines, content.messages.size());
+    const Rooms rooms =
+        shareLines(size.lines, content.messages.size(), !content.recording.isEmpty());
     Picture picture;
     if (rooms.state > 0) {
         picture.lines.push_back(bothEnds(drawable(content.state), content.time,
@@ -239,6 +247,10 @@ Picture TableDrawer::draw(const TableContent& content, TableControl& control, Sc
     }
     if (rooms.figures > 0) {
         picture.lines.push_back(lineOf(linkLine(content.figures, width), Style::plain, width));
+    }
+    if (rooms.recording > 0) {
+        picture.lines.push_back(lineOf(drawable(content.recording),
+                                       content.recordingFails ? Style::bad : Style::plain, width));
     }
     const size_t below = picture.lines.size() + static_cast<size_t>(rooms.table);
     QString place;

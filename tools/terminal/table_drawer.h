@@ -2,6 +2,7 @@
 //
 //   connected to 127.0.0.1:502                                      12:00:00 UTC
 //   pass 12.3 ms  round trip 0.21 ms  last minute: no failures
+//   recording: 12.3 of 1024 MiB, covers 2 h 5 min        (where there is a recording)
 //     ADDRESS          VALUE    AGE
 //     Main.Speed       1500    5 ms
 //   ! Main.Temp        20.5     3 s  bad: refused, code 2
@@ -26,6 +27,8 @@ struct TableContent {
     QString state; // of the line, in words
     QString time;
     RecentLine figures;
+    QString recording; // in words; empty: nothing is recorded
+    bool recordingFails = false;
     QStringList messages; // the latest one last
 };
 

@@ -50,3 +50,17 @@ test('what is older than a minute is gone', () => {
   const all = seconds(memory, 0, 200000);
   assert.deepEqual(all, Array.from({ length: SECONDS }, () => [1, 1]));
 });
+
+test('the minute before the page came is filled in, once, under what is there already', () => {
+  const memory = new SparkMemory();
+  memory.reset(1, 100000);
+  memory.put(0, 7, 100500);
+  const series = {
+    from: 40000, to: 100400, gaps: [[98000, 99000, 'link down']],
+    t: [40000, 97500, 99000], min: [1, 2, 3], max: [1, 4, 3], last: [1, 4, 3],
+  };
+  assert.equal(memory.lacksPast(0), true);
+  memory.fillPast(0, series);
+  assert.equal(memory.lacksPast(0), false);
+  assert.deepEqual(seconds(memory, 0, 100600).slice(-5), [[1, 1], [1, 4], null, [3, 3], [7, 7]]);
+});

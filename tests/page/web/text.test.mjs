@@ -19,7 +19,7 @@ test('a length keeps three to four digits', () => {
 });
 
 test('whole numbers stand in full, others in seven digits', () => {
-  assert.deepEqual([4294967295, -1, 0.1 + 0.2, 3.14159265].map(number), ['4294967295', '-1', '0.3', '3.141593']);
+  assert.deepEqual([4294967295, -1, 0.1 + 0.2, 3.14159265].map((value) => number(value)), ['4294967295', '-1', '0.3', '3.141593']);
 });
 
 test('bytes and counts', () => {

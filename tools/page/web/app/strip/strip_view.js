@@ -10,7 +10,7 @@ import { element, make, setAttribute, setText, show } from '../view/dom.js';
  * @typedef {import('../feed/messages.js').Faults} Faults
  *
  * @typedef {'good'|'warn'|'bad'|'off'} Mood
- * @typedef {{text: string, sub?: string, mood?: Mood, title?: string}} Said
+ * @typedef {{text: string, sub?: string, mood?: Mood, title?: string, hidden?: boolean}} Said
  */
 
 /** @type {{name: string, label: string, says: (status: Status, now: number) => Said}[]} */
@@ -24,6 +24,7 @@ const CELLS = [
   faults('late', 'Late'),
   faults('exceptions', 'Exceptions'),
   { name: 'connections', label: 'Lost · failed', says: connections },
+  { name: 'missed', label: 'Missed', says: missed },
   { name: 'recording', label: 'REC', says: recording },
   { name: 'writes', label: 'Writes', says: writes },
 ];
@@ -111,6 +112,16 @@ function connections({ lastMinute: minute, total }) {
 }
 
 /**
+ * Shown only when the page's reader of what happened on the line was too slow.
+ * @param {Status} status
+ * @returns {Said}
+ */
+function missed({ missed: count }) {
+  const title = `${count} exchanges went by unseen by the page: values and figures may lack them`;
+  return { text: String(count), sub: 'unseen', mood: 'bad', title, hidden: count === 0 };
+}
+
+/**
  * @param {Status} status
  * @returns {Said}
  */
@@ -178,6 +189,7 @@ export class StripView {
    */
   #drawCell(index, said) {
     const { cell, text, sub } = this.#cells[index];
+    show(cell, said.hidden !== true);
     setText(text, said.text);
     setText(sub, said.sub ?? '');
     setAttribute(cell, 'data-mood', said.mood ?? 'good');

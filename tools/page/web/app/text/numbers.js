@@ -1,13 +1,14 @@
 // Numbers as text.
 
 /**
- * A number in as few digits as tell it: seven significant ones at most.
+ * A number in as few digits as tell it: seven significant ones at most, or as many as given.
  * @param {number} value
+ * @param {number} [digits]
  */
-export function number(value) {
+export function number(value, digits = 7) {
   if (!Number.isFinite(value)) return String(value);
   if (Number.isInteger(value) && Math.abs(value) < 1e15) return String(value);
-  return String(Number(value.toPrecision(7)));
+  return String(Number(value.toPrecision(digits)));
 }
 
 /**

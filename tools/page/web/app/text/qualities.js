@@ -1,5 +1,7 @@
 // How a quality looks and reads, once for all views: a sign of its own, not a colour alone.
 
+import { counted } from './numbers.js';
+
 /**
  * @typedef {import('../feed/messages.js').Quality} Quality
  * @typedef {import('../feed/messages.js').ValueRow} ValueRow
@@ -27,6 +29,14 @@ export function look(row, live) {
   if (live) return { quality, sign: SIGNS[quality] ?? '?', word: quality, reason: row[4] };
   const was = quality === 'never' ? 'never read before that' : `was ${quality}`;
   return { quality: 'unknown', sign: SIGNS.unknown, word: 'unknown', reason: `${LOST}; ${was}` };
+}
+
+/**
+ * What a variable is: "word", "text of 8 words".
+ * @param {import('../feed/messages.js').Variable} variable
+ */
+export function kindOf({ type, elements }) {
+  return type === 'text' ? `text of ${counted(elements, 'word')}` : type;
 }
 
 /**

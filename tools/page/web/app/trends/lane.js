@@ -244,10 +244,12 @@ export class Lane {
     /** @param {number|null} value */
     const said = (value) => (value === null ? '–' : number(value));
     const gaps = sum.gapMs > 0 ? ` · without ${length(sum.gapMs)} of gaps` : '';
-    setText(this.#stats, covered
+    const text = covered
       ? `Δv ${said(sum.change)} · min ${said(sum.min)} · max ${said(sum.max)} · `
-        + `mean ${sum.rough ? '≈ ' : ''}${said(sum.mean)}${gaps}`
-      : 'cursors lie outside of what is loaded');
+        + `mean ${sum.rough ? '≈ ' : ''}${sum.mean === null ? '–' : number(sum.mean, 5)}${gaps}`
+      : 'cursors lie outside of what is loaded';
+    setText(this.#stats, text);
+    setAttribute(this.#stats, 'title', text);
   }
 
   close() {

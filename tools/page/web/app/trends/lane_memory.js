@@ -13,6 +13,8 @@ import { AskError, get } from '../link/requests.js';
 
 const POINTS = 1200;
 const MARGIN = 0.25;
+/** Asked for again each time: what was not yet folded in when the last answer was made. */
+const OVERLAP_MS = 1500;
 
 export class LaneMemory {
   /** @type {Series} */
@@ -72,7 +74,7 @@ export class LaneMemory {
       await this.load(span, now);
       return;
     }
-    const from = this.#covered;
+    const from = this.#covered - OVERLAP_MS;
     const points = Math.max(4, Math.min(2000, Math.ceil(((now - from) / span) * POINTS)));
     const more = await this.#ask(from, now, points);
     if (!more) return;

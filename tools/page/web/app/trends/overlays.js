@@ -124,6 +124,8 @@ export function drawMarks(chart, events, colours) {
 export function drawCursors(chart, cursors, colours) {
   clipped(chart, (context, x) => {
     const { top, height } = chart.bbox;
+    context.textAlign = 'left';
+    context.textBaseline = 'alphabetic';
     context.font = `bold ${12 * devicePixelRatio}px sans-serif`;
     for (const name of /** @type {const} */ (['a', 'b'])) {
       const at = cursors[name];

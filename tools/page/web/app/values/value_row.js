@@ -1,6 +1,6 @@
 // One row of the values: made once, filled often, writing only what differs.
 import { age } from '../text/ages.js';
-import { look, valueText } from '../text/qualities.js';
+import { kindOf, look, valueText } from '../text/qualities.js';
 import { make, setAttribute, setText } from '../view/dom.js';
 
 /**
@@ -77,8 +77,7 @@ function fillFixed(parts, root, variable) {
   parts.shown = variable;
   root.dataset.address = variable.address;
   setText(parts.name, variable.name);
-  const kind = variable.elements > 1 ? `${variable.elements} × ${variable.type}` : variable.type;
-  parts.name.title = `${variable.name}\n${variable.address} · ${kind} · station ${variable.station}`;
+  parts.name.title = `${variable.name}\n${variable.address} · ${kindOf(variable)} · station ${variable.station}`;
   parts.why.setAttribute('aria-label', `Why is ${variable.name} as it is?`);
   parts.write.setAttribute('aria-label', `Write ${variable.name}`);
 }

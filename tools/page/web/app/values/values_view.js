@@ -1,7 +1,8 @@
 // The table of values: filter, rows in sight, pin, Why?, write.
 import { dayTime } from '../text/ages.js';
+import { SparkLoader } from '../feed/spark_loader.js';
 import { counted } from '../text/numbers.js';
-import { look, valueText } from '../text/qualities.js';
+import { kindOf, look, valueText } from '../text/qualities.js';
 import { element, setText } from '../view/dom.js';
 import { VirtualRows } from '../view/virtual_rows.js';
 import { listed } from './filter.js';
@@ -37,6 +38,7 @@ export class ValuesView {
   #listed = [];
   #drawSparks = true;
   #sparksDrawn = 0;
+  #loader;
   /** @type {VirtualRows<RowParts>} */
   #rows;
 
@@ -51,6 +53,7 @@ export class ValuesView {
     this.#sparks = sparks;
     this.#colours = colours;
     this.#actions = actions;
+    this.#loader = new SparkLoader(store, sparks, () => this.#list());
     const box = element('values-rows', HTMLElement);
     this.#rows = new VirtualRows(box, {
       height: ROW_HEIGHT,
@@ -116,9 +119,8 @@ export class ValuesView {
     const row = this.#store.values[variable.index];
     const { word, reason } = look(row, this.#store.link === 'live');
     const name = variable.name === variable.address ? variable.name : `${variable.name} = ${variable.address}`;
-    const kind = variable.elements > 1 ? `${variable.elements} × ${variable.type}` : variable.type;
     const changed = row[6] === null ? '' : `, changed ${dayTime(row[6], this.#store.clock.now())}`;
-    setText(this.#detail, `${name} · ${kind}, station ${variable.station} · ${valueText(row)} · ${word}`
+    setText(this.#detail, `${name} · ${kindOf(variable)}, station ${variable.station} · ${valueText(row)} · ${word}`
       + `${reason === '' ? '' : `: ${reason}`}${changed}`);
   }
 
@@ -143,6 +145,7 @@ export class ValuesView {
       pinned: this.#store.isPinned(variable.address), denied: this.#actions.denied(variable),
     });
     if (fresh || this.#drawSparks) {
+      this.#loader.want(variable);
       drawSparkline(parts.spark, this.#sparks, index, now, this.#colours.of('line'));
     }
   }

@@ -1,0 +1,164 @@
+// The memory of values: exact, bounded, and honest about what is gone.
+#include "page/history_store.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+double asIs(quint32 number)
+{
+    return number;
+}
+
+HistoryPiece pieceOf(const HistoryStore& store, size_t track, qint64 from, qint64 to,
+                     size_t points = 100000)
+{
+    return store.piece(track, from, to, points, asIs);
+}
+
+using Numbers = std::vector<double>;
+
+} // namespace
+
+TEST(HistoryStore, EverySampleComesBack)
+{
+    HistoryStore store(0);
+    const size_t track = store.addTrack();
+    std::mt19937 random(7);
+    Numbers times;
+    Numbers values;
+    qint64 at = 1000;
+    for (int i = 0; i < 20000; ++i) {
+        at += static_cast<qint64>(random() % 3 == 0 ? random() % 100000 : random() % 120);
+        const auto number = static_cast<quint32>(random() % 2 == 0 ? random() : random() % 10);
+        store.addSample(track, at, number);
+        times.push_back(static_cast<double>(at));
+        values.push_back(number);
+    }
+    const HistoryPiece piece = pieceOf(store, track, 0, at);
+    EXPECT_EQ(times, piece.t);
+    EXPECT_EQ(values, piece.min);
+    EXPECT_EQ(values, piece.max);
+    EXPECT_EQ(values, piece.last);
+}
+
+TEST(HistoryStore, AWindowBeginsWithWhatStoodThere)
+{
+    HistoryStore store(0);
+    const size_t track = store.addTrack();
+    for (int i = 1; i <= 1000; ++i) {
+        store.addSample(track, 100 * i, static_cast<quint32>(i));
+    }
+    EXPECT_EQ((Numbers{50000, 50100, 50200}), pieceOf(store, track, 50050, 50250).t);
+    EXPECT_EQ((Numbers{50100, 50200}), pieceOf(store, track, 50100, 50200).t);
+    EXPECT_EQ((Numbers{100000}), pieceOf(store, track, 200000, 300000).t);
+    EXPECT_TRUE(pieceOf(store, track, 0, 50).t.empty());
+}
+
+TEST(HistoryStore, TooManySamplesAreSpansWithTheirBounds)
+{
+    HistoryStore store(0);
+    const size_t track = store.addTrack();
+    for (int i = 0; i < 1000; ++i) {
+        store.addSample(track, i, i == 555 ? 9000 : static_cast<quint32>(i % 10));
+    }
+    const HistoryPiece piece = pieceOf(store, track, 0, 1000, 11);
+    EXPECT_LE(piece.t.size(), 11);
+    EXPECT_GE(piece.t.size(), 10);
+    EXPECT_EQ(0, *std::min_element(piece.min.begin(), piece.min.end()));
+    EXPECT_EQ(9000, *std::max_element(piece.max.begin(), piece.max.end()));
+    EXPECT_EQ(9, piece.last.back());
+}
+
+TEST(HistoryStore, AValueThatStaysCountsInTheNextSpan)
+{
+    HistoryStore store(0);
+    const size_t track = store.addTrack();
+    store.addSample(track, 10, 100);
+    store.addSample(track, 20, 3);
+    store.addSample(track, 60, 5);
+    const HistoryPiece piece = pieceOf(store, track, 0, 100, 2);
+    ASSERT_EQ(1, piece.t.size());
+    EXPECT_EQ(3, piece.min[0]);
+    const HistoryPiece two = store.piece(track, 0, 100, 2, asIs);
+    EXPECT_EQ(100, two.max[0]);
+    store.addSample(track, 70, 6);
+    const HistoryPiece three = pieceOf(store, track, 0, 100, 3);
+    ASSERT_EQ(2, three.t.size());
+    EXPECT_EQ(50, three.t[1]) << "the span's beginning";
+    EXPECT_EQ(3, three.min[1]) << "stood there when the span began";
+    EXPECT_EQ(6, three.last[1]);
+}
+
+TEST(HistoryStore, ATimeThatIsNotGoodIsAGap)
+{
+    HistoryStore store(0);
+    const size_t track = store.addTrack();
+    store.setGap(track, 100, "never: x");
+    store.setGap(track, 200, QString());
+    store.setGap(track, 500, "stale: y");
+    const HistoryPiece piece = pieceOf(store, track, 150, 600);
+    ASSERT_EQ(2, piece.gaps.size());
+    EXPECT_EQ(100, piece.gaps[0].from);
+    EXPECT_EQ(200, piece.gaps[0].to);
+    EXPECT_EQ("never: x", piece.gaps[0].reason);
+    EXPECT_EQ(600, piece.gaps[1].to) << "it goes on";
+    EXPECT_TRUE(pieceOf(store, track, 250, 400).gaps.empty());
+}
+
+TEST(HistoryStore, TheOldestGoAndItIsKnownFromWhenAllIsThere)
+{
+    HistoryStore store(1, 100000);
+    const size_t busy = store.addTrack();
+    const size_t quiet = store.addTrack();
+    store.addSample(quiet, 5, 42);
+    EXPECT_EQ(1, store.from());
+    std::mt19937 random(1);
+    for (int i = 10; i < 100000; ++i) {
+        store.addSample(busy, i, static_cast<quint32>(random()));
+    }
+    EXPECT_LE(store.bytes(), 100000);
+    EXPECT_GT(store.bytes(), 90000);
+    EXPECT_GT(store.from(), 80000);
+    const HistoryPiece piece = pieceOf(store, busy, 0, 100000);
+    EXPECT_EQ(store.from(), *piece.oldest);
+    EXPECT_LE(piece.t.front(), static_cast<double>(store.from() + 1));
+    EXPECT_EQ(99999, piece.t.back());
+    EXPECT_EQ((Numbers{42}), pieceOf(store, quiet, 99000, 100000).last) << "it still stands";
+}
+
+TEST(HistoryStore, AGapThatStillHoldsIsNeverDropped)
+{
+    HistoryStore store(0, 20000);
+    const size_t busy = store.addTrack();
+    const size_t other = store.addTrack();
+    store.setGap(other, 1, "bad: refused");
+    for (int i = 10; i < 50000; ++i) {
+        store.addSample(busy, i, static_cast<quint32>(i) * 7919);
+    }
+    EXPECT_EQ("bad: refused", pieceOf(store, other, 40000, 50000).gaps.at(0).reason);
+}
+
+TEST(HistoryStore, TenMinutesOfAThousandVariablesFit)
+{
+    HistoryStore store(0);
+    for (int track = 0; track < 100; ++track) { // a tenth of them in a tenth of the room
+        store.addTrack();
+    }
+    std::mt19937 random(3);
+    for (int i = 0; i < 6000; ++i) {
+        for (size_t track = 0; track < 100; ++track) {
+            store.addSample(track, 100 * i, static_cast<quint32>(random())); // the worst to pack
+        }
+    }
+    EXPECT_LE(store.bytes(), HistoryStore::kMostBytes / 10);
+}
+
+} // namespace tavmir::host

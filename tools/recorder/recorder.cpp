@@ -1,0 +1,354 @@
+// The recorder's thread and its files.
+#include "recorder.h"
+
+#include "state_words.h"
+
+#include <QtCore/QFile>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+
+namespace tavmir::recorder
+{
+
+namespace
+{
+
+using host::Clock;
+
+constexpr auto kLookEach = std::chrono::milliseconds(100);
+// With the look before it and the writing, what a killed program leaves unwritten is less than a
+// second.
+constexpr auto kCommitEach = std::chrono::milliseconds(800);
+constexpr Micros kMostDrift = kSecond; // else the clock was set, and another file begins
+constexpr quint64 kFilesInALimit = 8;
+// Beside the project: tables, indexes, variables.
+constexpr quint64 kLeastInAFile = 128 * 1024;
+constexpr quint64 kMostRowBytes = 64;
+
+// What a new file may come to need: itself, its log, and what is written at once.
+quint64 roomFor(quint64 mostInAFile)
+{
+    return 2 * mostInAFile + mostInAFile / 2;
+}
+
+std::string pathOf(const QString& folder)
+{
+    std::string path = QFile::encodeName(folder).toStdString();
+    while (path.size() > 1 && path.back() == '/') {
+        path.pop_back();
+    }
+    return path;
+}
+
+// Until when an earlier file says that it covers; 0: it does not.
+Micros coveredBy(const Member& member)
+{
+    QString ignored;
+    const auto database = Database::open(member.path, Database::Mode::read, ignored);
+    return database ? database->number("SELECT value FROM about WHERE key = 'covered_until'") : 0;
+}
+
+} // namespace
+
+Recorder::Recorder(const RecorderOptions& options, const FileFacts& facts,
+                   const host::QualityRules& rules, Tell tell)
+    : options_(options), folder_(pathOf(options.folder)), facts_(facts), tell_(std::move(tell)),
+      recording_(rules, std::chrono::milliseconds(options.everyMs), RecordingClock())
+{
+    state_.folder = options.folder;
+    state_.limit = options.limitBytes;
+}
+
+Recorder::~Recorder()
+{
+    stop();
+}
+
+quint64 Recorder::mostInAFile() const
+{
+    return std::min(RecorderOptions::kMostInAFile, options_.limitBytes / kFilesInALimit);
+}
+
+QString Recorder::open()
+{
+    ::signal(SIGXFSZ, SIG_IGN);
+    const QString problem = lock_.take(folder_);
+    if (!problem.isEmpty()) {
+        return "cannot record into " + problem;
+    }
+    const quint64 needed = static_cast<quint64>(facts_.project.size()) + kLeastInAFile;
+    if (2 * needed > mostInAFile()) {
+        return QString("a recording of %1 MiB is too small: each of its files holds the project, "
+                       "%2 MiB are needed")
+            .arg(options_.limitBytes >> 20)
+            .arg((2 * needed * kFilesInALimit >> 20) + 1);
+    }
+    removeUnfinished(folder_);
+    tidy();
+    const std::vector<Member> before = membersOf(folder_);
+    if (!before.empty()) {
+        nextNumber_ = before.back().number + 1;
+    }
+    const Clock::time_point now = Clock::now();
+    recording_.setClock(RecordingClock(), now);
+    if (!beginFile(now, beginningAfter(before, recording_.clock().at(now)))) {
+        return QString("cannot record into %1: %2").arg(options_.folder, state_.problem);
+    }
+    publish();
+    return QString();
+}
+
+std::vector<EventRow> Recorder::beginningAfter(const std::vector<Member>& before, Micros now) const
+{
+    std::vector<EventRow> events;
+    const Micros earlier = before.empty() ? 0 : coveredBy(before.back());
+    if (earlier > 0 && earlier < now) {
+        events.push_back(
+            {earlier, now, event_kind::kGap, QString(), "no program recorded into this folder"});
+    }
+    events.push_back({now, 0, event_kind::kBegan, facts_.controller, facts_.program});
+    return events;
+}
+
+void Recorder::start(host::Feed& feed)
+{
+    reader_ = feed.subscribe();
+    nextCommit_ = Clock::now() + kCommitEach;
+    thread_ = std::thread([this] { loop(); });
+}
+
+void Recorder::stop()
+{
+    if (thread_.joinable()) {
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            isEnding_ = true;
+        }
+        ends_.notify_one();
+        thread_.join();
+    }
+    if (file_) {
+        file_->finish();
+        file_.reset();
+        tidy();
+        publish();
+    }
+}
+
+RecordingState Recorder::state() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return state_;
+}
+
+void Recorder::loop()
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    while (!ends_.wait_for(lock, kLookEach, [this] { return isEnding_; })) {
+        lock.unlock();
+        look();
+        lock.lock();
+    }
+    lock.unlock();
+    look();
+    const Clock::time_point now = Clock::now();
+    recording_.end(now);
+    recording_.add(
+        {recording_.clock().at(now), 0, event_kind::kEnded, facts_.controller, QString()});
+    commit(now);
+}
+
+void Recorder::look()
+{
+    quint64 missed = 0;
+    reader_->read([this](const host::FeedEntry& entry) { recording_.take(entry); },
+                  [&](quint64 count) {
+                      missed += count;
+                      recording_.gap(count, Clock::now());
+                  });
+    if (missed > 0) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        state_.missedEvents += missed;
+    }
+    const Clock::time_point now = Clock::now();
+    recording_.look(now);
+    const bool isMuch = recording_.waiting() * kMostRowBytes > mostInAFile() / 16;
+    if (now >= nextCommit_ || isMuch) {
+        nextCommit_ = now + kCommitEach;
+        commit(now);
+    }
+}
+
+void Recorder::commit(Clock::time_point now)
+{
+    if (!state_.isOn()) {
+        retry(now);
+    } else if (write(now)) {
+        const Micros drift = recording_.clock().drift(Clock::now(), host::WallClock::now());
+        if (std::abs(drift) > kMostDrift) {
+            turnTo(QString("the clock was set %1 by %2 s, or the machine slept")
+                       .arg(drift < 0 ? "back" : "ahead")
+                       .arg(static_cast<double>(std::abs(drift)) / kSecond, 0, 'f', 1),
+                   now);
+        } else if (isFull()) {
+            turnTo(QString(), now);
+        }
+    }
+    makeRoom(mostInAFile() / 8);
+    publish();
+}
+
+// What waits. False: it is lost.
+bool Recorder::write(Clock::time_point now)
+{
+    const Batch batch = recording_.takeBatch(now);
+    const Micros until = recording_.clock().at(now);
+    const bool isThere = file_ && file_->isThere();
+    if (!isThere || !file_->write(batch, until)) {
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            state_.lostSamples += batch.samples.size();
+        }
+        fail(isThere ? file_->problem() : QString("its file is gone"), now);
+        return false;
+    }
+    coveredUntil_ = until;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    state_.samples += batch.samples.size();
+    return true;
+}
+
+void Recorder::retry(Clock::time_point now)
+{
+    const Batch lost = recording_.takeBatch(now);
+    const Micros failedAt = state_.failedAt;
+    const QString problem = state_.problem;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        state_.lostSamples += lost.samples.size();
+    }
+    if (file_ && !file_->isThere()) {
+        file_.reset();
+    }
+    if (!file_) {
+        recording_.setClock(RecordingClock(), now);
+        if (!beginFile(now, {})) {
+            return;
+        }
+    }
+    const Micros until = recording_.clock().at(now);
+    recording_.tellAll(now);
+    recording_.add({failedAt, 0, event_kind::kStorage, QString(), problem});
+    recording_.add({coveredUntil_, until, event_kind::kGap, QString(),
+                    "nothing could be written: " + problem});
+    const Micros coveredBefore = coveredUntil_;
+    if (!write(now)) {
+        return;
+    }
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        state_.problem.clear();
+        state_.failedAt = 0;
+    }
+    tell_(QString("the recording is written again; nothing was recorded from %1 to %2")
+              .arg(momentText(coveredBefore), momentText(until)));
+}
+
+// The file itself, or, while a reader holds on to it, what waits in its log.
+bool Recorder::isFull() const
+{
+    return file_->bytes() > mostInAFile() - mostInAFile() / 8 ||
+           file_->bytesOnDisk() > 2 * mostInAFile();
+}
+
+bool Recorder::beginFile(Clock::time_point now, const std::vector<EventRow>& events)
+{
+    const Micros began = recording_.clock().at(now);
+    QString problem;
+    Batch opening = recording_.standing(now);
+    opening.events = events;
+    makeRoom(roomFor(mostInAFile()));
+    file_ = RecordingFile::create(memberPath(folder_, nextNumber_, began), facts_, began,
+                                  mostInAFile(), opening, problem);
+    if (!file_) {
+        fail(problem, now);
+        return false;
+    }
+    ++nextNumber_;
+    coveredUntil_ = std::max(coveredUntil_, began);
+    return true;
+}
+
+// To the next file.
+//   event  why, when it is not because this one is full: the clock was set
+void Recorder::turnTo(const QString& event, Clock::time_point now)
+{
+    file_->finish();
+    file_.reset();
+    tidy();
+    if (!event.isEmpty()) {
+        recording_.setClock(RecordingClock(), now);
+        coveredUntil_ = 0;
+    }
+    std::vector<EventRow> events;
+    if (!event.isEmpty()) {
+        events.push_back({recording_.clock().at(now), 0, event_kind::kClock, QString(), event});
+    }
+    beginFile(now, events);
+}
+
+// The oldest go until so much more fits into the limit.
+void Recorder::makeRoom(quint64 wanted) const
+{
+    const std::vector<Member> members = membersOf(folder_);
+    quint64 bytes = bytesOf(members);
+    for (const Member& member : members) {
+        if (bytes + wanted <= options_.limitBytes || (file_ && member.path == file_->path())) {
+            return;
+        }
+        removeMember(member);
+        bytes -= member.bytes;
+    }
+}
+
+// Files that are finished but for a log, which a killed program left, or a reader held.
+void Recorder::tidy() const
+{
+    for (const Member& member : membersOf(folder_)) {
+        const bool isOpen = file_ && member.path == file_->path();
+        if (member.hasLog && !isOpen) {
+            settle(member.path);
+        }
+    }
+}
+
+void Recorder::fail(const QString& problem, Clock::time_point now)
+{
+    const bool isNews = state_.isOn();
+    if (file_ && (file_->error() == StorageError::damaged || isFull())) {
+        file_.reset(); // another one begins
+    }
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        state_.problem = problem.isEmpty() ? QString("unknown error") : problem;
+        if (isNews) {
+            state_.failedAt = recording_.clock().at(now);
+        }
+    }
+    if (isNews && thread_.joinable()) {
+        tell_("the recording cannot be written: " + problem);
+    }
+}
+
+void Recorder::publish()
+{
+    const std::vector<Member> members = membersOf(folder_);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    state_.bytes = bytesOf(members);
+    state_.from = members.empty() ? coveredUntil_ : members.front().began;
+    state_.until = coveredUntil_;
+}
+
+} // namespace tavmir::recorder

@@ -1,0 +1,65 @@
+// One file of a recording, read. It may be written to meanwhile: each call reads what has been
+// committed until then, and holds the file for as long as it takes. Ids are those of this file. One
+// thread.
+#ifndef TAVMIR_RECORDER_RECORDING_PART_H
+#define TAVMIR_RECORDER_RECORDING_PART_H
+
+#include "database.h"
+#include "recorded_rows.h"
+#include "recording_folder.h"
+
+#include <functional>
+
+namespace tavmir::recorder
+{
+
+// How a variable stands at a time.
+struct Standing {
+    RecordedValue value;
+    Micros at = 0; // of its last sample, or when it was read
+    host::ValueQuality quality;
+    Micros qualityAt = 0;
+};
+
+class RecordingPart
+{
+public:
+    // Null: `problem` says why in one line without the file's name; empty when it is gone, or has
+    // only just been begun.
+    static std::unique_ptr<RecordingPart> open(const Member& member, QString& problem);
+
+    Micros began() const { return began_; }
+    // As it was when the file was opened.
+    Micros coveredUntil() const { return coveredUntil_; }
+    const std::vector<NewVariable>& variables() const { return variables_; }
+    QByteArray project();
+    QString about(const QString& key);
+
+    // Those polled at the time, in the order of the list.
+    std::vector<VariableId> polledAt(Micros at);
+    Standing standingAt(VariableId variable, Micros at);
+
+    // Rows with from <= at < to, ascending by time.
+    void samples(VariableId variable, Micros from, Micros to,
+                 const std::function<void(const SampleRow&)>& take);
+    void qualities(VariableId variable, Micros from, Micros to,
+                   const std::function<void(const QualityRow&)>& take);
+    // The first `limit` events with from <= at < to.
+    std::vector<EventRow> events(Micros from, Micros to, qint64 limit);
+    // Those that say that nothing was recorded.
+    std::vector<EventRow> gaps();
+    std::vector<MinuteRow> minutes(Micros from, Micros to);
+
+private:
+    explicit RecordingPart(std::unique_ptr<Database> database) : database_(std::move(database)) {}
+    bool readFacts(QString& problem);
+
+    std::unique_ptr<Database> database_;
+    Micros began_ = 0;
+    Micros coveredUntil_ = 0;
+    std::vector<NewVariable> variables_;
+};
+
+} // namespace tavmir::recorder
+
+#endif
