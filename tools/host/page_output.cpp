@@ -7,6 +7,9 @@
 #include "page/live_content.h"
 #include "page/page_server.h"
 #include "page_writes.h"
+#include "recorded_past.h"
+#include "recording_status.h"
+#include "worker.h"
 
 #include <QtCore/QFileInfo>
 
@@ -57,7 +60,8 @@ class PageOutput::Page
 public:
     explicit Page(PreparedHost& host)
         : host_(host), content_(host.session().feed(), host.project(), optionsOf(host)),
-          writes_(host), server_(content_, serverOf(host.line().page))
+          past_(host.line().record.folder), writes_(host),
+          server_(content_, serverOf(host.line().page))
     {
     }
 
@@ -68,6 +72,11 @@ public:
             return refused;
         }
         content_.setWrites(&writes_);
+        content_.setRecordingStatus([this] { return recordingStatus(host_.recording()); });
+        if (!host_.line().record.folder.isEmpty()) {
+            content_.setRecording(
+                &past_, [this](std::function<void()> work) { reads_.add(std::move(work)); });
+        }
         content_.setCapture([this](const KeptEntries& kept, quint64 from) {
             return captureOf(kept, from, host_.controller());
         });
@@ -84,6 +93,7 @@ public:
 
     QString url() const { return QString::fromStdString(server_.url()); }
     Browser& browser() { return browser_; }
+    LiveContent& content() { return content_; }
 
     void close()
     {
@@ -94,6 +104,8 @@ public:
 private:
     PreparedHost& host_;
     LiveContent content_;
+    RecordedPast past_;
+    Worker reads_;
     PageWrites writes_;
     page::PageServer server_;
     Browser browser_;
@@ -132,6 +144,14 @@ QString PageOutput::openBrowser()
 QString PageOutput::takeProblem()
 {
     return page_ ? page_->browser().takeProblem() : QString();
+}
+
+void PageOutput::tellStorage(const QString& text)
+{
+    if (page_) {
+        const std::optional<recorder::RecordingState> state = host_.recording();
+        page_->content().tellStorage(text, state && !state->isOn());
+    }
 }
 
 void PageOutput::close()
