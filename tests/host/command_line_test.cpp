@@ -16,7 +16,7 @@ const CommandDescription kAll = {"all",
                                  "Everything.",
                                  kOutputOption | kFormatOption | kTimeoutOption | kRunOptions |
                                      kWriteOptions | kNamesOption | kTraceOption | kCaptureOptions |
-                                     kPageOptions,
+                                     kRecordOptions | kPageOptions,
                                  0,
                                  2};
 
@@ -56,6 +56,29 @@ TEST(CommandLines, ACaptureIsOneFileOrARing)
     EXPECT_EQ(
         "--capture-files: the limit is too small for so many files: each needs 128 KiB",
         problem({"p.json", "--capture", "l", "--capture-limit", "1", "--capture-files", "9"}));
+}
+
+TEST(CommandLines, ARecordingHasALimitAndALeastTime)
+{
+    const auto record = [](const QStringList& options) {
+        const CommandLine line =
+            parseCommandLine(kAll, QStringList{"host", "p.json"} + options).line;
+        return QString("%1 %2 %3")
+            .arg(line.record.folder)
+            .arg(line.record.limitBytes)
+            .arg(line.record.everyMs)
+            .toStdString();
+    };
+    EXPECT_EQ(" 1073741824 0", record({}));
+    EXPECT_EQ("r 4194304 50",
+              record({"--record", "r", "--record-limit", "4", "--record-every", "50"}));
+    EXPECT_EQ("--record: the recording's folder is missing", problem({"p.json", "--record", ""}));
+    EXPECT_EQ("--record-limit: the recording's folder is missing",
+              problem({"p.json", "--record-limit", "9"}));
+    EXPECT_EQ("--record-limit 3: must be a whole number from 4 to 16777216",
+              problem({"p.json", "--record", "r", "--record-limit", "3"}));
+    EXPECT_EQ("--record-every -1: must be a whole number from 0 to 86400000",
+              problem({"p.json", "--record", "r", "--record-every", "-1"}));
 }
 
 TEST(CommandLines, OptionsAreTaken)

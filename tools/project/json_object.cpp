@@ -34,7 +34,7 @@ const char* typeName(const QJsonValue& value)
 
 } // namespace
 
-QString printable(const QString& text)
+QString onOneLine(const QString& text)
 {
     QString shown;
     for (const QChar character : text) {
@@ -46,7 +46,7 @@ QString printable(const QString& text)
 
 QString quoted(const QString& text)
 {
-    return "\"" + printable(text.left(kQuotedCharacters)) +
+    return "\"" + onOneLine(text.left(kQuotedCharacters)) +
            (text.size() > kQuotedCharacters ? "…\"" : "\"");
 }
 

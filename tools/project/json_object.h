@@ -21,7 +21,7 @@ struct Refusal {
 };
 
 // What cannot be printed, as "\u000a": a message is one line whatever the file holds.
-QString printable(const QString& text);
+QString onOneLine(const QString& text);
 
 // Quotes a piece of the file for a message; long or unprintable text is cut and escaped.
 QString quoted(const QString& text);

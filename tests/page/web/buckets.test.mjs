@@ -5,7 +5,15 @@ import {
   NOTHING_KEPT, emptySeries, merged, openGap, put, seriesOf, trim, valueAt,
 } from '../../../tools/page/web/app/feed/buckets.js';
 
-/** A history as the program sends it, one reading in each place. */
+/**
+ * A history as the program sends it, one reading in each place.
+ * @param {number} from
+ * @param {number} to
+ * @param {[at: number, value: number][]} readings
+ * @param {[from: number, to: number|null, reason: string][]} [gaps]
+ * @param {number|null} [oldest]
+ * @returns {import('../../../tools/page/web/app/feed/messages.js').History}
+ */
 function history(from, to, readings, gaps = [], oldest = 0) {
   const values = readings.map(([, value]) => value);
   return {
@@ -22,6 +30,18 @@ test('a newer answer replaces what was known of its time', () => {
   assert.deepEqual(both.last, [1, 7, 8]);
   assert.equal(both.from, 0);
   assert.equal(both.to, 200);
+});
+
+test('the point before its time that an answer brings along stands once', () => {
+  const base = seriesOf(history(0, 100, [[10, 1], [40, 2]]));
+  const more = seriesOf(history(80, 200, [[40, 2], [150, 3]]));
+  assert.deepEqual(merged(base, more).t, [10, 40, 150]);
+});
+
+test('… also when the page has a newer reading of the same value', () => {
+  const base = seriesOf(history(0, 100, [[10, 1], [45, 2]]));
+  const more = seriesOf(history(80, 200, [[40, 2], [150, 3]]));
+  assert.deepEqual(merged(base, more).t, [10, 45, 150]);
 });
 
 test('a gap that both answers know is one gap', () => {
@@ -81,11 +101,11 @@ test('trimming keeps the point whose value still held', () => {
   assert.equal(valueAt(series, 60), 2);
 });
 
-test('a value holds until the next one, and not across a gap', () => {
+test('a value holds until the next one, not in a gap, and again when the gap ends', () => {
   const series = seriesOf(history(0, 100, [[10, 1], [80, 3]], [[50, 60, 'link down']]));
   assert.equal(valueAt(series, 5), null);
   assert.equal(valueAt(series, 49), 1);
   assert.equal(valueAt(series, 55), null);
-  assert.equal(valueAt(series, 70), null);
+  assert.equal(valueAt(series, 70), 1);
   assert.equal(valueAt(series, 80), 3);
 });

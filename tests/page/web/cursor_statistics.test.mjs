@@ -3,6 +3,10 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { between } from '../../../tools/page/web/app/trends/cursor_statistics.js';
 
+/**
+ * @param {[at: number, min: number, max?: number, last?: number][]} points
+ * @param {import('../../../tools/page/web/app/feed/buckets.js').Gap[]} [gaps]
+ */
 function series(points, gaps = []) {
   return {
     from: 0, to: 100, gaps,

@@ -3,6 +3,10 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { plotPoints } from '../../../tools/page/web/app/trends/plot_points.js';
 
+/**
+ * @param {[at: number, min: number, max?: number, last?: number][]} points
+ * @param {import('../../../tools/page/web/app/feed/buckets.js').Gap[]} [gaps]
+ */
 function series(points, gaps = []) {
   return {
     from: 0, to: 100, gaps,
@@ -27,15 +31,22 @@ test('nothing holds through a gap that lasts', () => {
   assert.deepEqual(y, [1, 1, null]);
 });
 
-test('a point inside a gap is not drawn', () => {
-  const [x] = plotPoints(series([[10, 1], [40, 9], [60, 2]], [[30, 60, 'link down']]), 60);
-  assert.deepEqual(x, [10, 30, 30, 60]);
+test('a point inside a gap is drawn when the gap ends', () => {
+  const [x, y] = plotPoints(series([[10, 1], [40, 9]], [[30, 60, 'link down']]), 80);
+  assert.deepEqual(x, [10, 30, 30, 60, 80]);
+  assert.deepEqual(y, [1, 1, null, 9, 9]);
 });
 
-test('after a gap without a reading nothing is drawn', () => {
+test('a value that is good again and did not change goes on where the gap ends', () => {
   const [x, y] = plotPoints(series([[10, 1]], [[30, 60, 'link down']]), 80);
+  assert.deepEqual(x, [10, 30, 30, 60, 80]);
+  assert.deepEqual(y, [1, 1, null, 1, 1]);
+});
+
+test('of two gaps one after the other nothing is drawn between', () => {
+  const [x, y] = plotPoints(series([[10, 1]], [[30, 60, 'stale'], [60, Infinity, 'bad']]), 80);
   assert.deepEqual(x, [10, 30, 30]);
-  assert.equal(y[y.length - 1], null);
+  assert.deepEqual(y, [1, 1, null]);
 });
 
 test('a sum of several readings shows its least and its greatest', () => {

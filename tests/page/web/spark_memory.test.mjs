@@ -3,7 +3,13 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { SECONDS, SparkMemory } from '../../../tools/page/web/app/feed/spark_memory.js';
 
+/**
+ * @param {SparkMemory} memory
+ * @param {number} index
+ * @param {number} now
+ */
 function seconds(memory, index, now) {
+  /** @type {([number, number]|null)[]} */
   const found = [];
   memory.read(index, now, (place, min, max) => { found[place] = Number.isNaN(min) ? null : [min, max]; });
   return found;
@@ -55,6 +61,7 @@ test('the minute before the page came is filled in, once, under what is there al
   const memory = new SparkMemory();
   memory.reset(1, 100000);
   memory.put(0, 7, 100500);
+  /** @type {import('../../../tools/page/web/app/feed/buckets.js').Series} */
   const series = {
     from: 40000, to: 100400, gaps: [[98000, 99000, 'link down']],
     t: [40000, 97500, 99000], min: [1, 2, 3], max: [1, 4, 3], last: [1, 4, 3],

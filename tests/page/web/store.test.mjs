@@ -3,25 +3,50 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { KEPT_EVENTS, MOST_PINS, Store } from '../../../tools/page/web/app/feed/store.js';
 
+/**
+ * @typedef {import('../../../tools/page/web/app/feed/messages.js').Snapshot} Snapshot
+ * @typedef {import('../../../tools/page/web/app/feed/messages.js').Changes} Changes
+ * @typedef {import('../../../tools/page/web/app/feed/messages.js').PageEvent} PageEvent
+ * @typedef {import('../../../tools/page/web/app/feed/messages.js').Status} Status
+ */
+
+const STATUS = /** @type {Status} */ (/** @type {unknown} */ ({ replay: null }));
+
+/**
+ * @param {number} index
+ * @param {string} address
+ */
 const variable = (index, address) => ({
-  index, name: address, address, station: 1, type: 'word', format: 'unsigned', elements: 1, writable: false, isBit: false,
-  low: null, high: null,
+  index, name: address, address, station: 1, type: 'word', format: 'unsigned', elements: 1, writable: false,
+  isBit: false, low: null, high: null,
 });
 
+/**
+ * @param {Partial<Snapshot>} [more]
+ * @returns {Snapshot}
+ */
 const snapshot = (more = {}) => ({
-  kind: 'snapshot', epoch: 'one', sequence: 1, now: 1000, generation: 1, status: { replay: null }, events: [],
+  kind: 'snapshot', epoch: 'one', sequence: 1, now: 1000, generation: 1, status: STATUS, events: [],
   variables: [variable(0, 'A'), variable(1, 'B')], values: [[0, '5', 5, 'good', '', 900, 900]], ...more,
 });
 
+/**
+ * @param {Partial<Changes>} [more]
+ * @returns {Changes}
+ */
 const changes = (more = {}) => ({
-  kind: 'changes', epoch: 'one', sequence: 2, now: 1100, generation: 1, status: { replay: null }, values: [], events: [],
-  ...more,
+  kind: 'changes', epoch: 'one', sequence: 2, now: 1100, generation: 1, status: STATUS, values: [], events: [], ...more,
 });
 
+/**
+ * @param {number} id
+ * @returns {PageEvent}
+ */
 const event = (id) => ({ id, at: id, kind: 'timeout', text: '', variable: null, address: null, bad: true });
 
 /** A store whose pictures are drawn by hand. */
 function storeWithPictures() {
+  /** @type {(() => void)[]} */
   const pictures = [];
   const store = new Store((draw) => pictures.push(draw));
   return { store, draw: () => pictures.splice(0).forEach((picture) => picture()) };
@@ -88,6 +113,7 @@ test('many messages are one call for each picture', () => {
 
 test('a tap hears every row at once', () => {
   const { store } = storeWithPictures();
+  /** @type {string[]} */
   const heard = [];
   store.tap((rows) => heard.push(...rows.map((row) => row[1])));
   store.take(snapshot());

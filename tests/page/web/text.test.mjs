@@ -7,6 +7,16 @@ import { hexLines } from '../../../tools/page/web/app/text/hex.js';
 import { bytes, counted, number } from '../../../tools/page/web/app/text/numbers.js';
 import { look, valueText } from '../../../tools/page/web/app/text/qualities.js';
 
+/** @typedef {import('../../../tools/page/web/app/feed/messages.js').ValueRow} ValueRow */
+
+/**
+ * @param {string} text
+ * @param {import('../../../tools/page/web/app/feed/messages.js').Quality} quality
+ * @param {string} reason
+ * @returns {ValueRow}
+ */
+const valueRow = (text, quality, reason) => [0, text, Number(text), quality, reason, 1, 1];
+
 test('an age grows from seconds to days', () => {
   const minute = 60000;
   assert.deepEqual([0, 999, 1000, 119999, 2 * minute, 125 * minute, 120 * minute, 49 * 60 * minute].map(age),
@@ -19,7 +29,8 @@ test('a length keeps three to four digits', () => {
 });
 
 test('whole numbers stand in full, others in seven digits', () => {
-  assert.deepEqual([4294967295, -1, 0.1 + 0.2, 3.14159265].map((value) => number(value)), ['4294967295', '-1', '0.3', '3.141593']);
+  assert.deepEqual([4294967295, -1, 0.1 + 0.2, 3.14159265].map((value) => number(value)),
+    ['4294967295', '-1', '0.3', '3.141593']);
 });
 
 test('bytes and counts', () => {
@@ -29,20 +40,21 @@ test('bytes and counts', () => {
 });
 
 test('what was never read is a dash, whatever was sent', () => {
-  assert.equal(valueText([0, '0', 0, 'never', 'no reply yet', null, null]), '–');
-  assert.equal(valueText([0, '17', 17, 'stale', 'link down', 1, 1]), '17');
+  assert.equal(valueText(valueRow('0', 'never', 'no reply yet')), '–');
+  assert.equal(valueText(valueRow('17', 'stale', 'link down')), '17');
 });
 
 test('without the program no value is good', () => {
-  const row = [0, '17', 17, 'good', '', 1, 1];
+  const row = valueRow('17', 'good', '');
   assert.equal(look(row, true).word, 'good');
   assert.equal(look(row, false).word, 'unknown');
   assert.match(look(row, false).reason, /lost the program; was good/);
 });
 
 test('every quality has a sign of its own', () => {
+  /** @type {import('../../../tools/page/web/app/feed/messages.js').Quality[]} */
   const qualities = ['good', 'stale', 'bad', 'never', 'unconfirmed'];
-  const signs = qualities.map((quality) => look([0, '1', 1, quality, '', 1, 1], true).sign);
+  const signs = qualities.map((quality) => look(valueRow('1', quality, ''), true).sign);
   assert.equal(new Set(signs).size, qualities.length);
 });
 

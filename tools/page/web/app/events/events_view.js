@@ -45,6 +45,7 @@ export class EventsView {
   #filter = '';
   #newest = -1;
   #empty = element('events-empty', HTMLElement);
+  #detail = element('event-detail', HTMLElement);
   /** @type {VirtualRows<EventParts>} */
   #rows;
 
@@ -61,13 +62,14 @@ export class EventsView {
       create: createRow,
       fill: (parts, place, root) => this.#fill(parts, place, root),
       key: (place, event) => event.key === 'Enter' && this.#open(place),
+      moved: () => this.#say(),
     });
     box.addEventListener('click', (event) => {
       const row = event.target instanceof Element ? event.target.closest('[data-row]') : null;
       if (!(row instanceof HTMLElement)) return;
       this.#rows.focus(Number(row.dataset.row));
-      this.#open(Number(row.dataset.row));
     });
+    box.addEventListener('dblclick', () => this.#open(this.#rows.current));
     store.on(['events', 'variables'], () => this.#list());
   }
 
@@ -92,7 +94,8 @@ export class EventsView {
     const fresh = this.#newest < 0 ? 0 : this.#listed.filter((event) => event.id > this.#newest).length;
     this.#newest = this.#listed.length === 0 ? -1 : this.#listed[0].id;
     this.#rows.show(this.#listed.length);
-    if (fresh > 0 && !this.#rows.atTop) this.#rows.shift(fresh);
+    if (fresh > 0) this.#rows.shift(fresh);
+    this.#say();
     show(this.#empty, this.#listed.length === 0);
     setText(this.#empty, words.length === 0 ? 'Nothing has happened yet.' : 'No event has these words.');
   }
@@ -114,6 +117,16 @@ export class EventsView {
     setAttribute(root, 'data-kind', event.kind);
     setAttribute(root, 'data-bad', String(event.bad));
     setAttribute(root, 'data-id', String(event.id));
+  }
+
+  /** The current event in full, under the list. */
+  #say() {
+    const event = this.#listed[this.#rows.current];
+    show(this.#detail, event !== undefined);
+    if (!event) return;
+    const known = event.address !== null && this.#store.variableAt(event.address) !== null;
+    const asks = known ? ' (Enter or double click: Why?)' : '';
+    setText(this.#detail, `${clockTime(event.at, true)} ${event.text}${asks}`);
   }
 
   /** @param {number} place */

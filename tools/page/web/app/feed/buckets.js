@@ -57,6 +57,17 @@ export function lowerBound(sorted, value) {
 }
 
 /**
+ * The first place in ascending numbers that is greater than the value.
+ * @param {number[]} sorted
+ * @param {number} value
+ */
+function upperBound(sorted, value) {
+  let place = lowerBound(sorted, value);
+  while (place < sorted.length && sorted[place] <= value) place += 1;
+  return place;
+}
+
+/**
  * Adds one reading, or the begin of a gap.
  * @param {Series} series
  * @param {number} at
@@ -101,6 +112,8 @@ export function openGap(series) {
  */
 export function merged(base, more) {
   const kept = lowerBound(base.t, more.from);
+  // The point before its time that an answer brings along is there already, or a newer one is.
+  const known = kept > 0 ? upperBound(more.t, Math.min(base.t[kept - 1], more.from)) : 0;
   /** @type {Gap[]} */
   const gaps = [];
   for (const [from, to, reason] of base.gaps) {
@@ -114,10 +127,10 @@ export function merged(base, more) {
   return {
     from: Math.min(base.from, more.from),
     to: Math.max(base.to, more.to),
-    t: [...base.t.slice(0, kept), ...more.t],
-    min: [...base.min.slice(0, kept), ...more.min],
-    max: [...base.max.slice(0, kept), ...more.max],
-    last: [...base.last.slice(0, kept), ...more.last],
+    t: [...base.t.slice(0, kept), ...more.t.slice(known)],
+    min: [...base.min.slice(0, kept), ...more.min.slice(known)],
+    max: [...base.max.slice(0, kept), ...more.max.slice(known)],
+    last: [...base.last.slice(0, kept), ...more.last.slice(known)],
     gaps,
   };
 }
@@ -145,18 +158,14 @@ export function gapAt(series, at) {
 }
 
 /**
- * The value that held at a time; null in a gap and before the first point.
+ * The value that held at a time; null in a gap and before the first point. When a gap ends, the newest value before
+ * its end holds again: what did not change has no point of its own.
  * @param {Series} series
  * @param {number} at
  * @returns {number|null}
  */
 export function valueAt(series, at) {
   if (gapAt(series, at)) return null;
-  let place = lowerBound(series.t, at);
-  if (place === series.t.length || series.t[place] > at) place -= 1;
-  while (place + 1 < series.t.length && series.t[place + 1] <= at) place += 1;
-  if (place < 0) return null;
-  const since = series.t[place];
-  if (series.gaps.some((gap) => gap[0] >= since && gap[1] <= at && gap[1] > gap[0])) return null;
-  return series.last[place];
+  const place = upperBound(series.t, at) - 1;
+  return place < 0 ? null : series.last[place];
 }

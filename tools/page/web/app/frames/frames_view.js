@@ -155,7 +155,7 @@ export class FramesView {
     }).reverse();
     const fresh = seen <= 0 ? 0 : this.#listed.findIndex((frame) => frame.id <= seen);
     this.#rows.show(this.#listed.length);
-    if (fresh > 0 && !this.#rows.atTop) this.#rows.shift(fresh);
+    if (fresh > 0) this.#rows.shift(fresh);
     this.#say(this.#problem || (words.length === 0 ? 'No frames yet.' : 'No frame has these words.'));
   }
 

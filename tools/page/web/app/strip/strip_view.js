@@ -29,10 +29,10 @@ const CELLS = [
   { name: 'writes', label: 'Writes', says: writes },
 ];
 
-/** @type {Record<string, {sign: string, mood: Mood}>} */
+/** @type {Record<string, {text: string, mood: Mood}>} */
 const LINK_LOOKS = {
-  connected: { sign: '●', mood: 'good' }, connecting: { sign: '◌', mood: 'warn' },
-  lost: { sign: '✕', mood: 'bad' }, never: { sign: '○', mood: 'bad' },
+  connected: { text: '● connected', mood: 'good' }, connecting: { text: '◌ connecting', mood: 'warn' },
+  lost: { text: '✕ lost', mood: 'bad' }, never: { text: '○ not connected yet', mood: 'bad' },
 };
 
 /**
@@ -45,7 +45,7 @@ function link(status, now) {
   const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
   const since = status.link.since === null ? '' : ` since ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
-  return { text: `${looks.sign} ${status.link.state}`, sub: `${status.controller}${since}`, mood: looks.mood, title };
+  return { text: looks.text, sub: `${status.controller}${since}`, mood: looks.mood, title };
 }
 
 /**

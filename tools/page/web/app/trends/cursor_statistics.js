@@ -1,5 +1,5 @@
 // What lies between two cursors. Gaps do not count: neither into least and greatest nor into the mean.
-import { lowerBound, valueAt } from '../feed/buckets.js';
+import { gapAt, lowerBound, valueAt } from '../feed/buckets.js';
 
 /**
  * @typedef {import('../feed/buckets.js').Series} Series
@@ -14,6 +14,24 @@ import { lowerBound, valueAt } from '../feed/buckets.js';
  */
 
 /**
+ * The times between two at which a series may change, both included.
+ * @param {Series} series
+ * @param {number} from
+ * @param {number} to
+ */
+function turns(series, from, to) {
+  const times = [from, to];
+  for (let place = lowerBound(series.t, from); place < series.t.length && series.t[place] < to; place += 1) {
+    times.push(series.t[place]);
+  }
+  for (const [begin, end] of series.gaps) {
+    if (begin > from && begin < to) times.push(begin);
+    if (end > from && end < to) times.push(end);
+  }
+  return times.sort((one, other) => one - other);
+}
+
+/**
  * @param {Series} series
  * @param {number} a
  * @param {number} b
@@ -22,46 +40,43 @@ import { lowerBound, valueAt } from '../feed/buckets.js';
 export function between(series, a, b) {
   const from = Math.min(a, b);
   const to = Math.max(a, b);
+  const values = { min: Infinity, max: -Infinity, area: 0, time: 0, rough: false };
+  const times = turns(series, from, to);
+  times.forEach((at, place) => {
+    const held = valueAt(series, at);
+    if (held === null) return;
+    values.min = Math.min(values.min, held);
+    values.max = Math.max(values.max, held);
+    const long = (times[place + 1] ?? at) - at;
+    values.area += held * long;
+    values.time += long;
+  });
+  addSums(values, series, from, to);
   const first = valueAt(series, from);
   const last = valueAt(series, to);
-  const sum = { min: Infinity, max: -Infinity, area: 0, time: 0, rough: false };
-  let place = lowerBound(series.t, from);
-  let since = from;
-  let held = first;
-  for (; place < series.t.length && series.t[place] <= to; place += 1) {
-    add(sum, series, held, since, series.t[place]);
-    since = series.t[place];
-    held = valueAt(series, since) === null ? null : series.last[place];
-    if (held === null) continue;
-    sum.min = Math.min(sum.min, series.min[place]);
-    sum.max = Math.max(sum.max, series.max[place]);
-    if (series.min[place] !== series.max[place]) sum.rough = true;
-  }
-  add(sum, series, held, since, to);
-  const nothing = sum.min > sum.max;
+  const nothing = values.min > values.max;
   return {
     change: first === null || last === null ? null : last - first,
-    min: nothing ? null : sum.min,
-    max: nothing ? null : sum.max,
-    mean: sum.time > 0 ? sum.area / sum.time : last,
-    gapMs: Math.max(0, to - from - sum.time),
-    rough: sum.rough,
+    min: nothing ? null : values.min,
+    max: nothing ? null : values.max,
+    mean: values.time > 0 ? values.area / values.time : last,
+    gapMs: Math.max(0, to - from - values.time),
+    rough: values.rough,
   };
 }
 
 /**
- * @param {{min: number, max: number, area: number, time: number}} sum
+ * Takes in the least and the greatest of points that stand for several readings each.
+ * @param {{min: number, max: number, rough: boolean}} values
  * @param {Series} series
- * @param {number|null} held
  * @param {number} from
  * @param {number} to
  */
-function add(sum, series, held, from, to) {
-  if (held === null) return;
-  const gap = series.gaps.find((each) => each[0] >= from && each[0] < to && each[1] > each[0]);
-  const end = gap ? gap[0] : to;
-  sum.area += held * (end - from);
-  sum.time += end - from;
-  sum.min = Math.min(sum.min, held);
-  sum.max = Math.max(sum.max, held);
+function addSums(values, series, from, to) {
+  for (let place = lowerBound(series.t, from); place < series.t.length && series.t[place] <= to; place += 1) {
+    if (series.min[place] === series.max[place] || gapAt(series, series.t[place])) continue;
+    values.min = Math.min(values.min, series.min[place]);
+    values.max = Math.max(values.max, series.max[place]);
+    values.rough = true;
+  }
 }

@@ -98,7 +98,7 @@ export class Lane {
       axes: [
         { font: FONT, stroke: axis, grid: line, ticks: { ...line, size: 4 }, gap: 2, size: TIME_AXIS_HEIGHT, space: 90,
           values: (_, splits) => splits.map((at) => clockTime(at, splits[1] - splits[0] < 1000)) },
-        { font: FONT, stroke: axis, grid: line, ticks: { ...line, size: 4 }, gap: 3, size: AXIS_WIDTH, space: 22,
+        { font: FONT, stroke: axis, grid: line, ticks: { ...line, size: 4 }, gap: 3, size: AXIS_WIDTH, space: 15,
           values: (_, splits) => splits.map(tick), ...(bit ? { splits: () => [0, 1] } : {}) },
       ],
       series: [{}, { stroke: () => colours.of('line'), width: 1.5, points: { show: false },

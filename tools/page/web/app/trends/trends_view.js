@@ -19,7 +19,7 @@ import { drawTrendState, trendToolbar } from './trend_toolbar.js';
 const CATCH_UP_MS = 2000;
 const PICTURE_MS = 100;
 const SETTLE_MS = 200;
-const LEAST_LANE_HEIGHT = 64;
+const LEAST_LANE_HEIGHT = 44;
 const LANE_HEAD_HEIGHT = 24;
 const TIMES_HEIGHT = 26;
 

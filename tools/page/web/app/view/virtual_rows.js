@@ -50,11 +50,6 @@ export class VirtualRows {
     return this.#current;
   }
 
-  /** Whether the first row is in sight. */
-  get atTop() {
-    return this.#top < this.#kind.height;
-  }
-
   /**
    * Shows that many rows; fills those in sight.
    * @param {number} count
@@ -75,12 +70,19 @@ export class VirtualRows {
   }
 
   /**
-   * Keeps what is in sight where it is after rows were put in front.
+   * After rows were put in front: whoever looks at the first row goes on doing so, else what is in sight and the
+   * current row stay what they are.
    * @param {number} rows
    */
   shift(rows) {
+    if (this.#current === 0 && this.#top < this.#kind.height) return;
+    const focused = this.#used.get(this.#current)?.root === document.activeElement;
     this.#current += rows;
     this.#box.scrollTop += rows * this.#kind.height;
+    this.#top = this.#box.scrollTop;
+    this.#place();
+    this.fill();
+    if (focused) this.#used.get(this.#current)?.root.focus({ preventScroll: true });
   }
 
   /**
