@@ -115,6 +115,11 @@ PageOutput::~PageOutput()
     close();
 }
 
+QString PageOutput::refusal()
+{
+    return QString();
+}
+
 QString PageOutput::open()
 {
     if (!host_.line().page.isOn) {
