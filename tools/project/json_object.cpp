@@ -34,19 +34,9 @@ const char* typeName(const QJsonValue& value)
 
 } // namespace
 
-QString onOneLine(const QString& text)
-{
-    QString shown;
-    for (const QChar character : text) {
-        shown += character.isPrint() ? QString(character)
-                                     : QString("\\u%1").arg(character.unicode(), 4, 16, QChar('0'));
-    }
-    return shown;
-}
-
 QString quoted(const QString& text)
 {
-    return "\"" + onOneLine(text.left(kQuotedCharacters)) +
+    return "\"" + printable(text.left(kQuotedCharacters)) +
            (text.size() > kQuotedCharacters ? "…\"" : "\"");
 }
 
