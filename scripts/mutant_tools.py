@@ -32,6 +32,7 @@ SEEN_BY = {
     "session": HOST,
     "terminal": ["terminal_tests", "host_view_tests"],
     "trace": ["trace_tests", "host_view_tests", "host_program_tests"],
+    "recorder": ["recorder_tests"],
     "diagnose": ["diagnose_tests", "diagnose_report_tests"],
     "host": ["host_parts_tests", "host_view_tests", "diagnose_report_tests", "host_program_tests"],
     "capture": ["capture_tests", "feed_capture_tests"],

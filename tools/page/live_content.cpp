@@ -371,7 +371,7 @@ void LiveContent::write(const std::string& body, const Done& done)
         done(problem(403, "writes are off: the program was started without --allow-writes"));
         return;
     }
-    lookIfOld();
+    look(); // what stands there is to be the latest
     const ParsedWrite parsed = parseWrite(body);
     if (!parsed.problem.isEmpty()) {
         done(problem(400, parsed.problem));

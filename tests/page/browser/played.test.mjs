@@ -4,6 +4,7 @@ import { test } from 'node:test';
 
 import { PageView } from './support/page_view.mjs';
 import { PlayedHost } from './support/played_host.mjs';
+import { inTime } from './support/waited.mjs';
 import { watchedWindow } from './support/window.mjs';
 
 /**
@@ -22,7 +23,7 @@ function playedTest(statement, prepare, body) {
       const page = new PageView(await context.newPage());
       await page.tab.goto(url);
       await page.isLive();
-      await body(page, host);
+      await inTime(body(page, host));
       assert.deepEqual(watch.problems, []);
     } catch (error) {
       console.error([statement, ...watch.problems].join('\n'));

@@ -42,10 +42,11 @@ pageTest('a text with markup stays text, wherever it comes from', { project: hos
     const title = await page.tab.title();
     await page.until('Main.Text', ({ text }) => text === markup);
     await page.until(`Main.${markupName}`, ({ text }) => text === '"><svg onload=alert(1)>');
-    await page.pin('Main.Text');
-    await page.pin(`Main.${markupName}`);
+    await page.pressInRow(`Main.${markupName}`, 'pin');
+    await page.says(/<u>named<u> is a text/);
     await page.why(`Main.${markupName}`);
     await page.says(/&amp;/);
+    await page.press('why-close');
     await page.openView('plan');
     await page.openView('events');
     assert.equal(await page.tab.title(), title);

@@ -38,6 +38,8 @@ pageTest('with permission a write is confirmed with old and new value, done, and
     assert.match(await page.part('write-readback').innerText(), /4711/);
     assert.equal(await plant.read('Main.Setpoint'), '4711');
     await page.until('Main.Setpoint', ({ text, quality }) => text === '4711' && quality === 'good');
+    await page.press('write-cancel');
+    await page.dialogIsClosed();
     await page.openView('events');
     await page.says(/Main\.Setpoint.*4711/);
   });
@@ -54,7 +56,9 @@ pageTest('a value that does not fit is said to be wrong, and nothing is sent', {
   async ({ plant, page, watch }) => {
     watch.expect(/status of 400/);
     await page.until('Main.Setpoint', ({ quality }) => quality === 'good');
-    const { text } = await page.write('Main.Setpoint', 'twelve');
+    const { outcome, text } = await page.write('Main.Setpoint', 'twelve');
+    assert.equal(outcome, 'error');
+    assert.match(text, /Nothing was written/);
     assert.match(text, /twelve/);
     assert.equal(await plant.read('Main.Setpoint'), '1500');
   });
@@ -66,7 +70,7 @@ pageTest('a write that the controller refuses is shown as refused, with its word
     assert.match(text, /illegal data address/);
   });
 
-pageTest('a write without a connection is shown as not sent, and is not sent later', { writes: true },
+pageTest('a write without a connection is shown as not sent, and is not sent later', { writes: true, host: ['--timeout', '2000'] },
   async ({ plant, page }) => {
     await page.until('Main.Setpoint', ({ quality }) => quality === 'good');
     await plant.controller.stop();

@@ -4,6 +4,7 @@ import { test } from 'node:test';
 
 import { Plant } from './plant.mjs';
 import { PageView } from './page_view.mjs';
+import { inTime } from './waited.mjs';
 import { watchedWindow } from './window.mjs';
 
 /**
@@ -42,7 +43,7 @@ export function pageTest(statement, settings, body) {
       const plant = await another(settings);
       const page = await tab(plant.url);
       await page.isLive();
-      await body({ plant, page, context, watch, another, tab });
+      await inTime(body({ plant, page, context, watch, another, tab }));
       assert.deepEqual(watch.problems, []);
     } catch (error) {
       const said = plants.map((plant) => `host: ${plant.said.slice(-2000)}`);

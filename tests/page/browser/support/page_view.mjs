@@ -107,18 +107,18 @@ export class PageView {
     await this.part('values-rows').evaluate((rows) => { rows.scrollTop = rows.scrollHeight; });
   }
 
-  /** @param {string} address @param {string} hook */
-  async #pressInRow(address, hook) { await (await this.row(address)).locator(by(hook)).click(); }
+  /** Presses a button of a row. @param {string} address @param {string} hook */
+  async pressInRow(address, hook) { await (await this.row(address)).locator(by(hook)).click(); }
 
   /** Pins a value, and waits for its lane. @param {string} address */
   async pin(address) {
-    await this.#pressInRow(address, 'pin');
+    await this.pressInRow(address, 'pin');
     await this.trends.lane(address).waitFor();
   }
 
   /** Opens Why? @param {string} address @returns {Promise<{step: string, ok: string, text: string}[]>} */
   async why(address) {
-    await this.#pressInRow(address, 'why-open');
+    await this.pressInRow(address, 'why-open');
     return this.whySteps();
   }
 
@@ -144,7 +144,7 @@ export class PageView {
 
   /** Types a value; that it be written is then to be confirmed. @param {string} address @param {string} value */
   async beginWrite(address, value) {
-    await this.#pressInRow(address, 'write-open');
+    await this.pressInRow(address, 'write-open');
     await this.part('write-new').fill(value);
     await this.press('write-go');
     await this.writeIs('confirm');
@@ -160,8 +160,8 @@ export class PageView {
 
   /** What became of the write, as soon as the page says it. */
   async writeEnded() {
-    await this.writeIs('ended');
     const outcome = this.part('write-outcome');
+    await outcome.waitFor();
     return { outcome: await outcome.getAttribute('data-outcome'), text: await outcome.innerText() };
   }
 

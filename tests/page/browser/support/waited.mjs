@@ -17,3 +17,16 @@ export async function waited(look, wanted, what) {
     seen = await look();
   }
 }
+
+/**
+ * What hangs fails, so that what was started for it is ended.
+ * @template Result
+ * @param {Promise<Result>} work
+ * @returns {Promise<Result>}
+ */
+export function inTime(work) {
+  return new Promise((resolve, reject) => {
+    const timer = setTimeout(() => reject(new Error('it did not end')), 4 * patienceMs);
+    work.then(resolve, reject).finally(() => clearTimeout(timer));
+  });
+}

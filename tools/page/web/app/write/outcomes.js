@@ -19,7 +19,7 @@ export const OUTCOMES = {
 export function deniedReason(status, variable, live) {
   if (!live || !status) return 'The page has lost the program: nothing can be written.';
   if (status.replay) return 'A recording cannot be written.';
-  if (!status.writes.allowed) return status.writes.text || 'Writes are off: start with --allow-writes.';
+  if (!status.writes.allowed) return 'Writes are off: the program was started without --allow-writes.';
   if (!variable.writable) return `${variable.address} is not among the addresses that may be written.`;
   return '';
 }
