@@ -2,7 +2,6 @@
 import assert from 'node:assert/strict';
 import { after } from 'node:test';
 
-import { PageView } from './support/page_view.mjs';
 import { pageTest } from './support/page_test.mjs';
 import { manyWords, projectFile } from './support/projects.mjs';
 import { clientThatStopsReading } from './support/raw_requests.mjs';
@@ -50,21 +49,3 @@ pageTest('clients that stop reading slow nobody else', { project: manyWords(2000
     await moves(page, 'Many.Word[0]');
     assert.equal((await plant.json('status')).link.state, 'connected');
   });
-
-pageTest('a browser that is busy with itself slows no other', {}, async ({ plant, page, context }) => {
-  const other = await /** @type {import('playwright-core').Browser} */ (context.browser()).newContext();
-  const busy = new PageView(await other.newPage());
-  await busy.tab.goto(plant.url);
-  await busy.isLive();
-  const ended = busy.tab.evaluate(() => {
-    const until = performance.now() + 5000;
-    while (performance.now() < until);
-  });
-  let over = false;
-  ended.finally(() => { over = true; });
-  await moves(page, 'Main.Total');
-  assert.ok(!over, 'the one moved only after the busy one had rested');
-  await ended;
-  await moves(busy, 'Main.Total');
-  await other.close();
-});
