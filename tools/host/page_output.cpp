@@ -33,6 +33,8 @@ page::PageServerOptions serverOf(const PageOptions& page)
     page::PageServerOptions options;
     options.address = page.host.toStdString();
     options.port = static_cast<unsigned short>(page.port);
+    // The feed holds what a fast line says meanwhile.
+    options.limits.lookUnheard = std::chrono::milliseconds(250);
     return options;
 }
 
@@ -116,6 +118,11 @@ PageOutput::PageOutput(PreparedHost& host) : host_(host) {}
 PageOutput::~PageOutput()
 {
     close();
+}
+
+QString PageOutput::refusal()
+{
+    return QString();
 }
 
 QString PageOutput::open()

@@ -15,7 +15,6 @@ namespace
 constexpr qint64 kMostPoints = 2000;
 constexpr qint64 kPoints = 600;
 constexpr qint64 kUsualMs = 60000;
-constexpr qint64 kLastMs = qint64(1) << 52;
 constexpr double kLeastShare = 2;
 
 } // namespace

@@ -3,17 +3,12 @@
 
 #include "explain_json.h"
 #include "frames_json.h"
-#include "history_json.h"
 #include "json_writer.h"
 #include "plan_json.h"
-#include "project/raw_address.h"
-#include "project/value_format.h"
 #include "query_numbers.h"
 #include "status_json.h"
 #include "variable_words.h"
 
-#include <cmath>
-#include <limits>
 #include <random>
 
 namespace tavmir::host
@@ -25,8 +20,6 @@ namespace
 constexpr size_t kEventsAtFirst = 200;
 constexpr qint64 kMostFrames = 5000;
 constexpr qint64 kFrames = 200;
-constexpr qint64 kEventsOfAHistory = 200;
-constexpr qint64 kLastMs = qint64(1) << 52;
 constexpr qint64 kCaptureSeconds = 60;
 constexpr auto kOld = std::chrono::milliseconds(100);
 
@@ -35,13 +28,6 @@ std::string madeEpoch()
     std::random_device random;
     const quint64 number = static_cast<quint64>(random()) << 32 | random();
     return QString("%1").arg(number, 16, 16, QChar('0')).toStdString();
-}
-
-page::Answer answerOf(std::string body)
-{
-    page::Answer answer;
-    answer.body = std::move(body);
-    return answer;
 }
 
 } // namespace
@@ -282,105 +268,6 @@ page::Answer LiveContent::explain(const page::Query& query) const
     return answerOf(explainJson(address, facts));
 }
 
-HistoryPiece LiveContent::memory(size_t variable, qint64 from, qint64 to, size_t points) const
-{
-    const std::optional<size_t> track = state_.trackOf(variable);
-    if (!track) {
-        return HistoryPiece();
-    }
-    const PolledElement& shown = state_.polled()[variable];
-    const auto numberOf = [&shown](quint32 bits) {
-        QByteArray bytes(4, '\0');
-        for (int i = 0; i < 4; ++i) {
-            bytes[i] = static_cast<char>(bits >> (8 * i) & 0xFF);
-        }
-        return project::decodeNumber(shown.element, shown.format, bytes)
-            .value_or(std::numeric_limits<double>::quiet_NaN());
-    };
-    return state_.history().piece(*track, from, to, points, numberOf);
-}
-
-// What the memory has of it.
-LiveContent::Past LiveContent::past(const page::Query& query) const
-{
-    Past past;
-    const HistoryQuestion question = historyQuestion(query, static_cast<qint64>(now()));
-    if (!question.problem.isEmpty()) {
-        past.refusal = problem(400, question.problem);
-        return past;
-    }
-    const std::optional<size_t> place = placeOf(state_.polled(), question.address);
-    if (!place) {
-        past.refusal = problem(404, QString("%1: not polled").arg(question.address));
-        return past;
-    }
-    past.facts = {question.address, question.from, question.to, "memory",
-                  state_.polled()[*place].element.isBit()};
-    past.border = state_.history().from();
-    const bool reachesBack = recording_ != nullptr && question.from < past.border;
-    past.recorded =
-        !reachesBack ? 0 : question.share(std::min(question.to, past.border) - question.from);
-    const size_t rest =
-        past.recorded == 0 ? question.points : question.share(question.to - past.border);
-    past.memory = memory(*place, question.from, question.to, rest);
-    past.memory.events = state_.events().between(
-        static_cast<double>(reachesBack ? std::max(question.from, past.border) : question.from),
-        static_cast<double>(question.to), question.address, kEventsOfAHistory);
-    return past;
-}
-
-// With what the recording has.
-page::Answer LiveContent::answerTo(const Past& past, HistorySource* recording)
-{
-    if (past.refusal) {
-        return *past.refusal;
-    }
-    if (past.recorded == 0) {
-        return answerOf(historyJson(past.facts, past.memory));
-    }
-    HistoryFacts facts = past.facts;
-    const qint64 until = std::min(facts.to, past.border);
-    facts.source = facts.to < past.border ? "recording" : "both";
-    const HistoryPiece older = recording->history(facts.address, facts.from, until, past.recorded);
-    if (!older.oldest) {
-        facts.source = "memory";
-    }
-    return answerOf(historyJson(facts, joined(older, past.memory, past.border)));
-}
-
-page::Answer LiveContent::history(const page::Query& query) const
-{
-    return answerTo(past(query), recording_);
-}
-
-void LiveContent::ask(const std::string& what, const page::Query& query, Done done)
-{
-    if (what != "history" || !elsewhere_) {
-        done(get(what, query));
-        return;
-    }
-    lookIfOld();
-    Past past = this->past(query);
-    if (past.recorded == 0) {
-        done(answerTo(past, nullptr));
-        return;
-    }
-    elsewhere_([past = std::move(past), recording = recording_, done] {
-        done(answerTo(past, recording));
-    });
-}
-
-void LiveContent::tellStorage(const QString& text, bool bad)
-{
-    Told told;
-    told.event.at = now();
-    told.event.kind = "storage";
-    told.event.text = text;
-    told.event.bad = bad;
-    const std::lock_guard<std::mutex> lock(mutex_);
-    told_.push_back(told);
-}
-
 page::Answer LiveContent::capture(const page::Query& query) const
 {
     AskedFor asked(query);
@@ -398,76 +285,6 @@ page::Answer LiveContent::capture(const page::Query& query) const
     answer.body = capture_(state_.kept(), from);
     answer.fileName = "tavmir.pcapng";
     return answer;
-}
-
-void LiveContent::post(const std::string& what, const std::string& body, Done done)
-{
-    if (what == "write") {
-        write(body, done);
-    } else {
-        done(problem(404, "there is nothing of this name"));
-    }
-}
-
-void LiveContent::write(const std::string& body, const Done& done)
-{
-    if (desk_ == nullptr || !desk_->isOpen()) {
-        done(problem(403, "writes are off: the program was started without --allow-writes"));
-        return;
-    }
-    look(); // what stands there is to be the latest
-    const ParsedWrite parsed = parseWrite(body);
-    if (!parsed.problem.isEmpty()) {
-        done(problem(400, parsed.problem));
-        return;
-    }
-    const PageWrite& asked = parsed.write;
-    const project::Resolution named = project::resolveNamed(project_, asked.address);
-    if (!named.ok) {
-        done(problem(400, QString("address \"%1\": %2").arg(asked.address, named.problem)));
-        return;
-    }
-    if (!desk_->permits(named.element)) {
-        done(problem(403, QString("%1: may not be written").arg(asked.address)));
-        return;
-    }
-    const std::optional<size_t> place =
-        placeOf(state_.polled(), project::shownAddress(named.element));
-    const QString old = place ? state_.rows().text(*place) : QString();
-    if (asked.expect && place && *asked.expect != old) {
-        done(problem(409,
-                     QString("%1: is %2 by now, not %3").arg(asked.address, old, *asked.expect)));
-        return;
-    }
-    const WireElement element =
-        wireElements(named.element, index_.stationOf(named.element)).front();
-    const QString name = place ? state_.polled()[*place].name : asked.address;
-    const QString address = project::shownAddress(named.element);
-    state_.feedEvents().tellsItself(element);
-    const auto refusal =
-        desk_->write(asked, [this, element, address, name, old, done](const WriteEnd& end) {
-            tell(element, address, name, end);
-            done(answerOf(writeJson(end, old)));
-        });
-    if (refusal) {
-        state_.feedEvents().forget(element);
-        done(problem(refusal->status, refusal->problem));
-    }
-}
-
-void LiveContent::tell(const WireElement& element, const QString& address, const QString& name,
-                       const WriteEnd& end)
-{
-    Told told;
-    told.element = element;
-    told.event.at = now();
-    told.event.kind = "write";
-    told.event.text = end.line + " (from the page)";
-    told.event.variable = name;
-    told.event.address = address;
-    told.event.bad = !end.outcome.ok();
-    const std::lock_guard<std::mutex> lock(mutex_);
-    told_.push_back(told);
 }
 
 } // namespace tavmir::host
