@@ -19,6 +19,7 @@ namespace
 {
 
 using namespace recorder;
+using test::waitUntil;
 
 constexpr qint64 kEpochMs = kEpoch / 1000;
 
