@@ -1,7 +1,8 @@
 // Rows of a trend's CSV, the token, the filter of the values.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { historyRows } from '../../../tools/page/web/app/trends/trend_csv.js';
+import { seriesOf } from '../../../tools/page/web/app/feed/buckets.js';
+import { trendRows } from '../../../tools/page/web/app/trends/trend_csv.js';
 import { tokenOf } from '../../../tools/page/web/app/link/token.js';
 import { listed } from '../../../tools/page/web/app/values/filter.js';
 
@@ -24,21 +25,35 @@ const variable = (name, address, type) => ({
   low: null, high: null,
 });
 
-test('readings and gaps stand in order of time, with the reason', () => {
-  const temperature = history({
-    address: 'Main.Temp', t: [1000, 3000], min: [1, 3], max: [1, 4], last: [1, 4],
-    gaps: [[2000, 3000, 'stale: link down']],
-  });
-  assert.deepEqual(historyRows(temperature, 'Temperature', { from: 0, to: 5000 }), [
-    ['1970-01-01T00:00:01.000Z', 'Main.Temp', 'Temperature', 1, 1, 1, 'good'],
-    ['1970-01-01T00:00:02.000Z', 'Main.Temp', 'Temperature', null, null, null, 'stale: link down'],
-    ['1970-01-01T00:00:03.000Z', 'Main.Temp', 'Temperature', 3, 4, 4, 'good'],
+test('a row for each time at which a value changed, with the state of every one of them', () => {
+  const temperature = seriesOf(history({ t: [1000, 3000], min: [1, 3], max: [1, 3], last: [1, 3],
+    gaps: [[2000, 3000, 'stale: link down']] }));
+  const speed = seriesOf(history({ t: [1500], min: [7], max: [7], last: [7] }));
+  const courses = [{ address: 'Main.Temp', series: temperature }, { address: 'Line2.Speed', series: speed }];
+  assert.deepEqual(trendRows(courses, { from: 1000, to: 5000 }), [
+    ['time', 'Main.Temp', 'Main.Temp state', 'Line2.Speed', 'Line2.Speed state'],
+    ['1970-01-01T00:00:01.000Z', 1, 'good', null, 'not known'],
+    ['1970-01-01T00:00:01.500Z', 1, 'good', 7, 'good'],
+    ['1970-01-01T00:00:02.000Z', null, 'stale: link down', 7, 'good'],
+    ['1970-01-01T00:00:03.000Z', 3, 'good', 7, 'good'],
   ]);
 });
 
-test('what lies outside of the span is left out', () => {
-  const one = history({ t: [1000, 3000], min: [1, 3], max: [1, 3], last: [1, 3], gaps: [[4000, 5000, 'x']] });
-  assert.equal(historyRows(one, 'A', { from: 2000, to: 3500 }).length, 1);
+test('the first row has what held when the span began, and nothing outside of it is told', () => {
+  const series = seriesOf(history({ t: [1000, 3000, 9000], min: [1, 3, 4], max: [1, 3, 4], last: [1, 3, 4] }));
+  assert.deepEqual(trendRows([{ address: 'A', series }], { from: 2000, to: 5000 }).slice(1), [
+    ['1970-01-01T00:00:02.000Z', 1, 'good'],
+    ['1970-01-01T00:00:03.000Z', 3, 'good'],
+  ]);
+});
+
+test('readings that were summed up bring their least and greatest', () => {
+  const series = seriesOf(history({ t: [1000, 3000], min: [1, 2], max: [1, 9], last: [1, 3] }));
+  assert.deepEqual(trendRows([{ address: 'A', series }], { from: 1000, to: 5000 }), [
+    ['time', 'A', 'A least', 'A greatest', 'A state'],
+    ['1970-01-01T00:00:01.000Z', 1, 1, 1, 'good'],
+    ['1970-01-01T00:00:03.000Z', 3, 2, 9, 'good'],
+  ]);
 });
 
 test('a token is read from the fragment and from nothing else', () => {

@@ -1,64 +1,99 @@
-// The course of pinned variables as rows: time, address, name, least, greatest and last value, state.
-import { csv } from '../text/csv.js';
+// The course of pinned variables as a table: a row for each time at which one of them changed, and for each variable
+// its value then and its state: good, or why there is none. Where readings were summed up, least and greatest too.
+import { gapAt, lowerBound, merged, seriesOf, valueAt } from '../feed/buckets.js';
 import { get } from '../link/requests.js';
+import { csv } from '../text/csv.js';
 
 /**
  * @typedef {import('../feed/messages.js').History} History
- * @typedef {import('../feed/messages.js').Variable} Variable
+ * @typedef {import('../feed/buckets.js').Series} Series
  * @typedef {import('./time_window.js').Span} Span
  * @typedef {(string|number|null)[]} Row
+ * @typedef {{address: string, series: Series}} Course
  */
-
-export const COLUMNS = ['time', 'address', 'name', 'min', 'max', 'last', 'state'];
 
 const POINTS = 2000;
-const PIECES = 20;
+const PIECE_MS = 30000;
+const MOST_PIECES = 20;
 
 /**
- * The rows of one answer: readings and, where the value was not good, the reason.
- * @param {History} history
- * @param {string} name
- * @param {Span} span what lies outside is left out
- * @returns {Row[]}
+ * The times of the table: where something begins, and the begin of the span.
+ * @param {Course[]} courses
+ * @param {Span} span
  */
-export function historyRows(history, name, { from, to }) {
-  const { address } = history;
-  /** @type {{at: number, row: Row}[]} */
-  const rows = [];
-  history.t.forEach((at, place) => {
-    if (at < from || at > to) return;
-    const values = [history.min[place], history.max[place], history.last[place]];
-    rows.push({ at, row: [new Date(at).toISOString(), address, name, ...values, 'good'] });
-  });
-  for (const [begin, , reason] of history.gaps) {
-    const at = Math.max(begin, from);
-    if (at > to) continue;
-    rows.push({ at, row: [new Date(at).toISOString(), address, name, null, null, null, reason] });
+function timesOf(courses, { from, to }) {
+  const times = new Set([from]);
+  for (const { series } of courses) {
+    for (const at of series.t) times.add(at);
+    for (const [begin, end] of series.gaps) times.add(begin).add(end);
   }
-  rows.sort((a, b) => a.at - b.at);
-  return rows.map(({ row }) => row);
+  return [...times].filter((at) => at >= from && at <= to).sort((one, other) => one - other);
+}
+
+/** @param {Series} series */
+function hasSums(series) {
+  return series.t.some((_, place) => series.min[place] !== series.max[place]);
 }
 
 /**
- * The CSV of a span: asked for in pieces, so that a long one loses as little as can be.
- * @param {Variable[]} variables
+ * @param {Course} course
+ * @param {number} at
+ * @param {boolean} sums
+ * @returns {Row}
+ */
+function cellsOf({ series }, at, sums) {
+  const gap = gapAt(series, at);
+  const value = valueAt(series, at);
+  const state = gap ? gap[2] : value === null ? 'not known' : 'good';
+  if (!sums) return [value, state];
+  const place = lowerBound(series.t, at);
+  const own = series.t[place] === at && value !== null;
+  return [value, own ? series.min[place] : value, own ? series.max[place] : value, state];
+}
+
+/**
+ * @param {Course[]} courses
+ * @param {Span} span
+ * @returns {Row[]} the heading first
+ */
+export function trendRows(courses, span) {
+  const sums = courses.map(({ series }) => hasSums(series));
+  const heading = courses.flatMap(({ address }, place) => [
+    address, ...(sums[place] ? [`${address} least`, `${address} greatest`] : []), `${address} state`,
+  ]);
+  const rows = timesOf(courses, span).map((at) => [
+    new Date(at).toISOString(), ...courses.flatMap((course, place) => cellsOf(course, at, sums[place])),
+  ]);
+  return [['time', ...heading], ...rows];
+}
+
+/**
+ * Asked for in pieces, so that a long span loses as little as can be.
+ * @param {string} address
+ * @param {Span} span
+ * @returns {Promise<Course>}
+ */
+async function courseOf(address, { from, to }) {
+  const pieces = Math.min(MOST_PIECES, Math.max(1, Math.ceil((to - from) / PIECE_MS)));
+  const step = (to - from) / pieces;
+  /** @type {Series|null} */
+  let series = null;
+  for (let piece = 0; piece < pieces; piece += 1) {
+    /** @type {History} */
+    const history = await get('history', {
+      address, from: Math.floor(from + piece * step), to: Math.ceil(from + (piece + 1) * step), points: POINTS,
+    });
+    series = series ? merged(series, seriesOf(history)) : seriesOf(history);
+  }
+  return { address, series: /** @type {Series} */ (series) };
+}
+
+/**
+ * @param {string[]} addresses
  * @param {Span} span
  */
-export async function trendCsv(variables, { from, to }) {
-  /** @type {Row[]} */
-  const rows = [COLUMNS];
-  const pieces = Math.min(PIECES, Math.max(1, Math.ceil((to - from) / 30000)));
-  const step = (to - from) / pieces;
-  for (const variable of variables) {
-    for (let piece = 0; piece < pieces; piece += 1) {
-      const begin = from + piece * step;
-      const end = piece === pieces - 1 ? to : begin + step;
-      /** @type {History} */
-      const history = await get('history', {
-        address: variable.address, from: Math.floor(begin), to: Math.ceil(end), points: POINTS,
-      });
-      rows.push(...historyRows(history, variable.name, { from: begin, to: piece === pieces - 1 ? end : end - 1e-6 }));
-    }
-  }
-  return csv(rows);
+export async function trendCsv(addresses, span) {
+  const courses = [];
+  for (const address of addresses) courses.push(await courseOf(address, span));
+  return csv(trendRows(courses, span));
 }
