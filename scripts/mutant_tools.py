@@ -39,7 +39,7 @@ SEEN_BY = {
     "judge": ["judge_tests"] + CONTROLLER,
     "controller": CONTROLLER + ["host_program_tests"],
     "probe": PROBE,
-    "page": ["page_server_tests"],
+    "page": ["page_server_tests", "page_content_tests"],
 }
 # Programs that test programs start.
 STARTED = {

@@ -305,6 +305,31 @@ class PageInterface(unittest.TestCase):
         self.assertTrue(any(gap[2].startswith("stale: not connected") for gap in gaps), gaps)
         live.close()
 
+    def test_history_reaches_back_into_the_recording(self):
+        controller = self.controller()
+        with tempfile.TemporaryDirectory() as folder:
+            page = self.page(controller.place, "--record", folder)
+            self.await_good(page)
+            await_that(lambda: (page.get("status")["recording"] or {}).get("bytes", 0) > 0,
+                       "something is recorded")
+            self.assertEqual(page.get("status")["recording"]["state"], "on")
+            before = await_that(lambda: (lambda found: len(found["t"]) > 10 and found)(
+                page.get("history", address="Main.Axis[0].Pos")), "ten changes")
+            self.assertEqual(page.end(), 0)
+            page = self.page(controller.place, "--record", folder)
+            self.await_good(page)
+            began = page.get("status")["startedAt"]
+            again = page.get("history", address="Main.Axis[0].Pos", points=2000)
+            self.assertEqual(again["source"], "both")
+            self.assertLess(again["oldest"], began)
+            self.assertLess(again["t"][0], began)
+            self.assertGreater(again["t"][-1], began)
+            self.assertEqual(again["t"], sorted(again["t"]))
+            old = [value for at, value in zip(again["t"], again["last"]) if at < began]
+            self.assertLessEqual(len(set(before["last"][:5]) - set(old)), 1, "nearly all of them")
+            self.assertTrue(any("recorded" in gap[2] for gap in again["gaps"]), again["gaps"])
+            page.end()
+
     def test_a_client_goes_on_where_it_was(self):
         page = self.page(self.controller().place)
         self.await_good(page)

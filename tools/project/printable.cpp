@@ -9,7 +9,7 @@ QString printable(const QString& text)
     QString shown;
     for (const QChar character : text) {
         shown += character.isPrint() ? QString(character)
-                                     : QString("\\u%1").arg(character.unicode(), 4, 16, QChar('0'));
+                                     : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
     }
     return shown;
 }

@@ -17,9 +17,8 @@ async function goTo(page, address = 'Main.Setpoint') {
 }
 
 pageTest('the keyboard alone reaches Why? and leaves it', {}, async ({ page }) => {
-  await page.until('Main.Setpoint', ({ quality }) => quality === 'good');
-  await page.filter('');
   await goTo(page);
+  await page.until('Main.Setpoint', ({ quality }) => quality === 'good');
   await press(page, 'Enter');
   const steps = await page.whySteps();
   assert.ok(steps.length > 3);
@@ -28,9 +27,8 @@ pageTest('the keyboard alone reaches Why? and leaves it', {}, async ({ page }) =
 });
 
 pageTest('the keyboard alone writes', { writes: true }, async ({ plant, page }) => {
-  await page.until('Main.Setpoint', ({ quality }) => quality === 'good');
-  await page.filter('');
   await goTo(page);
+  await page.until('Main.Setpoint', ({ quality }) => quality === 'good');
   await press(page, 'w');
   await page.part('write-new').waitFor();
   await press(page, 'ControlOrMeta+A');

@@ -49,18 +49,3 @@ pageTest('clients that stop reading slow nobody else', { project: manyWords(2000
     await moves(page, 'Many.Word[0]');
     assert.equal((await plant.json('status')).link.state, 'connected');
   });
-
-pageTest('a tab that is busy with itself slows no other', {}, async ({ plant, page, tab }) => {
-  const busy = await tab(plant.url);
-  await busy.isLive();
-  const ended = busy.tab.evaluate(() => {
-    const until = performance.now() + 5000;
-    while (performance.now() < until);
-  });
-  let over = false;
-  ended.finally(() => { over = true; });
-  await moves(page, 'Main.Total');
-  assert.ok(!over, 'the other tab moved only after the busy one had rested');
-  await ended;
-  await moves(busy, 'Main.Total');
-});

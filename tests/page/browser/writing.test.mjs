@@ -70,8 +70,8 @@ pageTest('a write that the controller refuses is shown as refused, with its word
     assert.match(text, /illegal data address/);
   });
 
-pageTest('a write without a connection is shown as not sent, and is not sent later', { writes: true, host: ['--timeout', '2000'] },
-  async ({ plant, page }) => {
+pageTest('a write without a connection is shown as not sent, and is not sent later',
+  { writes: true, host: ['--timeout', '2000'] }, async ({ plant, page }) => {
     await page.until('Main.Setpoint', ({ quality }) => quality === 'good');
     await plant.controller.stop();
     await page.until('Main.Setpoint', ({ quality }) => quality !== 'good');

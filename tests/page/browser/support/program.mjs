@@ -7,7 +7,7 @@ const running = new Set();
 process.on('exit', () => running.forEach((child) => child.kill('SIGKILL')));
 
 /** For what takes milliseconds on an idle machine: how long it may take on a busy one. */
-export const patienceMs = Number(process.env.PATIENCE_MS ?? 30_000);
+export const patienceMs = 30_000;
 
 export class Program {
   #file;
