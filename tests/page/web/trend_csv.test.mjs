@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { seriesOf } from '../../../tools/page/web/app/feed/buckets.js';
-import { trendRows } from '../../../tools/page/web/app/trends/trend_csv.js';
+import { seriesRows } from '../../../tools/page/web/app/trends/trend_csv.js';
 import { tokenOf } from '../../../tools/page/web/app/link/token.js';
 import { listed } from '../../../tools/page/web/app/values/filter.js';
 
@@ -25,35 +25,29 @@ const variable = (name, address, type) => ({
   low: null, high: null,
 });
 
-test('a row for each time at which a value changed, with the state of every one of them', () => {
-  const temperature = seriesOf(history({ t: [1000, 3000], min: [1, 3], max: [1, 3], last: [1, 3],
+const TEMPERATURE = { address: 'Main.Temp', name: 'Temperature' };
+
+test('a value that changes, is lost and comes back has a row for each, with the reason', () => {
+  const series = seriesOf(history({ t: [1000, 4000], min: [1, 3], max: [1, 4], last: [1, 4],
     gaps: [[2000, 3000, 'stale: link down']] }));
-  const speed = seriesOf(history({ t: [1500], min: [7], max: [7], last: [7] }));
-  const courses = [{ address: 'Main.Temp', series: temperature }, { address: 'Line2.Speed', series: speed }];
-  assert.deepEqual(trendRows(courses, { from: 1000, to: 5000 }), [
-    ['time', 'Main.Temp', 'Main.Temp state', 'Line2.Speed', 'Line2.Speed state'],
-    ['1970-01-01T00:00:01.000Z', 1, 'good', null, 'not known'],
-    ['1970-01-01T00:00:01.500Z', 1, 'good', 7, 'good'],
-    ['1970-01-01T00:00:02.000Z', null, 'stale: link down', 7, 'good'],
-    ['1970-01-01T00:00:03.000Z', 3, 'good', 7, 'good'],
+  assert.deepEqual(seriesRows(series, TEMPERATURE, { from: 1000, to: 5000 }), [
+    ['1970-01-01T00:00:01.000Z', 'Main.Temp', 'Temperature', 1, 1, 1, 'good'],
+    ['1970-01-01T00:00:02.000Z', 'Main.Temp', 'Temperature', null, null, null, 'stale: link down'],
+    ['1970-01-01T00:00:03.000Z', 'Main.Temp', 'Temperature', 1, 1, 1, 'good'],
+    ['1970-01-01T00:00:04.000Z', 'Main.Temp', 'Temperature', 3, 4, 4, 'good'],
   ]);
 });
 
 test('the first row has what held when the span began, and nothing outside of it is told', () => {
   const series = seriesOf(history({ t: [1000, 3000, 9000], min: [1, 3, 4], max: [1, 3, 4], last: [1, 3, 4] }));
-  assert.deepEqual(trendRows([{ address: 'A', series }], { from: 2000, to: 5000 }).slice(1), [
-    ['1970-01-01T00:00:02.000Z', 1, 'good'],
-    ['1970-01-01T00:00:03.000Z', 3, 'good'],
-  ]);
+  assert.deepEqual(seriesRows(series, TEMPERATURE, { from: 2000, to: 5000 }).map(([at, , , , , last]) => [at, last]),
+    [['1970-01-01T00:00:02.000Z', 1], ['1970-01-01T00:00:03.000Z', 3]]);
 });
 
-test('readings that were summed up bring their least and greatest', () => {
-  const series = seriesOf(history({ t: [1000, 3000], min: [1, 2], max: [1, 9], last: [1, 3] }));
-  assert.deepEqual(trendRows([{ address: 'A', series }], { from: 1000, to: 5000 }), [
-    ['time', 'A', 'A least', 'A greatest', 'A state'],
-    ['1970-01-01T00:00:01.000Z', 1, 1, 1, 'good'],
-    ['1970-01-01T00:00:03.000Z', 3, 2, 9, 'good'],
-  ]);
+test('before the first reading nothing is known', () => {
+  const series = seriesOf(history({ t: [3000], min: [3], max: [3], last: [3] }));
+  assert.deepEqual(seriesRows(series, TEMPERATURE, { from: 2000, to: 5000 })[0].slice(3),
+    [null, null, null, 'not known']);
 });
 
 test('a token is read from the fragment and from nothing else', () => {

@@ -283,12 +283,13 @@ export class TrendsView {
   async saveCsv() {
     const { from, to } = this.window.at(this.now);
     const [begin, end] = this.cursors.both ?? [from, to];
-    if (this.#pinned.size === 0) {
+    const variables = [...this.#pinned.values()].map(({ lane }) => lane.variable);
+    if (variables.length === 0) {
       this.#announcer.problem('Nothing is pinned: there is nothing to save.');
       return;
     }
     try {
-      const text = await trendCsv([...this.#pinned.keys()], { from: begin, to: end });
+      const text = await trendCsv(variables, { from: begin, to: end });
       const name = `trend-${new Date(begin).toISOString().replaceAll(':', '-')}.csv`;
       download(new Blob([text], { type: 'text/csv' }), name);
     } catch (problem) {
