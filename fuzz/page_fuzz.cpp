@@ -4,6 +4,7 @@
 #include "page/connections.h"
 #include "page/http_session.h"
 #include "page/query.h"
+#include "page/write_desk.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -125,6 +126,12 @@ void talkLive(std::string_view frames)
     require(content.questions == 0);
 }
 
+void readWrite(const std::string& body)
+{
+    const tavmir::host::ParsedWrite parsed = tavmir::host::parseWrite(body);
+    require(parsed.problem.contains('\n') == false);
+}
+
 } // namespace
 
 // The first byte says what the others are.
@@ -145,6 +152,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         break;
     case 't':
         require(!readTarget(rest, target) || target.path.front() == '/');
+        break;
+    case 'w':
+        readWrite(std::string(rest));
         break;
     default:
         talkHttp(rest);

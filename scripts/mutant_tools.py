@@ -32,13 +32,14 @@ SEEN_BY = {
     "session": HOST,
     "terminal": ["terminal_tests", "host_view_tests"],
     "trace": ["trace_tests", "host_view_tests", "host_program_tests"],
+    "recorder": ["recorder_tests"],
     "diagnose": ["diagnose_tests", "diagnose_report_tests"],
     "host": ["host_parts_tests", "host_view_tests", "diagnose_report_tests", "host_program_tests"],
     "capture": ["capture_tests", "feed_capture_tests"],
     "judge": ["judge_tests"] + CONTROLLER,
     "controller": CONTROLLER + ["host_program_tests"],
     "probe": PROBE,
-    "page": ["page_server_tests"],
+    "page": ["page_server_tests", "page_content_tests"],
 }
 # Programs that test programs start.
 STARTED = {

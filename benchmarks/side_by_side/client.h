@@ -44,7 +44,8 @@ enum class FeedUse {
     none,
     folded,   // into values, ages and figures, as in a run
     captured, // the same, and written into a capture
-    traced    // folded, and told in words into a file
+    traced,   // folded, and told in words into a file
+    paged     // folded, and shown by a page that somebody has open
 };
 std::unique_ptr<Client> makeDriverClient(FeedUse use);
 std::unique_ptr<Client> makeBareClient();

@@ -6,6 +6,7 @@
 #include "host/trace_output.h"
 #include "session/cycle_thread.h"
 #include "side_by_side/client.h"
+#include "side_by_side/page_reader.h"
 #include "support/label_records.h"
 
 #include <QtCore/QTemporaryDir>
@@ -118,7 +119,8 @@ public:
     const char* name() const override
     {
         static const char* const kNames[] = {"this driver", "this driver, its feed read",
-                                             "this driver, captured", "this driver, traced"};
+                                             "this driver, captured", "this driver, traced",
+                                             "this driver, its page open"};
         return kNames[static_cast<size_t>(use_)];
     }
 
@@ -143,6 +145,9 @@ public:
             }
             trace_->start(state_.feed);
         }
+        if (use_ == FeedUse::paged) {
+            page_ = std::make_unique<PageReader>(state_.feed);
+        }
     }
 
     Done readFor(std::chrono::milliseconds duration) override
@@ -163,6 +168,7 @@ public:
 
     void disconnect() override
     {
+        page_.reset();
         capture_.reset();
         trace_.reset();
         reader_.reset();
@@ -233,6 +239,7 @@ private:
     std::unique_ptr<FoldingReader> reader_;
     std::unique_ptr<capture::FeedCaptureThread> capture_;
     std::unique_ptr<host::TraceOutput> trace_;
+    std::unique_ptr<PageReader> page_;
 };
 
 } // namespace

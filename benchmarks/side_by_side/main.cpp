@@ -77,6 +77,7 @@ int main(int argc, char** argv)
                                                makeDriverClient(FeedUse::folded),
                                                makeDriverClient(FeedUse::captured),
                                                makeDriverClient(FeedUse::traced),
+                                               makeDriverClient(FeedUse::paged),
                                                makeBareClient()};
     for (int round = 0; round < rounds; ++round) {
         for (size_t delay = 0; delay < 3 && kDelaysMs[delay] <= longestDelayMs; ++delay) {

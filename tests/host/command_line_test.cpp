@@ -15,7 +15,8 @@ const CommandDescription kAll = {"all",
                                  "[ADDRESS...]",
                                  "Everything.",
                                  kOutputOption | kFormatOption | kTimeoutOption | kRunOptions |
-                                     kWriteOptions | kNamesOption | kTraceOption | kCaptureOptions,
+                                     kWriteOptions | kNamesOption | kTraceOption | kCaptureOptions |
+                                      kRecordOptions | kPageOptions,
                                  0,
                                  2};
 
@@ -55,6 +56,29 @@ TEST(CommandLines, ACaptureIsOneFileOrARing)
     EXPECT_EQ(
         "--capture-files: the limit is too small for so many files: each needs 128 KiB",
         problem({"p.json", "--capture", "l", "--capture-limit", "1", "--capture-files", "9"}));
+}
+
+TEST(CommandLines, ARecordingHasALimitAndALeastTime)
+{
+    const auto record = [](const QStringList& options) {
+        const CommandLine line =
+            parseCommandLine(kAll, QStringList{"host", "p.json"} + options).line;
+        return QString("%1 %2 %3")
+            .arg(line.record.folder)
+            .arg(line.record.limitBytes)
+            .arg(line.record.everyMs)
+            .toStdString();
+    };
+    EXPECT_EQ(" 1073741824 0", record({}));
+    EXPECT_EQ("r 4194304 50",
+              record({"--record", "r", "--record-limit", "4", "--record-every", "50"}));
+    EXPECT_EQ("--record: the recording's folder is missing", problem({"p.json", "--record", ""}));
+    EXPECT_EQ("--record-limit: the recording's folder is missing",
+              problem({"p.json", "--record-limit", "9"}));
+    EXPECT_EQ("--record-limit 3: must be a whole number from 4 to 16777216",
+              problem({"p.json", "--record", "r", "--record-limit", "3"}));
+    EXPECT_EQ("--record-every -1: must be a whole number from 0 to 86400000",
+              problem({"p.json", "--record", "r", "--record-every", "-1"}));
 }
 
 TEST(CommandLines, OptionsAreTaken)
@@ -106,6 +130,33 @@ TEST(CommandLines, TheTraceGoesWhereItIsWanted)
     EXPECT_EQ("--trace=hex:: a file name is missing", problem({"p.json", "--trace=hex:"}));
     EXPECT_EQ("--trace: given twice; --trace=hex:FILE writes bytes into a file",
               problem({"p.json", "--trace=hex", "--trace=t.txt"}));
+}
+
+TEST(CommandLines, ThePageListensWhereItIsWanted)
+{
+    const auto page = [](const QStringList& options) {
+        const PageOptions its =
+            parseCommandLine(kAll, QStringList{"host", "p.json"} + options).line.page;
+        return QString("%1 %2:%3 %4 %5 %6")
+            .arg(its.isOn)
+            .arg(its.host)
+            .arg(its.port)
+            .arg(its.opens)
+            .arg(its.allowsWrites)
+            .arg(its.writable.join(" "))
+            .toStdString();
+    };
+    EXPECT_EQ("0 127.0.0.1:0 0 0 ", page({}));
+    EXPECT_EQ("1 127.0.0.1:0 0 0 ", page({"--page"}));
+    EXPECT_EQ("1 ::1:8080 1 0 ", page({"--page=[::1]:8080", "--open"}));
+    EXPECT_EQ("1 127.0.0.1:0 0 1 ", page({"--page", "--allow-writes"}));
+    EXPECT_EQ("1 127.0.0.1:0 0 1 A.b L.Grid[1,C] A.c",
+              page({"--page", "--allow-writes=A.b,L.Grid[1,C],A.c"}));
+    EXPECT_EQ("--page=8080: must be HOST:PORT; port 0 is any free one",
+              problem({"p.json", "--page=8080"}));
+    EXPECT_EQ("--open: is said of the page, so --page is needed", problem({"p.json", "--open"}));
+    EXPECT_EQ("--allow-writes: is said of the page, so --page is needed",
+              problem({"p.json", "--allow-writes"}));
 }
 
 TEST(CommandLines, ATraceTakesNobodysFile)

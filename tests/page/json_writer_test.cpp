@@ -53,8 +53,8 @@ TEST(JsonText, EachCharacterIsReadAgain)
 TEST(JsonText, WhatCouldEndALineOrATextIsEscaped)
 {
     EXPECT_EQ(R"("\u0000\u001f\u007f\u2028\u2029\"\\")",
-              textOf(QString(QChar(0)) + QChar(0x1F) + QChar(0x7F) + QChar(0x2028) +
-                     QChar(0x2029) + "\"\\"));
+              textOf(QString(QChar(0)) + QChar(0x1F) + QChar(0x7F) + QChar(0x2028) + QChar(0x2029) +
+                     "\"\\"));
 }
 
 TEST(JsonText, HalfOfAPairIsReplaced)

@@ -110,8 +110,8 @@ void LivePage::fails(int ms, ExchangeEnd end, const std::vector<ReadElement>& el
 QJsonObject LivePage::parsed(const std::string& json)
 {
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(
-        QByteArray(json.data(), static_cast<int>(json.size())), &error);
+    const QJsonDocument document =
+        QJsonDocument::fromJson(QByteArray(json.data(), static_cast<int>(json.size())), &error);
     EXPECT_EQ(QJsonParseError::NoError, error.error) << json;
     return document.object();
 }

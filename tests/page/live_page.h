@@ -5,6 +5,7 @@
 #include "feed/made_exchange.h"
 #include "page/live_content.h"
 #include "project/project_model.h"
+#include "support/qt_printers.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
@@ -53,7 +54,8 @@ protected:
     void fails(int ms, ExchangeEnd end, const std::vector<ReadElement>& elements,
                quint8 exceptionCode = 0);
 
-    QJsonObject get(const char* what, const std::vector<std::pair<std::string, std::string>>& query = {});
+    QJsonObject get(const char* what,
+                    const std::vector<std::pair<std::string, std::string>>& query = {});
     unsigned statusOf(const char* what,
                       const std::vector<std::pair<std::string, std::string>>& query = {});
     // A row of the values.

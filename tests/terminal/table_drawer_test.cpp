@@ -266,4 +266,14 @@ TEST_F(Drawer, ADeadLineIsDrawnAsSuch)
     EXPECT_EQ(Style::bad, draw(8, 70).lines[0][0].style);
 }
 
+TEST_F(Drawer, ARecordingHasALineWhereThereIsRoom)
+{
+    content_.recording = "recording: 1.5 of 1024 MiB";
+    EXPECT_EQ(drawn(20, 60)[2], "recording: 1.5 of 1024 MiB");
+    EXPECT_EQ(draw(20, 60).lines[2].front().style, Style::plain);
+    content_.recordingFails = true;
+    EXPECT_EQ(draw(20, 60).lines[2].front().style, Style::bad);
+    EXPECT_NE(drawn(6, 60)[2], "recording: 1.5 of 1024 MiB");
+}
+
 } // namespace tavmir::host

@@ -193,6 +193,10 @@ private:
 
 int runCommand(const CommandLine& line)
 {
+    if (line.page.isOn && !PageOutput::refusal().isEmpty()) {
+        complain(PageOutput::refusal());
+        return kExitBadInput;
+    }
     PreparedHost host(line);
     if (!host.readProject()) {
         return kExitBadInput;

@@ -12,9 +12,14 @@ PageOutput::PageOutput(PreparedHost& host) : host_(host) {}
 
 PageOutput::~PageOutput() = default;
 
+QString PageOutput::refusal()
+{
+    return "--page: this build has no page";
+}
+
 QString PageOutput::open()
 {
-    return host_.line().page.isOn ? QString("--page: this build has no page") : QString();
+    return host_.line().page.isOn ? refusal() : QString();
 }
 
 QString PageOutput::url() const

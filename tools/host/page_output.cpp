@@ -6,6 +6,7 @@
 #include "capture/pcapng_writer.h"
 #include "page/live_content.h"
 #include "page/page_server.h"
+#include "page_recording.h"
 #include "page_writes.h"
 
 #include <QtCore/QFileInfo>
@@ -30,6 +31,8 @@ page::PageServerOptions serverOf(const PageOptions& page)
     page::PageServerOptions options;
     options.address = page.host.toStdString();
     options.port = static_cast<unsigned short>(page.port);
+    // The feed holds what a fast line says meanwhile.
+    options.limits.lookUnheard = std::chrono::milliseconds(250);
     return options;
 }
 
@@ -59,6 +62,9 @@ public:
         : host_(host), content_(host.session().feed(), host.project(), optionsOf(host)),
           writes_(host), server_(content_, serverOf(host.line().page))
     {
+        if (!host.line().record.folder.isEmpty()) {
+            recording_.emplace(host.line().record.folder);
+        }
     }
 
     QString open()
@@ -71,6 +77,10 @@ public:
         content_.setCapture([this](const KeptEntries& kept, quint64 from) {
             return captureOf(kept, from, host_.controller());
         });
+        if (recording_) {
+            content_.setRecording(&*recording_);
+            content_.setRecordingStatus([this] { return recordingStatus(host_.recording()); });
+        }
         std::string problem;
         if (!server_.start(problem)) {
             return "--page: " + QString::fromStdString(problem);
@@ -93,6 +103,7 @@ public:
 
 private:
     PreparedHost& host_;
+    std::optional<PageRecording> recording_;
     LiveContent content_;
     PageWrites writes_;
     page::PageServer server_;
@@ -104,6 +115,11 @@ PageOutput::PageOutput(PreparedHost& host) : host_(host) {}
 PageOutput::~PageOutput()
 {
     close();
+}
+
+QString PageOutput::refusal()
+{
+    return QString();
 }
 
 QString PageOutput::open()

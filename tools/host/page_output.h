@@ -22,9 +22,11 @@ public:
     PageOutput(const PageOutput&) = delete;
     PageOutput& operator=(const PageOutput&) = delete;
 
-    // Before the session starts. Empty, or why there is no page: not built in, an address that the
-    // project does not have, a port that is taken, writes beyond this machine. Without --page
-    // nothing happens.
+    // Empty, or why there never can be a page in this program.
+    static QString refusal();
+
+    // Before the session starts. Empty, or why there is no page: an address that the project does
+    // not have, a port that is taken, writes beyond this machine. Without --page nothing happens.
     QString open();
 
     // Where it is, with its token; null without --page.

@@ -27,7 +27,7 @@ public:
     void tellQualities(Clock::time_point now);
 
     // Shows all values as they are now.
-    void show(const RecordingStrip& recording);
+    void show(const RecordingStrip& recording = RecordingStrip());
 
     const LineFigures& figures() const { return figures_; }
     const RefusedVariables& refused() const { return refused_; }

@@ -2,6 +2,7 @@
 #include "explain_json.h"
 
 #include "exchange_search.h"
+#include "explain_conclusion.h"
 #include "frames_json.h"
 #include "json_writer.h"
 #include "project/printable.h"
@@ -283,64 +284,27 @@ private:
 
     QString conclude(const PolledElement& variable) const
     {
-        const LineHealth& line = facts_.values.line();
-        const FoldedValue value = facts_.values.value(*place_);
-        if (quality_.quality == Quality::good) {
-            return QString("The value is there: %1 brought it %2.")
-                .arg(request_.isEmpty() ? QString("a request") : request_, ago(*value.readAt));
+        const std::optional<Clock::time_point> readAt = facts_.values.readAt(*place_);
+        WhyFacts why;
+        why.quality = quality_;
+        if (readAt) {
+            why.age = facts_.now - *readAt;
         }
-        const QString what =
-            value.readAt
-                ? QString("The value is %1 old").arg(durationText(facts_.now - *value.readAt))
-                : QString("There is no value");
-        if (quality_.quality == Quality::unconfirmed) {
-            return QString("%1, and it may be another one by now: %2.").arg(what, quality_.reason);
+        why.request = request_;
+        why.shares = shares_;
+        why.isConnected = facts_.values.line().isConnected();
+        why.wasConnected = facts_.values.line().wasConnected();
+        why.line = facts_.values.line().words(facts_.now);
+        why.station = variable.station;
+        why.isSwitchedOff = isSwitchedOff();
+        why.aside = isAside() ? facts_.setAside.at(*place_) : QString();
+        why.parts = facts_.values.parts(*place_);
+        why.missingParts = facts_.values.missingParts(*place_);
+        why.wasAsked = found_.last.has_value();
+        if (found_.last && !found_.last->exchange.isGood()) {
+            why.failure = endInWords(found_.last->exchange, linkProblem());
         }
-        if (!line.isConnected()) {
-            return line.wasConnected() ? QString("%1: the connection was lost; %2.")
-                                             .arg(what, line.words(facts_.now))
-                                       : QString("%1: there has been no connection yet; %2.")
-                                             .arg(what, line.words(facts_.now));
-        }
-        if (isSwitchedOff()) {
-            return QString("%1: station %2 is switched off, nothing is sent to it.")
-                .arg(what)
-                .arg(variable.station);
-        }
-        if (isAside()) {
-            return QString("%1: the controller refuses this address by itself (%2), so it is tried "
-                           "only now and then.")
-                .arg(what, facts_.setAside.at(*place_));
-        }
-        if (quality_.quality == Quality::bad) {
-            return QString("%1: %2%3.")
-                .arg(what, quality_.reason,
-                     shares_ > 0 ? QString("; %1 others are in the same request").arg(shares_)
-                                 : QString());
-        }
-        return concludeWaiting(what);
-    }
-
-    // Connected, and nothing has failed.
-    QString concludeWaiting(const QString& what) const
-    {
-        const size_t missing = facts_.values.missingParts(*place_);
-        const size_t parts = facts_.values.parts(*place_);
-        if (quality_.quality == Quality::never && parts > 1 && missing < parts) {
-            return QString("%1: only %2 of its %3 words have come, and a text is shown when it is "
-                           "whole.")
-                .arg(what)
-                .arg(parts - missing)
-                .arg(parts);
-        }
-        if (!found_.last) {
-            return QString("%1: it has not been asked for yet, its turn in the pass comes.")
-                .arg(what);
-        }
-        if (!found_.last->exchange.isGood()) {
-            return QString("%1: %2.").arg(what, endInWords(found_.last->exchange, linkProblem()));
-        }
-        return QString("%1: %2.").arg(what, quality_.reason);
+        return conclusionOf(why);
     }
 
     const ExplainFacts& facts_;

@@ -46,7 +46,6 @@ void FeedEvents::tell(const FeedEntry& entry, const char* kind, const QString& t
     event.at = msOf(entry.wall);
     event.kind = kind;
     event.bad = bad;
-    tellUntil(event.at);
     tellMore(wholeMsOf(entry.wall) / 1000);
     OfAKind& ofKind = kinds_[kind];
     const qint64 second = wholeMsOf(entry.wall) / 1000;
@@ -105,6 +104,7 @@ void FeedEvents::take(const FeedEntry& entry)
     if (entry.standing) {
         return;
     }
+    tellUntil(msOf(entry.wall));
     switch (entry.kind) {
     case FeedKind::exchange:
         takeExchange(entry);
@@ -165,6 +165,7 @@ void FeedEvents::takePlan(const FeedEntry& entry)
     if (isSame(entry.plan->polled, polled_)) {
         return; // only other variables are set aside, which are told one by one
     }
+    const bool isFirst = polled_.empty();
     polled_ = entry.plan->polled;
     polledAt_.clear();
     for (const PolledElement& variable : polled_) {
@@ -173,7 +174,7 @@ void FeedEvents::takePlan(const FeedEntry& entry)
                 variable.name, project::shownAddress(variable.element)};
         }
     }
-    if (!entry.standing) {
+    if (!entry.standing && !isFirst) {
         tell(entry, "planChanged", QString("%1 variables are polled").arg(polled_.size()), false);
     }
 }

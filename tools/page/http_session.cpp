@@ -215,7 +215,7 @@ void HttpSession::onHead(Error error)
     head.isTooLong = isTooLong;
     head.hasBody = isTooLong || !parser_->is_done();
     isHead_ = request.method() == http::verb::head;
-    staysOpen_ = parser_->keep_alive() && !head.hasBody;
+    staysOpen_ = !head.hasBody && parser_->keep_alive();
     const Service& service = connections_.service();
     follow(decide(head, service.rules, service.assets, ownAddress_));
 }

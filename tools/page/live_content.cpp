@@ -3,17 +3,12 @@
 
 #include "explain_json.h"
 #include "frames_json.h"
-#include "history_json.h"
 #include "json_writer.h"
 #include "plan_json.h"
-#include "project/raw_address.h"
-#include "project/value_format.h"
 #include "query_numbers.h"
 #include "status_json.h"
 #include "variable_words.h"
 
-#include <cmath>
-#include <limits>
 #include <random>
 
 namespace tavmir::host
@@ -25,11 +20,6 @@ namespace
 constexpr size_t kEventsAtFirst = 200;
 constexpr qint64 kMostFrames = 5000;
 constexpr qint64 kFrames = 200;
-constexpr qint64 kMostPoints = 2000;
-constexpr qint64 kPoints = 600;
-constexpr qint64 kEventsOfAHistory = 200;
-constexpr qint64 kLastMs = qint64(1) << 52;
-constexpr qint64 kUsualHistoryMs = 60000;
 constexpr qint64 kCaptureSeconds = 60;
 constexpr auto kOld = std::chrono::milliseconds(100);
 
@@ -38,13 +28,6 @@ std::string madeEpoch()
     std::random_device random;
     const quint64 number = static_cast<quint64>(random()) << 32 | random();
     return QString("%1").arg(number, 16, 16, QChar('0')).toStdString();
-}
-
-page::Answer answerOf(std::string body)
-{
-    page::Answer answer;
-    answer.body = std::move(body);
-    return answer;
 }
 
 } // namespace
@@ -285,58 +268,6 @@ page::Answer LiveContent::explain(const page::Query& query) const
     return answerOf(explainJson(address, facts));
 }
 
-HistoryPiece LiveContent::memory(size_t variable, qint64 from, qint64 to, size_t points) const
-{
-    const std::optional<size_t> track = state_.trackOf(variable);
-    if (!track) {
-        return HistoryPiece();
-    }
-    const PolledElement& shown = state_.polled()[variable];
-    const auto numberOf = [&shown](quint32 bits) {
-        QByteArray bytes(4, '\0');
-        for (int i = 0; i < 4; ++i) {
-            bytes[i] = static_cast<char>(bits >> (8 * i) & 0xFF);
-        }
-        return project::decodeNumber(shown.element, shown.format, bytes)
-            .value_or(std::numeric_limits<double>::quiet_NaN());
-    };
-    return state_.history().piece(*track, from, to, points, numberOf);
-}
-
-page::Answer LiveContent::history(const page::Query& query) const
-{
-    const auto ms = static_cast<qint64>(now());
-    AskedFor asked(query);
-    HistoryFacts facts;
-    facts.address = asked.text("address");
-    facts.to = asked.whole("to", ms, 0, kLastMs);
-    facts.from = asked.whole("from", std::max<qint64>(0, facts.to - kUsualHistoryMs), 0, kLastMs);
-    const auto points = static_cast<size_t>(asked.whole("points", kPoints, 2, kMostPoints));
-    if (!asked.problem().isEmpty() || facts.from > facts.to) {
-        return problem(400,
-                       asked.problem().isEmpty() ? "from: must not be behind to" : asked.problem());
-    }
-    const std::optional<size_t> place = placeOf(state_.polled(), facts.address);
-    if (!place) {
-        return problem(facts.address.isNull() ? 400 : 404,
-                       facts.address.isNull() ? QString("address: is missing")
-                                              : QString("%1: not polled").arg(facts.address));
-    }
-    facts.isBit = state_.polled()[*place].element.isBit();
-    HistoryPiece piece = memory(*place, facts.from, facts.to, points);
-    const qint64 border = state_.history().from();
-    if (recording_ != nullptr && facts.from < border) {
-        const qint64 until = std::min(facts.to, border);
-        const HistoryPiece older = recording_->history(facts.address, facts.from, until, points);
-        facts.source = facts.to < border ? "recording" : "both";
-        piece = joined(older, piece, border);
-    }
-    facts.events.clear();
-    state_.events().writeBetween(static_cast<double>(facts.from), static_cast<double>(facts.to),
-                                 facts.address, kEventsOfAHistory, facts.events);
-    return answerOf(historyJson(facts, piece));
-}
-
 page::Answer LiveContent::capture(const page::Query& query) const
 {
     AskedFor asked(query);
@@ -354,76 +285,6 @@ page::Answer LiveContent::capture(const page::Query& query) const
     answer.body = capture_(state_.kept(), from);
     answer.fileName = "tavmir.pcapng";
     return answer;
-}
-
-void LiveContent::post(const std::string& what, const std::string& body, Done done)
-{
-    if (what == "write") {
-        write(body, done);
-    } else {
-        done(problem(404, "there is nothing of this name"));
-    }
-}
-
-void LiveContent::write(const std::string& body, const Done& done)
-{
-    if (desk_ == nullptr || !desk_->isOpen()) {
-        done(problem(403, "writes are off: the program was started without --allow-writes"));
-        return;
-    }
-    lookIfOld();
-    const ParsedWrite parsed = parseWrite(body);
-    if (!parsed.problem.isEmpty()) {
-        done(problem(400, parsed.problem));
-        return;
-    }
-    const PageWrite& asked = parsed.write;
-    const project::Resolution named = project::resolveNamed(project_, asked.address);
-    if (!named.ok) {
-        done(problem(400, QString("address \"%1\": %2").arg(asked.address, named.problem)));
-        return;
-    }
-    if (!desk_->permits(named.element)) {
-        done(problem(403, QString("%1: may not be written").arg(asked.address)));
-        return;
-    }
-    const std::optional<size_t> place =
-        placeOf(state_.polled(), project::shownAddress(named.element));
-    const QString old = place ? state_.rows().text(*place) : QString();
-    if (asked.expect && place && *asked.expect != old) {
-        done(problem(409,
-                     QString("%1: is %2 by now, not %3").arg(asked.address, old, *asked.expect)));
-        return;
-    }
-    const WireElement element =
-        wireElements(named.element, index_.stationOf(named.element)).front();
-    const QString name = place ? state_.polled()[*place].name : asked.address;
-    const QString address = project::shownAddress(named.element);
-    state_.feedEvents().tellsItself(element);
-    const auto refusal =
-        desk_->write(asked, [this, element, address, name, old, done](const WriteEnd& end) {
-            tell(element, address, name, end);
-            done(answerOf(writeJson(end, old)));
-        });
-    if (refusal) {
-        state_.feedEvents().forget(element);
-        done(problem(refusal->status, refusal->problem));
-    }
-}
-
-void LiveContent::tell(const WireElement& element, const QString& address, const QString& name,
-                       const WriteEnd& end)
-{
-    Told told;
-    told.element = element;
-    told.event.at = now();
-    told.event.kind = "write";
-    told.event.text = end.line + " (from the page)";
-    told.event.variable = name;
-    told.event.address = address;
-    told.event.bad = !end.outcome.ok();
-    const std::lock_guard<std::mutex> lock(mutex_);
-    told_.push_back(told);
 }
 
 } // namespace tavmir::host

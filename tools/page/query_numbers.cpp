@@ -8,6 +8,13 @@
 namespace tavmir::host
 {
 
+page::Answer answerOf(std::string json)
+{
+    page::Answer answer;
+    answer.body = std::move(json);
+    return answer;
+}
+
 page::Answer problem(unsigned status, const QString& text)
 {
     page::Answer answer;

@@ -6,13 +6,19 @@
 
 #include <QtCore/QString>
 
-#include <optional>
+#include <string>
 
 namespace tavmir::host
 {
 
+// A JSON text.
+page::Answer answerOf(std::string json);
+
 // {"error":"…"} with that status.
 page::Answer problem(unsigned status, const QString& text);
+
+// The latest moment that is taken, milliseconds since 1970, and the largest number.
+constexpr qint64 kLastMs = qint64(1) << 52;
 
 // Questions with what was wrong with them.
 class AskedFor

@@ -34,16 +34,6 @@ const char* typeName(const QJsonValue& value)
 
 } // namespace
 
-QString printable(const QString& text)
-{
-    QString shown;
-    for (const QChar character : text) {
-        shown += character.isPrint() ? QString(character)
-                                     : QString("\\u%1").arg(character.unicode(), 4, 16, QChar('0'));
-    }
-    return shown;
-}
-
 QString quoted(const QString& text)
 {
     return "\"" + printable(text.left(kQuotedCharacters)) +

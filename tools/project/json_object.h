@@ -3,6 +3,8 @@
 #ifndef TAVMIR_PROJECT_JSON_OBJECT_H
 #define TAVMIR_PROJECT_JSON_OBJECT_H
 
+#include "printable.h"
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QJsonValue>
@@ -19,9 +21,6 @@ struct Refusal {
     QString path;
     QString problem;
 };
-
-// What cannot be printed, as "\u000a": a message is one line whatever the file holds.
-QString printable(const QString& text);
 
 // Quotes a piece of the file for a message; long or unprintable text is cut and escaped.
 QString quoted(const QString& text);

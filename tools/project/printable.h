@@ -7,7 +7,7 @@
 namespace tavmir::project
 {
 
-// What cannot be printed is shown as \xNN.
+// What cannot be printed, as "\x0a": it is one line whatever the text holds.
 QString printable(const QString& text);
 
 } // namespace tavmir::project

@@ -45,8 +45,8 @@ EncodedValue encodeShown(const Element& element, Format format, const QString& t
 // bytes   as GetRegisterData gives them; missing ones count as zero.
 QString decodeValue(const Element& element, Format format, const QByteArray& bytes);
 
-// The same as a number, for a trend: of a bit 0 or 1, of hex the unsigned one. None of a text, and of
-// a float that is no finite number.
+// The same as a number, for a trend: of a bit 0 or 1, of hex the unsigned one. None of a text, and
+// of a float that is no finite number.
 std::optional<double> decodeNumber(const Element& element, Format format, const QByteArray& bytes);
 
 // Smallest and largest number that the element holds in the format it is declared with; one that

@@ -9,7 +9,7 @@ import { element, make } from '../view/dom.js';
  * @typedef {import('../feed/messages.js').PlannedRequest} PlannedRequest
  */
 
-const COLUMNS = ['Request', 'Station', 'Asks', 'From – to', 'Ends because', 'Variables'];
+const COLUMNS = ['Request', 'Station', 'Asks', 'From – to', 'Ends because'];
 
 export class PlanView {
   #store;
@@ -58,7 +58,7 @@ export class PlanView {
     this.#pane.replaceChildren(
       make('p', { class: 'plan-sum', text: sum }),
       ...(hints.length === 0 ? [] : [make('ul', { class: 'plan-hints', 'aria-label': 'Hints' }, ...hints)]),
-      make('table', { class: 'plan-table' }, make('thead', {}, head), make('tbody', {}, ...rows)),
+      make('table', { class: 'plan-table' }, make('thead', {}, head), ...rows),
     );
   }
 
@@ -67,9 +67,9 @@ export class PlanView {
     const asks = `${request.function}: ${counted(request.elements, 'element')}, ${counted(request.bytes, 'byte')}`;
     const span = request.first === request.last ? request.first : `${request.first} – ${request.last}`;
     const texts = [`${request.number} of ${request.of}`, String(request.station), asks, span, request.ends];
-    const names = make('details', {}, make('summary', { text: String(request.variables.length) }),
-      make('span', { text: request.variables.join(', ') }));
-    return make('tr', { 'data-test': 'plan-request' }, ...texts.map((text) => make('td', { text })),
-      make('td', {}, names));
+    const text = request.variables.join(', ');
+    const names = make('td', { colspan: String(COLUMNS.length), class: 'plan-names', text });
+    return make('tbody', { 'data-test': 'plan-request' },
+      make('tr', {}, ...texts.map((each) => make('td', { text: each }))), make('tr', {}, names));
   }
 }

@@ -155,7 +155,17 @@ export class VirtualRows {
     row.root.style.transform = `translateY(${index * this.#kind.height}px)`;
     row.root.dataset.row = String(index);
     this.#used.set(index, row);
-    this.#box.append(row.root);
+    this.#box.insertBefore(row.root, this.#next(index));
+  }
+
+  /**
+   * The element of the next row that exists: rows are read aloud in their order.
+   * @param {number} index
+   */
+  #next(index) {
+    let next = Infinity;
+    for (const used of this.#used.keys()) if (used > index && used < next) next = used;
+    return this.#used.get(next)?.root ?? null;
   }
 
   /** @param {FocusEvent} event */

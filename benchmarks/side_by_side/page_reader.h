@@ -1,0 +1,50 @@
+// A page as somebody has it open: its server's thread without the sockets, which looks ten times a
+// second and makes the message that the client gets.
+#ifndef TAVMIR_BENCHMARKS_SIDE_BY_SIDE_PAGE_READER_H
+#define TAVMIR_BENCHMARKS_SIDE_BY_SIDE_PAGE_READER_H
+
+#include "page/live_content.h"
+
+#include <atomic>
+#include <thread>
+
+namespace tavmir
+{
+namespace bench
+{
+
+class PageReader
+{
+public:
+    explicit PageReader(host::Feed& feed)
+        : content_(feed, project_, host::LiveOptions()), thread_([this] { loop(); })
+    {
+    }
+    ~PageReader()
+    {
+        ended_ = true;
+        thread_.join();
+    }
+
+private:
+    void loop()
+    {
+        while (!ended_) {
+            const std::uint64_t seen = content_.sequence();
+            content_.look();
+            sent_ += content_.changes(seen, seen).size();
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+    }
+
+    const project::Project project_;
+    host::LiveContent content_;
+    size_t sent_ = 0; // bytes
+    std::atomic<bool> ended_{false};
+    std::thread thread_;
+};
+
+} // namespace bench
+} // namespace tavmir
+
+#endif

@@ -1,0 +1,80 @@
+// Orders of the page: what is checked here, and what becomes an event.
+#include "explain_json.h"
+#include "live_content.h"
+#include "project/raw_address.h"
+#include "query_numbers.h"
+
+namespace tavmir::host
+{
+
+void LiveContent::post(const std::string& what, const std::string& body, Done done)
+{
+    if (what == "write") {
+        write(body, done);
+    } else {
+        done(problem(404, "there is nothing of this name"));
+    }
+}
+
+void LiveContent::write(const std::string& body, const Done& done)
+{
+    if (desk_ == nullptr || !desk_->isOpen()) {
+        done(problem(403, "writes are off: the program was started without --allow-writes"));
+        return;
+    }
+    look(); // what stands there is to be the latest
+    const ParsedWrite parsed = parseWrite(body);
+    if (!parsed.problem.isEmpty()) {
+        done(problem(400, parsed.problem));
+        return;
+    }
+    const PageWrite& asked = parsed.write;
+    const project::Resolution named = project::resolveNamed(project_, asked.address);
+    if (!named.ok) {
+        done(problem(400, QString("address \"%1\": %2").arg(asked.address, named.problem)));
+        return;
+    }
+    if (!desk_->permits(named.element)) {
+        done(problem(403, QString("%1: may not be written").arg(asked.address)));
+        return;
+    }
+    const std::optional<size_t> place =
+        placeOf(state_.polled(), project::shownAddress(named.element));
+    const QString old = place ? state_.rows().text(*place) : QString();
+    if (asked.expect && place && *asked.expect != old) {
+        done(problem(409,
+                     QString("%1: is %2 by now, not %3").arg(asked.address, old, *asked.expect)));
+        return;
+    }
+    const WireElement element =
+        wireElements(named.element, index_.stationOf(named.element)).front();
+    const QString name = place ? state_.polled()[*place].name : asked.address;
+    const QString address = project::shownAddress(named.element);
+    state_.feedEvents().tellsItself(element);
+    const auto refusal =
+        desk_->write(asked, [this, element, address, name, old, done](const WriteEnd& end) {
+            tell(element, address, name, end);
+            done(answerOf(writeJson(end, old)));
+        });
+    if (refusal) {
+        state_.feedEvents().forget(element);
+        done(problem(refusal->status, refusal->problem));
+    }
+}
+
+void LiveContent::tell(const WireElement& element, const QString& address, const QString& name,
+                       const WriteEnd& end)
+{
+    Told told;
+    told.element = element;
+    told.event.at = now();
+    told.event.kind = "write";
+    told.event.text = end.line + " (from the page)";
+    told.event.variable = name;
+    told.event.address = address;
+    told.event.bad = !end.outcome.ok();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    told_.push_back(told);
+}
+
+} // namespace tavmir::host
