@@ -38,6 +38,16 @@ function tick(value) {
   return text.length <= 9 ? text : value.toExponential(2);
 }
 
+/**
+ * How many gaps a value had in a window after it was first read.
+ * @param {Series} series
+ * @param {Span} window
+ */
+function interruptions(series, { from, to }) {
+  const first = series.t.length > 0 ? series.t[0] : Infinity;
+  return series.gaps.filter((gap) => gap[0] > first && gap[1] > from && gap[0] < to).length;
+}
+
 export class Lane {
   /** @type {Series|null} */
   #series = null;
@@ -189,7 +199,7 @@ export class Lane {
     dataset.from = String(Math.round(window.from));
     dataset.to = String(Math.round(window.to));
     dataset.points = String(data[1].filter((y, at) => y !== null && data[0][at] >= window.from).length);
-    dataset.gaps = String(series.gaps.filter((gap) => gap[1] > window.from && gap[0] < window.to).length);
+    dataset.gaps = String(interruptions(series, window));
   }
 
   /** The colours are others now. */
@@ -245,7 +255,7 @@ export class Lane {
     const said = (value) => (value === null ? '–' : number(value));
     const gaps = sum.gapMs > 0 ? ` · without ${length(sum.gapMs)} of gaps` : '';
     const text = covered
-      ? `Δv ${said(sum.change)} · min ${said(sum.min)} · max ${said(sum.max)} · `
+      ? `Δt ${length(both[1] - both[0])} · Δv ${said(sum.change)} · min ${said(sum.min)} · max ${said(sum.max)} · `
         + `mean ${sum.rough ? '≈ ' : ''}${sum.mean === null ? '–' : number(sum.mean, 5)}${gaps}`
       : 'cursors lie outside of what is loaded';
     setText(this.#stats, text);
