@@ -62,6 +62,17 @@ test('what is older than what is kept is a gap', () => {
   assert.deepEqual(seriesOf(history(0, 100, [], [], null)).gaps, [[0, 100, NOTHING_KEPT]]);
 });
 
+test('a gap that reaches the end of an answer lasts, until a newer one says that it is over', () => {
+  const base = seriesOf(history(0, 100, [[10, 1]], [[80, 100, 'link down']]));
+  assert.equal(valueAt(base, 120), null);
+  assert.equal(valueAt(merged(base, seriesOf(history(90, 200, [[10, 1]], [[90, 110, 'link down']]))), 120), 1);
+});
+
+test('a time for which there is a reason needs no further one', () => {
+  const gaps = seriesOf(history(0, 100, [[60, 1]], [[0, 50, 'nothing was recorded']], 50)).gaps;
+  assert.deepEqual(gaps, [[0, 50, 'nothing was recorded']]);
+});
+
 test('a value that is not good opens a gap, the next good one ends it', () => {
   const series = emptySeries(0);
   put(series, 10, 1, '');
