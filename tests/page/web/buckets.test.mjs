@@ -50,6 +50,12 @@ test('a gap that both answers know is one gap', () => {
   assert.deepEqual(merged(base, more).gaps, [[80, 150, 'link down']]);
 });
 
+test('a gap that began before the time of the newer answer stands once', () => {
+  const base = seriesOf(history(0, 100, [[10, 1]], [[80, 100, 'link down']]));
+  const more = seriesOf(history(90, 200, [[10, 1]], [[80, 150, 'link down']]));
+  assert.deepEqual(merged(base, more).gaps, [[80, 150, 'link down']]);
+});
+
 test('a gap that goes on is cut where the newer answer begins', () => {
   const base = emptySeries(0);
   put(base, 80, null, 'link down');

@@ -120,10 +120,11 @@ export function merged(base, more) {
   for (const [from, to, reason] of base.gaps) {
     if (from < more.from) gaps.push([from, Math.min(to, more.from), reason]);
   }
-  for (const gap of more.gaps) {
+  for (const [begin, to, reason] of more.gaps) {
+    const from = Math.max(begin, more.from);
     const before = gaps[gaps.length - 1];
-    if (before && before[1] === gap[0] && before[2] === gap[2]) before[1] = gap[1];
-    else gaps.push([...gap]);
+    if (before && before[1] === from && before[2] === reason) before[1] = to;
+    else gaps.push([from, to, reason]);
   }
   return {
     from: Math.min(base.from, more.from),
