@@ -2,6 +2,7 @@
 
 Usage: report.py RESULTS_FOLDER REPOSITORY MACHINE_FILE
 """
+import json
 import pathlib
 import sys
 
@@ -60,7 +61,27 @@ def client_goals(side):
     return goals
 
 
-def goals(micro, side, spread_out, memory):
+def page_goal(page):
+    """How busy the page's main thread is, with its values in sight and with trends too."""
+    def share(view):
+        return f"{100 * page[view]['busy']:.0f} %"
+
+    most = max(page[view]["busy"] for view in ("values", "trends"))
+    return [f"busy share of the page's main thread, {page['variables']:,} variables changing ten times a second",
+            "< 50 %", f"{share('values')}, with four trends {share('trends')}", "yes" if most < 0.5 else "no"]
+
+
+def page_table(page):
+    rows = []
+    for view, what in (("values", "values"), ("trends", "values and four trends")):
+        its = page[view]
+        rows.append([what, f"{100 * its['busy']:.0f} %",
+                     f"{100 * its['least']:.0f} – {100 * its['most']:.0f} %",
+                     f"{its['changesPerSecond']:.1f}", f"{its['heapMb']:.0f} MB"])
+    return table(["in sight", "busy", "spread", "changes/s of one value", "script memory"], rows)
+
+
+def goals(micro, side, spread_out, memory, page):
     """What the driver is to reach, and what it reached in this run."""
     def row(what, goal, value, shown):
         return [what, goal, shown, "yes" if value else "no"]
@@ -99,6 +120,7 @@ def goals(micro, side, spread_out, memory):
     ratio = micro.ratio("onceReadsOneByOne", "onceReadIntoEmptyList") / 1024
     rows.append(["1,024 calls of one each over the call without a list to search", "bound by the rule",
                  f"{ratio:.2f}", "–"])
+    rows.append(page_goal(page))
     for architecture, numbers in memory.items():
         if numbers:
             most = max(numbers.values())
@@ -177,13 +199,16 @@ def main():
               "armhf": measured.pairs(committed / "memory" / "armhf.txt")}
     instructions = {"amd64": measured.pairs(results / "instructions.txt"),
                     "armhf": measured.pairs(committed / "instructions" / "armhf.txt")}
-    summary = goals(micro, side, spread_out, memory)
+    page = json.loads((results / "page.json").read_text(encoding="utf-8"))
+    summary = goals(micro, side, spread_out, memory, page)
     print(summary)
     figures = "\n\n".join([
         START, machine.read_text(encoding="utf-8").strip(), "### Goals", summary,
         "### Single calls", micro_table(micro),
         f"### Side by side on one processor ({side.rounds()} rounds)", side_table(side),
         f"### Side by side on all processors ({spread_out.rounds()} rounds)", side_table(spread_out),
+        f"### The page, {page['variables']:,} variables changing ten times a second, "
+        f"Chromium {page['browser']}, {page['rounds']} rounds of {page['seconds']} s", page_table(page),
         "### Heap bytes per polled element", number_table("type", memory),
         "### Instructions per call", number_table("call", instructions), END])
     document = repository / "docs" / "performance.md"

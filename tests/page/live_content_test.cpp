@@ -284,6 +284,23 @@ TEST_F(LivePage, HistoryKeepsEachChangeAndEachTimeThatWasNotGood)
     EXPECT_EQ(2, history["events"].toArray().size());
 }
 
+TEST_F(LivePage, OfMoreChangesThanCanBeFollowedTheLastCounts)
+{
+    plan();
+    connect(1);
+    for (int i = 0; i < 12000; ++i) {
+        word(10 + i / 1000, 3000, static_cast<quint32>(i));
+    }
+    lookAt(30);
+    EXPECT_EQ("11999", row(kW)[1].toString());
+    const QJsonArray last =
+        get("history", {{"address", "Main.W"}, {"points", "10"}})["last"].toArray();
+    EXPECT_EQ(11999, last.last().toInt());
+    word(40, 3000, 5);
+    lookAt(50);
+    EXPECT_EQ("5", row(kW)[1].toString()) << "each is followed again";
+}
+
 TEST_F(LivePage, ABitOfAWordHasItsOwnHistory)
 {
     plan();

@@ -86,6 +86,33 @@ for (const colorScheme of /** @type {('light' | 'dark')[]} */ (['light', 'dark']
     });
 }
 
+/** Numbers of rows in sight that are not shown to their last digit. @param {import('playwright-core').Page} tab */
+const cutNumbers = (tab) => tab.locator('[data-test="value"]').evaluateAll((cells) => (
+  cells.filter((cell) => cell.scrollWidth > cell.clientWidth).map((cell) => cell.textContent)));
+
+pageTest('a number is never cut short, nor with its mark, nor is what the strip says',
+  { host: ['--stale-after', '500'] }, async ({ plant, page }) => {
+    const longest = { 'Main.Recipe[0]': '4294967295', 'Main.Axis[3].Pos': '-2147483648',
+      'Main.Axis[3].Vel': '-1.2345679e+38', 'Main.Mode': '0xffff' };
+    await plant.controller.stop();
+    await plant.startController(['--delay-ms', '0']);
+    for (const [address, value] of Object.entries(longest)) await plant.write(address, value);
+    for (const quality of ['good', 'stale']) {
+      if (quality === 'stale') await plant.controller.stop();
+      for (const width of [1280, 1024]) {
+        await page.tab.setViewportSize({ width, height: 720 });
+        for (const address of Object.keys(longest)) {
+          await page.filter(address);
+          await page.until(address, (shown) => shown.quality === quality);
+          assert.deepEqual(await cutNumbers(page.tab), [], `${width}`);
+        }
+        const cut = await page.tab.locator('[data-test="strip"] :not(:has(*))').evaluateAll((parts) => (
+          parts.filter((part) => part.scrollWidth > part.clientWidth).map((part) => part.textContent)));
+        assert.deepEqual(cut, [], `${width}`);
+      }
+    }
+  });
+
 pageTest('at first sight strip, values, trends and events are in a window of 1280 × 720', {}, async ({ page }) => {
   for (const hook of ['strip', 'values', 'trends', 'happened']) {
     const box = await page.part(hook).boundingBox();

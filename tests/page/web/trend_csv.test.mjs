@@ -1,7 +1,8 @@
 // Rows of a trend's CSV, the token, the filter of the values.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { historyRows } from '../../../tools/page/web/app/trends/trend_csv.js';
+import { seriesOf } from '../../../tools/page/web/app/feed/buckets.js';
+import { seriesRows } from '../../../tools/page/web/app/trends/trend_csv.js';
 import { tokenOf } from '../../../tools/page/web/app/link/token.js';
 import { listed } from '../../../tools/page/web/app/values/filter.js';
 
@@ -24,21 +25,29 @@ const variable = (name, address, type) => ({
   low: null, high: null,
 });
 
-test('readings and gaps stand in order of time, with the reason', () => {
-  const temperature = history({
-    address: 'Main.Temp', t: [1000, 3000], min: [1, 3], max: [1, 4], last: [1, 4],
-    gaps: [[2000, 3000, 'stale: link down']],
-  });
-  assert.deepEqual(historyRows(temperature, 'Temperature', { from: 0, to: 5000 }), [
+const TEMPERATURE = { address: 'Main.Temp', name: 'Temperature' };
+
+test('a value that changes, is lost and comes back has a row for each, with the reason', () => {
+  const series = seriesOf(history({ t: [1000, 4000], min: [1, 3], max: [1, 4], last: [1, 4],
+    gaps: [[2000, 3000, 'stale: link down']] }));
+  assert.deepEqual(seriesRows(series, TEMPERATURE, { from: 1000, to: 5000 }), [
     ['1970-01-01T00:00:01.000Z', 'Main.Temp', 'Temperature', 1, 1, 1, 'good'],
     ['1970-01-01T00:00:02.000Z', 'Main.Temp', 'Temperature', null, null, null, 'stale: link down'],
-    ['1970-01-01T00:00:03.000Z', 'Main.Temp', 'Temperature', 3, 4, 4, 'good'],
+    ['1970-01-01T00:00:03.000Z', 'Main.Temp', 'Temperature', 1, 1, 1, 'good'],
+    ['1970-01-01T00:00:04.000Z', 'Main.Temp', 'Temperature', 3, 4, 4, 'good'],
   ]);
 });
 
-test('what lies outside of the span is left out', () => {
-  const one = history({ t: [1000, 3000], min: [1, 3], max: [1, 3], last: [1, 3], gaps: [[4000, 5000, 'x']] });
-  assert.equal(historyRows(one, 'A', { from: 2000, to: 3500 }).length, 1);
+test('the first row has what held when the span began, and nothing outside of it is told', () => {
+  const series = seriesOf(history({ t: [1000, 3000, 9000], min: [1, 3, 4], max: [1, 3, 4], last: [1, 3, 4] }));
+  assert.deepEqual(seriesRows(series, TEMPERATURE, { from: 2000, to: 5000 }).map(([at, , , , , last]) => [at, last]),
+    [['1970-01-01T00:00:02.000Z', 1], ['1970-01-01T00:00:03.000Z', 3]]);
+});
+
+test('before the first reading nothing is known', () => {
+  const series = seriesOf(history({ t: [3000], min: [3], max: [3], last: [3] }));
+  assert.deepEqual(seriesRows(series, TEMPERATURE, { from: 2000, to: 5000 })[0].slice(3),
+    [null, null, null, 'not known']);
 });
 
 test('a token is read from the fragment and from nothing else', () => {

@@ -189,8 +189,9 @@ export class ValuesView {
 
   /** @param {KeyboardEvent} event */
   #filterKey(event) {
-    if (event.key !== 'Enter' && event.key !== 'ArrowDown') return;
+    if (!['Enter', 'ArrowDown', '/'].includes(event.key)) return;
     event.preventDefault();
-    this.#rows.focus(0);
+    if (event.key === '/') this.focusFilter();
+    else this.#rows.focus(0);
   }
 }
