@@ -109,9 +109,10 @@ function faults(name, label) {
  * @returns {Said}
  */
 function connections({ lastMinute: minute, total, replay }) {
-  const title = replay ? `Connections lost: ${minute.lostConnections} in this minute of the recording. `
-    + `Connecting failed: ${minute.failedConnects}` : `Connections lost: ${minute.lostConnections} in the last minute, ${total.lostConnections} since the `
-    + `start. Connecting failed: ${minute.failedConnects} in the last minute, ${total.failedConnects} since the start`;
+  const [now, ever] = replay ? ['in this minute of the recording', 'from its begin until then']
+    : ['in the last minute', 'since the start'];
+  const title = `Connections lost: ${minute.lostConnections} ${now}, ${total.lostConnections} ${ever}. `
+    + `Connecting failed: ${minute.failedConnects} ${now}, ${total.failedConnects} ${ever}`;
   const mood = minute.lostConnections + minute.failedConnects > 0 ? 'bad' : 'off';
   return {
     text: `${minute.lostConnections} · ${minute.failedConnects}`,
