@@ -90,16 +90,13 @@ class Replay(unittest.TestCase):
             live = Page(*run)
             is_good = lambda: live.row()[3] == "good"
             await_that(is_good, "the value is good")
-            cls.times = {"good": live.get("status")["now"]}
-            time.sleep(1)
+            time.sleep(1.5)
             controller.send_signal(signal.SIGSTOP)
             await_that(lambda: live.row()[3] != "good", "the value is not good")
             time.sleep(0.5)
-            cls.times["stale"] = live.get("status")["now"]
             controller.send_signal(signal.SIGCONT)
             await_that(is_good, "the value is good again")
             time.sleep(1)
-            cls.times["back"] = live.get("status")["now"]
             while_recording = Page("replay", cls.folder, "--page")
             cls.growth = [while_recording.get("status")["replay"]["to"]]
             await_that(lambda: while_recording.get("status")["replay"]["to"] > cls.growth[0] + 500,
@@ -111,6 +108,11 @@ class Replay(unittest.TestCase):
             controller.terminate()
             controller.communicate(timeout=PATIENCE)
         cls.page = Page("replay", cls.folder, "--page")
+        covered = cls.page.get("status")["replay"]
+        gaps = cls.page.get("history", address=POSITION,
+                            **{"from": covered["from"], "to": covered["to"]})["gaps"]
+        begin, end, _ = next(gap for gap in gaps if "answer" in gap[2])
+        cls.times = {"good": begin - 2500, "stale": (begin + end) // 2, "back": end + 500}
 
     @classmethod
     def tearDownClass(cls):

@@ -46,24 +46,33 @@ const recorded = join(folder, 'recorded');
 /** @type {Program} */ let replay;
 let url = '';
 
+/** When the recording says that nothing was answered. @returns {Promise<number[]>} */
+async function silence() {
+  const { origin, hash } = new URL(url);
+  const headers = { Authorization: `Bearer ${hash.slice('#token='.length)}` };
+  const ask = async (/** @type {string} */ what) => (await fetch(`${origin}/api/v1/${what}`, { headers })).json();
+  const { from, to } = (await ask('status')).replay;
+  const { gaps } = await ask(`history?address=${encodeURIComponent(moving)}&from=${from}&to=${to}`);
+  return gaps.find((/** @type {[number, number, string]} */ gap) => /answer/.test(gap[2]));
+}
+
 before(async () => {
   const plant = new Plant({ host: ['--record', recorded] });
   await plant.start();
   const quality = async () => (await plant.json(`values?address=${encodeURIComponent(moving)}`)).values[0][3];
   await waited(quality, (its) => its === 'good', 'a good value');
-  await new Promise((resolve) => { setTimeout(resolve, 1000); });
-  times.good = Date.now();
+  await new Promise((resolve) => { setTimeout(resolve, 1500); });
   plant.controller.signal('SIGSTOP');
   await waited(quality, (its) => its !== 'good', 'a value that is not good');
-  await new Promise((resolve) => { setTimeout(resolve, 300); });
-  times.stale = Date.now();
+  await new Promise((resolve) => { setTimeout(resolve, 500); });
   plant.controller.signal('SIGCONT');
   await waited(quality, (its) => its === 'good', 'a good value again');
   await new Promise((resolve) => { setTimeout(resolve, 1000); });
-  times.back = Date.now();
   await plant.stop();
   replay = new Program(hostFile, ['replay', recorded, '--page']);
   url = await replay.line(/^(http:\/\/\S+#token=[0-9a-f]{32})$/);
+  const [begin, end] = await silence();
+  Object.assign(times, { good: begin - 2500, stale: (begin + end) / 2, back: end + 500 });
 });
 after(() => replay.stop());
 
