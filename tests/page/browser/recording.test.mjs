@@ -26,7 +26,7 @@ pageTest('trends reach back through the recording, behind a start of the program
 
     const later = await tab(plant.url);
     await later.isLive();
-    const past = await plant.json(`history?address=Main.Total&from=${between - 60_000}&to=${between}&points=100`);
+    const past = await plant.json(`history?address=Main.Total&from=${between - 4000}&to=${between}&points=100`);
     assert.ok(past.t.filter((/** @type {number} */ at) => at < between).length > 10, JSON.stringify(past));
     assert.match(past.source, /recording|both/);
     await later.pin('Main.Total');
