@@ -284,6 +284,23 @@ TEST_F(LivePage, HistoryKeepsEachChangeAndEachTimeThatWasNotGood)
     EXPECT_EQ(2, history["events"].toArray().size());
 }
 
+TEST_F(LivePage, OfMoreChangesThanCanBeFollowedTheLastCounts)
+{
+    plan();
+    connect(1);
+    for (int i = 0; i < 12000; ++i) {
+        word(10 + i / 1000, 3000, static_cast<quint32>(i));
+    }
+    lookAt(30);
+    EXPECT_EQ("11999", row(kW)[1].toString());
+    const QJsonArray last =
+        get("history", {{"address", "Main.W"}, {"points", "10"}})["last"].toArray();
+    EXPECT_EQ(11999, last.last().toInt());
+    word(40, 3000, 5);
+    lookAt(50);
+    EXPECT_EQ("5", row(kW)[1].toString()) << "each is followed again";
+}
+
 TEST_F(LivePage, ABitOfAWordHasItsOwnHistory)
 {
     plan();
@@ -311,6 +328,10 @@ public:
         piece.add(static_cast<double>(kWallMs - 4000), 40, 40, 40);
         piece.add(static_cast<double>(kWallMs - 1000), 41, 41, 41);
         piece.gaps.push_back({kWallMs - 3000, kWallMs - 2000, "stale: x"});
+        PageEvent began;
+        began.at = static_cast<double>(kWallMs - 4000);
+        began.kind = "recording";
+        piece.events.push_back(began);
         return piece;
     }
     QString asked_;
@@ -338,6 +359,62 @@ TEST_F(LivePage, ARecordingReachesBackBehindTheMemory)
               get("history", {{"address", "Main.W"}, {"from", std::to_string(kWallMs)}})["source"]
                   .toString());
     EXPECT_EQ("", recording.asked_);
+}
+
+TEST_F(LivePage, WhereMemoryAndRecordingMeetNothingStandsTwice)
+{
+    MadeRecording recording;
+    content_->setRecording(&recording);
+    plan();
+    connect(10);
+    word(100, 3000, 7);
+    lookAt(200);
+    const QJsonObject history =
+        get("history", {{"address", "Main.W"}, {"from", std::to_string(kWallMs - 10000)}});
+    const QJsonArray times = history["t"].toArray();
+    for (int i = 1; i < times.size(); ++i) {
+        EXPECT_LT(times[i - 1].toDouble(), times[i].toDouble());
+    }
+    const QJsonArray events = history["events"].toArray();
+    ASSERT_EQ(2, events.size());
+    EXPECT_EQ("recording", events[0].toObject()["kind"].toString());
+    EXPECT_EQ("connected", events[1].toObject()["kind"].toString());
+}
+
+TEST_F(LivePage, TheRecordingIsReadElsewhereAndOnlyWhereTheMemoryDoesNotReach)
+{
+    MadeRecording recording;
+    std::vector<std::function<void()>> elsewhere;
+    content_->setRecording(
+        &recording, [&](std::function<void()> work) { elsewhere.push_back(std::move(work)); });
+    plan();
+    lookAt(10);
+    std::vector<std::string> answers;
+    const auto ask = [&](qint64 from) {
+        content_->ask("history",
+                      page::Query{{{"address", "Main.W"}, {"from", std::to_string(from)}}},
+                      [&](const page::Answer& answer) { answers.push_back(answer.body); });
+    };
+    ask(kWallMs);
+    EXPECT_EQ(1U, answers.size());
+    ask(kWallMs - 1000);
+    ASSERT_EQ(1U, elsewhere.size());
+    EXPECT_EQ("", recording.asked_);
+    elsewhere.front()();
+    ASSERT_EQ(2U, answers.size());
+    EXPECT_EQ("both", parsed(answers[1])["source"].toString());
+}
+
+TEST_F(LivePage, AFailingRecordingIsAnEventAndStandsInTheStatus)
+{
+    content_->setRecordingStatus([] { return std::string(R"({"state":"failed"})"); });
+    content_->tellStorage("the recording cannot be written: disk full", true);
+    lookAt(10);
+    const QJsonObject event = get("events")["events"].toArray()[0].toObject();
+    EXPECT_EQ("storage", event["kind"].toString());
+    EXPECT_EQ("the recording cannot be written: disk full", event["text"].toString());
+    EXPECT_TRUE(event["bad"].toBool());
+    EXPECT_EQ("failed", get("status")["recording"].toObject()["state"].toString());
 }
 
 TEST_F(LivePage, EntriesThatWereMissedAreSaid)

@@ -156,9 +156,9 @@ TEST(Reader, DuplicateKeysHaveLineAndColumn)
 
 TEST(Reader, ARefusalIsOneLineWhateverKeysHold)
 {
-    EXPECT_EQ("test.json: line 2, column 6: key \"a\\x0ab\" is given twice",
+    EXPECT_EQ("test.json: line 2, column 6: key \"a\\u000ab\" is given twice",
               refusal("{\"a\nb\":1,\"a\nb\":2}"));
-    EXPECT_THAT(refusal(R"({"a\nb": 1})"), StartsWith("test.json: a\\x0ab: unknown key"));
+    EXPECT_THAT(refusal(R"({"a\nb": 1})"), StartsWith("test.json: a\\u000ab: unknown key"));
 }
 
 TEST(Reader, NestingAndSizeAreLimited)

@@ -6,14 +6,13 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <QtCore/QFile>
 
 #include <array>
 #include <csignal>
 #include <cstring>
-
-extern char** environ;
 
 namespace tavmir::host
 {

@@ -77,7 +77,10 @@ public:
         HostSession& session = host_.session();
         const Clock::time_point start = Clock::now();
         host_.startCapture([this](const QString& text) { messages_.add(text); });
-        host_.startRecording([this](const QString& text) { messages_.add(text); });
+        host_.startRecording([this](const QString& text) {
+            messages_.add(text);
+            page_.tellStorage(text);
+        });
         session.start();
         tellPage();
         bool allWritten = true;

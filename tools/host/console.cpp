@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr int kPatienceMs = 500; // with a reader that takes nothing
-constexpr int kLookMs = 50;
+constexpr int kFinishLookMs = 50;
 
 } // namespace
 
@@ -54,12 +54,12 @@ void Console::complain(const QString& problem)
 
 bool Console::finish(wire::StopSignal& stop)
 {
-    while (!out_.finish(kLookMs) && out_.error() == 0) {
+    while (!out_.finish(kFinishLookMs) && out_.error() == 0) {
         if (stop.waitMs(0)) {
             return finishSoon();
         }
     }
-    while (!err_.finish(kLookMs) && err_.error() == 0) {
+    while (!err_.finish(kFinishLookMs) && err_.error() == 0) {
         if (stop.waitMs(0)) {
             return finishSoon();
         }

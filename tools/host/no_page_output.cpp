@@ -37,6 +37,8 @@ QString PageOutput::takeProblem()
     return QString();
 }
 
+void PageOutput::tellStorage(const QString&) {}
+
 void PageOutput::close() {}
 
 } // namespace tavmir::host

@@ -6,8 +6,10 @@
 #include "capture/pcapng_writer.h"
 #include "page/live_content.h"
 #include "page/page_server.h"
-#include "page_recording.h"
 #include "page_writes.h"
+#include "recorded_past.h"
+#include "recording_status.h"
+#include "worker.h"
 
 #include <QtCore/QFileInfo>
 
@@ -60,11 +62,9 @@ class PageOutput::Page
 public:
     explicit Page(PreparedHost& host)
         : host_(host), content_(host.session().feed(), host.project(), optionsOf(host)),
-          writes_(host), server_(content_, serverOf(host.line().page))
+          past_(host.line().record.folder), writes_(host),
+          server_(content_, serverOf(host.line().page))
     {
-        if (!host.line().record.folder.isEmpty()) {
-            recording_.emplace(host.line().record.folder);
-        }
     }
 
     QString open()
@@ -74,13 +74,14 @@ public:
             return refused;
         }
         content_.setWrites(&writes_);
+        content_.setRecordingStatus([this] { return recordingStatus(host_.recording()); });
+        if (!host_.line().record.folder.isEmpty()) {
+            content_.setRecording(
+                &past_, [this](std::function<void()> work) { reads_.add(std::move(work)); });
+        }
         content_.setCapture([this](const KeptEntries& kept, quint64 from) {
             return captureOf(kept, from, host_.controller());
         });
-        if (recording_) {
-            content_.setRecording(&*recording_);
-            content_.setRecordingStatus([this] { return recordingStatus(host_.recording()); });
-        }
         std::string problem;
         if (!server_.start(problem)) {
             return "--page: " + QString::fromStdString(problem);
@@ -94,6 +95,7 @@ public:
 
     QString url() const { return QString::fromStdString(server_.url()); }
     Browser& browser() { return browser_; }
+    LiveContent& content() { return content_; }
 
     void close()
     {
@@ -103,8 +105,9 @@ public:
 
 private:
     PreparedHost& host_;
-    std::optional<PageRecording> recording_;
     LiveContent content_;
+    RecordedPast past_;
+    Worker reads_;
     PageWrites writes_;
     page::PageServer server_;
     Browser browser_;
@@ -148,6 +151,14 @@ QString PageOutput::openBrowser()
 QString PageOutput::takeProblem()
 {
     return page_ ? page_->browser().takeProblem() : QString();
+}
+
+void PageOutput::tellStorage(const QString& text)
+{
+    if (page_) {
+        const std::optional<recorder::RecordingState> state = host_.recording();
+        page_->content().tellStorage(text, state && !state->isOn());
+    }
 }
 
 void PageOutput::close()

@@ -37,6 +37,9 @@ public:
     // The same of one that could not be opened after all, once.
     QString takeProblem();
 
+    // The recording cannot be written, or can be again. Any thread.
+    void tellStorage(const QString& text);
+
     // Clients are told that the program goes. What still waits to be written ends first, so the
     // session must be closed.
     void close();

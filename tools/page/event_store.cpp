@@ -4,7 +4,6 @@
 #include "json_writer.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace tavmir::host
 {
@@ -26,6 +25,18 @@ void writeOne(JsonWriter& json, const PageEvent& event)
 }
 
 } // namespace
+
+std::string eventsJson(const std::vector<PageEvent>& events)
+{
+    std::string out;
+    JsonWriter json(out);
+    json.beginArray();
+    for (const PageEvent& event : events) {
+        writeOne(json, event);
+    }
+    json.endArray();
+    return out;
+}
 
 void EventStore::add(PageEvent event)
 {
@@ -57,22 +68,18 @@ void EventStore::writeNewer(quint64 sequence, size_t limit, std::string& out) co
     write(newer == events_.end() ? newest() : newer->id - 1, limit, out);
 }
 
-void EventStore::writeBetween(double from, double to, const QString& address, size_t limit,
-                              std::string& out) const
+std::vector<PageEvent> EventStore::between(double from, double to, const QString& address,
+                                           size_t limit) const
 {
-    std::vector<const PageEvent*> found;
+    std::vector<PageEvent> found;
     for (auto event = events_.rbegin(); event != events_.rend() && found.size() < limit; ++event) {
         const bool concerns = event->address.isNull() || event->address == address;
         if (concerns && event->at >= from && event->at <= to) {
-            found.push_back(&*event);
+            found.push_back(*event);
         }
     }
-    JsonWriter json(out);
-    json.beginArray();
-    for (auto event = found.rbegin(); event != found.rend(); ++event) {
-        writeOne(json, **event);
-    }
-    json.endArray();
+    std::reverse(found.begin(), found.end());
+    return found;
 }
 
 } // namespace tavmir::host

@@ -6,6 +6,7 @@
 
 #include <deque>
 #include <string>
+#include <vector>
 
 namespace tavmir::host
 {
@@ -20,6 +21,9 @@ struct PageEvent {
     QString address;  // the same
     bool bad = false;
 };
+
+// "[event,event…]"
+std::string eventsJson(const std::vector<PageEvent>& events);
 
 class EventStore
 {
@@ -38,9 +42,9 @@ public:
     void write(quint64 since, size_t limit, std::string& out) const;
     // The same of those that were added for a look behind this one.
     void writeNewer(quint64 sequence, size_t limit, std::string& out) const;
-    // The same of those between two moments that are of the variable, or of all.
-    void writeBetween(double from, double to, const QString& address, size_t limit,
-                      std::string& out) const;
+    // The newest `limit` between two moments that are of the variable, or of all; oldest first.
+    std::vector<PageEvent> between(double from, double to, const QString& address,
+                                   size_t limit) const;
 
 private:
     std::deque<PageEvent> events_;

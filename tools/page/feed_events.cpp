@@ -104,7 +104,9 @@ void FeedEvents::take(const FeedEntry& entry)
     if (entry.standing) {
         return;
     }
-    tellUntil(msOf(entry.wall));
+    if (!waiting_.empty()) {
+        tellUntil(msOf(entry.wall));
+    }
     switch (entry.kind) {
     case FeedKind::exchange:
         takeExchange(entry);
@@ -181,6 +183,9 @@ void FeedEvents::takePlan(const FeedEntry& entry)
 
 void FeedEvents::takeExchange(const FeedEntry& entry)
 {
+    if (entry.exchange.isGood()) {
+        return; // a hundred thousand a second may go through here
+    }
     copyExchange(entry.exchange, nullptr, nullptr, last_);
     const About about = aboutOnly(last_);
     const auto text = [&] {
@@ -196,9 +201,7 @@ void FeedEvents::takeExchange(const FeedEntry& entry)
         tell(entry, "exception", text(), true, about);
         break;
     case ExchangeEnd::reply:
-        if (!last_.isGood()) {
-            tell(entry, "stray", text(), true, about);
-        }
+        tell(entry, "stray", text(), true, about);
         break;
     case ExchangeEnd::lost: // told as the connection's end
     case ExchangeEnd::notSent:

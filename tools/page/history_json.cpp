@@ -2,11 +2,47 @@
 #include "history_json.h"
 
 #include "json_writer.h"
+#include "query_numbers.h"
 
 #include <algorithm>
 
 namespace tavmir::host
 {
+
+namespace
+{
+
+constexpr qint64 kMostPoints = 2000;
+constexpr qint64 kPoints = 600;
+constexpr qint64 kUsualMs = 60000;
+constexpr double kLeastShare = 2;
+
+} // namespace
+
+HistoryQuestion historyQuestion(const page::Query& query, qint64 now)
+{
+    AskedFor asked(query);
+    HistoryQuestion question;
+    question.address = asked.text("address");
+    question.to = asked.whole("to", now, 0, kLastMs);
+    question.from = asked.whole("from", std::max<qint64>(0, question.to - kUsualMs), 0, kLastMs);
+    question.points = static_cast<size_t>(asked.whole("points", kPoints, 2, kMostPoints));
+    question.problem = asked.problem();
+    if (question.problem.isEmpty() && question.from > question.to) {
+        question.problem = "from: must not be behind to";
+    }
+    if (question.problem.isEmpty() && question.address.isNull()) {
+        question.problem = "address: is missing";
+    }
+    return question;
+}
+
+size_t HistoryQuestion::share(qint64 ms) const
+{
+    const double whole = std::max<double>(1, static_cast<double>(to - from));
+    const double part = static_cast<double>(points) * static_cast<double>(ms) / whole;
+    return static_cast<size_t>(std::max(kLeastShare, part));
+}
 
 HistoryPiece joined(HistoryPiece older, const HistoryPiece& newer, qint64 border)
 {
@@ -29,8 +65,14 @@ HistoryPiece joined(HistoryPiece older, const HistoryPiece& newer, qint64 border
         if (!older.gaps.empty() && older.gaps.back().to > gap.from) {
             older.gaps.back().to = std::max(older.gaps.back().from, gap.from);
         }
+        if (!older.gaps.empty() && older.gaps.back().to == gap.from &&
+            older.gaps.back().reason == gap.reason) {
+            older.gaps.back().to = gap.to; // it went on
+            continue;
+        }
         older.gaps.push_back(gap);
     }
+    older.events.insert(older.events.end(), newer.events.begin(), newer.events.end());
     if (!older.oldest) {
         older.oldest = newer.oldest;
     }
@@ -71,7 +113,7 @@ std::string historyJson(const HistoryFacts& facts, const HistoryPiece& piece)
     for (const HistoryGap& gap : piece.gaps) {
         json.beginArray().whole(gap.from).whole(gap.to).text(gap.reason).endArray();
     }
-    json.endArray().key("events").raw(facts.events).endObject();
+    json.endArray().key("events").raw(eventsJson(piece.events)).endObject();
     return out;
 }
 

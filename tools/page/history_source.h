@@ -2,7 +2,7 @@
 #ifndef TAVMIR_PAGE_HISTORY_SOURCE_H
 #define TAVMIR_PAGE_HISTORY_SOURCE_H
 
-#include <QtCore/QString>
+#include "event_store.h"
 
 #include <optional>
 #include <vector>
@@ -26,7 +26,8 @@ struct HistoryPiece {
     std::vector<double> min;
     std::vector<double> max;
     std::vector<double> last;
-    std::vector<HistoryGap> gaps; // ascending
+    std::vector<HistoryGap> gaps;  // ascending
+    std::vector<PageEvent> events; // of the element, or of all; ascending
 
     void add(double at, double low, double high, double end)
     {
@@ -43,7 +44,7 @@ public:
     virtual ~HistorySource() = default;
 
     // What is known of an element between two moments, with the sample that was there at `from`.
-    // On the page's thread: takes milliseconds.
+    // On one thread at a time; may take long.
     //   address  as it is shown
     //   points   samples at most
     virtual HistoryPiece history(const QString& address, qint64 from, qint64 to, size_t points) = 0;

@@ -244,9 +244,11 @@ void HttpSession::follow(Decision decision)
 
 void HttpSession::ask(const Decision& decision)
 {
+    const PageContent::Done done = whenDone();
     try {
-        answer(connections_.service().content.get(decision.what, decision.query));
+        connections_.service().content.ask(decision.what, decision.query, done);
     } catch (const std::exception&) {
+        ++order_;
         refuse(500, "this cannot be answered");
     }
 }
@@ -294,18 +296,23 @@ void HttpSession::onBody(Error error, const std::string& what)
     return isBadRequest(error) ? refuse(400, "the body cannot be read") : drop();
 }
 
-void HttpSession::order(const std::string& what)
+// The content is asked now; what it says comes back to this thread.
+PageContent::Done HttpSession::whenDone()
 {
     enter(State::content, limits().answerTime);
-    const unsigned number = ++order_;
-    const auto done = [path = connections_.returnPath(), number,
-                       weak = weak_from_this()](Answer answer) {
+    return [path = connections_.returnPath(), number = ++order_,
+            weak = weak_from_this()](Answer answer) {
         path->post([number, weak, answer = std::move(answer)] {
             if (const auto self = weak.lock()) {
                 self->onAnswer(number, answer);
             }
         });
     };
+}
+
+void HttpSession::order(const std::string& what)
+{
+    const PageContent::Done done = whenDone();
     try {
         connections_.service().content.post(what, parser_->get().body(), done);
     } catch (const std::exception&) {

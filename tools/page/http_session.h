@@ -48,6 +48,7 @@ private:
     void ask(const Decision& decision);
     void readBody(std::string what);
     void onBody(Error error, const std::string& what);
+    PageContent::Done whenDone();
     void order(const std::string& what);
     void onAnswer(unsigned order, const Answer& answer);
     void goLive();

@@ -11,18 +11,18 @@ namespace tavmir::host
 namespace
 {
 
+constexpr size_t kMostSpare = 16;
 constexpr size_t kHead = offsetof(Exchange, request);
 
 // What is set of an exchange: its head, then the bytes of its frames.
-std::vector<unsigned char> packed(const Exchange& exchange)
+void pack(const Exchange& exchange, std::vector<unsigned char>& bytes)
 {
-    const size_t request = exchange.requestKept();
-    const size_t reply = exchange.replyKept();
-    std::vector<unsigned char> bytes(kHead + request + reply);
-    std::memcpy(bytes.data(), static_cast<const void*>(&exchange), kHead);
-    std::memcpy(bytes.data() + kHead, exchange.request, request);
-    std::memcpy(bytes.data() + kHead + request, exchange.reply, reply);
-    return bytes;
+    const auto* const head = reinterpret_cast<const unsigned char*>(&exchange);
+    bytes.clear();
+    bytes.reserve(kHead + exchange.requestKept() + exchange.replyKept());
+    bytes.insert(bytes.end(), head, head + kHead);
+    bytes.insert(bytes.end(), exchange.request, exchange.request + exchange.requestKept());
+    bytes.insert(bytes.end(), exchange.reply, exchange.reply + exchange.replyKept());
 }
 
 void unpack(const std::vector<unsigned char>& bytes, Exchange& exchange)
@@ -39,7 +39,7 @@ size_t KeptEntries::Kept::bytes() const
 {
     constexpr size_t kMemory = 16; // that a piece of memory costs beside its bytes
     const size_t whole = other ? sizeof(FeedEntry) + kMemory + other->received.size() : 0;
-    return sizeof(Kept) + kMemory + exchange.size() + whole;
+    return sizeof(Kept) + kMemory + exchange.capacity() + whole;
 }
 
 bool KeptEntries::isLink(const FeedEntry& entry)
@@ -57,7 +57,11 @@ void KeptEntries::take(const FeedEntry& entry)
     kept.at = entry.at;
     kept.wall = entry.wall;
     if (entry.kind == FeedKind::exchange && entry.received.empty()) {
-        kept.exchange = packed(entry.exchange);
+        if (!spare_.empty()) {
+            kept.exchange = std::move(spare_.back());
+            spare_.pop_back();
+        }
+        pack(entry.exchange, kept.exchange);
     } else {
         kept.other = std::make_unique<FeedEntry>(entry);
     }
@@ -80,13 +84,16 @@ void KeptEntries::add(Kept kept)
     bytes_ += kept.bytes();
     entries_.push_back(std::move(kept));
     while (bytes_ > mostBytes_ && entries_.size() > 1) {
-        const Kept& oldest = entries_.front();
+        Kept& oldest = entries_.front();
         if (!links_.empty() && links_.front() == begin_) {
             connection_ = *oldest.other;
             connection_->standing = true;
             links_.pop_front();
         }
         bytes_ -= oldest.bytes();
+        if (spare_.size() < kMostSpare && oldest.exchange.capacity() > 0) {
+            spare_.push_back(std::move(oldest.exchange));
+        }
         entries_.pop_front();
         ++begin_;
     }

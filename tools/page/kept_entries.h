@@ -64,6 +64,7 @@ private:
     size_t bytes_ = 0;
     std::deque<Kept> entries_;
     quint64 begin_ = 1;
+    std::vector<std::vector<unsigned char>> spare_; // of exchanges that went
     std::deque<quint64> links_;           // numbers of kept entries that tell of the connection
     std::optional<FeedEntry> connection_; // before all that are kept
 };

@@ -3,7 +3,7 @@
 #ifndef TAVMIR_PAGE_LIVE_CONTENT_H
 #define TAVMIR_PAGE_LIVE_CONTENT_H
 
-#include "history_source.h"
+#include "history_json.h"
 #include "live_state.h"
 #include "page_content.h"
 #include "plan/polled_index.h"
@@ -33,7 +33,14 @@ public:
     // Who carries writes out. Its ends may come until it is gone: it goes before the content.
     void setWrites(WriteDesk* desk) { desk_ = desk; }
     // Who knows what the memory does not reach back to.
-    void setRecording(HistorySource* recording) { recording_ = recording; }
+    //   elsewhere  runs what takes long on a thread of its own, one piece after the other; null:
+    //              at once
+    using Elsewhere = std::function<void(std::function<void()> work)>;
+    void setRecording(HistorySource* recording, Elsewhere elsewhere = nullptr)
+    {
+        recording_ = recording;
+        elsewhere_ = std::move(elsewhere);
+    }
     // How the recording stands: a JSON object.
     void setRecordingStatus(std::function<std::string()> status) { status_ = std::move(status); }
     // Makes the capture of what was kept from a number on.
@@ -41,6 +48,7 @@ public:
     void setCapture(Capture capture) { capture_ = std::move(capture); }
 
     page::Answer get(const std::string& what, const page::Query& query) override;
+    void ask(const std::string& what, const page::Query& query, Done done) override;
     void post(const std::string& what, const std::string& body, Done done) override;
     void look() override;
     std::string epoch() const override { return epoch_; }
@@ -48,14 +56,28 @@ public:
     std::string snapshot() override;
     std::string changes(std::uint64_t since, std::uint64_t eventsSince) override;
 
+    // The recording cannot be written, or can be again. Any thread.
+    void tellStorage(const QString& text, bool bad);
+
 private:
-    // A write that has ended, for the page's thread.
+    // What has ended or happened elsewhere, for the page's thread.
     struct Told {
         WireElement element;
         PageEvent event;
     };
 
+    // A question about the past, with the memory's answer.
+    struct Past {
+        std::optional<page::Answer> refusal;
+        HistoryFacts facts;
+        HistoryPiece memory;
+        qint64 border = 0;   // from there on the memory knows everything
+        size_t recorded = 0; // points that the recording is to give; 0: it is not asked
+    };
+
     void lookIfOld();
+    Past past(const page::Query& query) const;
+    static page::Answer answerTo(const Past& past, HistorySource* recording);
     std::string status() const;
     std::string variables() const;
     page::Answer values(const page::Query& query) const;
@@ -78,6 +100,7 @@ private:
     LiveState state_;
     WriteDesk* desk_ = nullptr;
     HistorySource* recording_ = nullptr;
+    Elsewhere elsewhere_;
     std::function<std::string()> status_;
     Capture capture_;
     Clock::time_point lookedAt_;

@@ -20,6 +20,8 @@ constexpr auto kCountEach = std::chrono::milliseconds(900);
 // Rows whose reading is newer and nothing else go out in turn: so many a look, and all within ten.
 constexpr size_t kRefreshed = 200;
 constexpr size_t kLooksForAll = 10;
+// So many changes of a look are followed one by one; of more, the last of each value counts.
+constexpr size_t kMostFollowed = 10000;
 constexpr char kNotReadYet[] = "never: no reply has brought it yet";
 
 quint32 numberOf(const QByteArray& bytes)
@@ -64,6 +66,7 @@ void LiveState::look()
                   });
     feedEvents_.tellRest(clocks_.wall());
     const Clock::time_point now = clocks_.steady();
+    findChanges();
     showChanges();
     showQualities(now);
     isOther_ = isOther_ || events_.newest() != newestEvent_ || now - countedAt_ >= kCountEach;
@@ -85,7 +88,12 @@ void LiveState::take(const FeedEntry& entry)
     feedEvents_.take(entry);
     const bool isList =
         entry.kind == FeedKind::planChanged && !isSame(entry.plan->polled, values_.variables());
-    values_.take(entry, [&](size_t variable) { changed(variable, entry); });
+    if (changesOfLook_ < kMostFollowed) {
+        values_.take(entry, [&](size_t variable) { changed(variable, entry.wall); });
+    } else {
+        values_.take(entry);
+        notFollowed_ = entry.wall;
+    }
     if (isList) {
         list(generation_ == 0 ? startedAt_ : entry.wall);
     }
@@ -127,6 +135,7 @@ void LiveState::list(WallClock::time_point since)
     isOther_ = true;
     rows_.reset(variables.size(), next_);
     changedAt_.assign(variables.size(), 0);
+    bytes_.assign(variables.size(), QByteArray());
     changed_.clear();
     trackOf_.assign(variables.size(), std::nullopt);
     qualitiesAt_ = Clock::time_point();
@@ -148,16 +157,30 @@ void LiveState::list(WallClock::time_point since)
     }
 }
 
-void LiveState::changed(size_t variable, const FeedEntry& entry)
+void LiveState::changed(size_t variable, WallClock::time_point moment)
 {
-    const qint64 at = wholeMsOf(entry.wall);
+    const qint64 at = wholeMsOf(moment);
+    ++changesOfLook_;
+    bytes_[variable] = values_.value(variable).bytes;
     if (changedAt_[variable] == 0) {
         changed_.push_back(variable);
     }
     changedAt_[variable] = at;
     if (trackOf_[variable]) {
-        history_.addSample(*trackOf_[variable], at, numberOf(values_.value(variable).bytes));
+        history_.addSample(*trackOf_[variable], at, numberOf(bytes_[variable]));
     }
+}
+
+// Where too much changed to follow each change: what is another value now than at the last look.
+void LiveState::findChanges()
+{
+    for (size_t i = 0; i < bytes_.size() && notFollowed_; ++i) {
+        if (values_.value(i).bytes != bytes_[i]) {
+            changed(i, *notFollowed_);
+        }
+    }
+    notFollowed_.reset();
+    changesOfLook_ = 0;
 }
 
 // Values that changed are put into words once a look, however often they did.

@@ -68,7 +68,8 @@ private:
     void take(const FeedEntry& entry);
     void takePlan(const PolledGeneration& plan);
     void takeLink(const FeedEntry& entry);
-    void changed(size_t variable, const FeedEntry& entry);
+    void changed(size_t variable, WallClock::time_point at);
+    void findChanges();
     void list(WallClock::time_point since);
     void tellGap(size_t track, const ValueQuality& quality, qint64 readAt);
     void showChanges();
@@ -94,7 +95,10 @@ private:
     std::map<QString, size_t> tracks_;           // by address
     std::vector<std::optional<size_t>> trackOf_; // by variable
     std::vector<qint64> changedAt_;              // by variable: since the last look; 0: it did not
-    std::vector<size_t> changed_;                // variables that did
+    std::vector<QByteArray> bytes_;              // by variable: as they were looked at last
+    size_t changesOfLook_ = 0;
+    std::optional<WallClock::time_point> notFollowed_; // the last entry that was not, of this look
+    std::vector<size_t> changed_;                      // variables that did
 
     quint64 sequence_ = 0;
     quint64 next_ = 1;        // of this look

@@ -6,6 +6,11 @@ namespace tavmir::page
 
 PageContent::~PageContent() = default;
 
+void PageContent::ask(const std::string& what, const Query& query, Done done)
+{
+    done(get(what, query));
+}
+
 const std::string* Query::find(const char* name) const
 {
     for (const auto& item : items) {

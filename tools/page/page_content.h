@@ -28,7 +28,7 @@ struct Answer {
 };
 
 // All calls on the server's thread, one at a time. None may block: a call that takes long holds up
-// every client. What get() and post() throw is answered by 500; the others throw nothing.
+// every client. What get(), ask() and post() throw is answered by 500; the others throw nothing.
 class PageContent
 {
 public:
@@ -37,9 +37,12 @@ public:
     // GET /api/v1/WHAT, for example "status", "variables". What it does not know: status 404.
     virtual Answer get(const std::string& what, const Query& query) = 0;
 
-    // Called once, from any thread; may come later or before post() returns, and also when client
-    // or server have gone.
+    // Called once, from any thread; may come later or before ask() or post() return, and also when
+    // client or server have gone.
     using Done = std::function<void(Answer)>;
+
+    // The same as get(), of a content that finds some answers on a thread of its own.
+    virtual void ask(const std::string& what, const Query& query, Done done);
 
     // POST /api/v1/WHAT: "write", "replay".
     //   body  JSON text by its type, not looked at; 64 KiB at most

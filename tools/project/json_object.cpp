@@ -34,9 +34,19 @@ const char* typeName(const QJsonValue& value)
 
 } // namespace
 
+QString escaped(const QString& text)
+{
+    QString shown;
+    for (const QChar character : text) {
+        shown += character.isPrint() ? QString(character)
+                                     : QString("\\u%1").arg(character.unicode(), 4, 16, QChar('0'));
+    }
+    return shown;
+}
+
 QString quoted(const QString& text)
 {
-    return "\"" + printable(text.left(kQuotedCharacters)) +
+    return "\"" + escaped(text.left(kQuotedCharacters)) +
            (text.size() > kQuotedCharacters ? "…\"" : "\"");
 }
 

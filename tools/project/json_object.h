@@ -3,8 +3,6 @@
 #ifndef TAVMIR_PROJECT_JSON_OBJECT_H
 #define TAVMIR_PROJECT_JSON_OBJECT_H
 
-#include "printable.h"
-
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QJsonValue>
@@ -21,6 +19,9 @@ struct Refusal {
     QString path;
     QString problem;
 };
+
+// What cannot be printed, as a project file may write it: "\u000a". A message is one line then.
+QString escaped(const QString& text);
 
 // Quotes a piece of the file for a message; long or unprintable text is cut and escaped.
 QString quoted(const QString& text);

@@ -16,7 +16,7 @@ namespace
 ReadOutcome refuse(const QString& source, const QString& problem)
 {
     ReadOutcome outcome;
-    outcome.error = QString("%1: %2").arg(source, printable(problem));
+    outcome.error = QString("%1: %2").arg(source, escaped(problem));
     return outcome;
 }
 

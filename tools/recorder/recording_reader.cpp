@@ -150,6 +150,30 @@ void RecordingReader::parts(const TakePart& take, const TakeProblem& tell) const
     }
 }
 
+void RecordingReader::partsWithin(TimeSpan span, const TakePart& take) const
+{
+    const std::vector<Member> members = membersOf(folder_);
+    for (size_t i = 0; i < members.size(); ++i) {
+        // The next one goes on where this one ends, unless the clock was set back between them.
+        const bool isBefore = i + 1 < members.size() && members[i + 1].began <= span.from &&
+                              members[i + 1].began > members[i].began;
+        if (isBefore || members[i].began >= span.until) {
+            continue;
+        }
+        QString ignored;
+        const std::unique_ptr<RecordingPart> part = RecordingPart::open(members[i], ignored);
+        if (part && !take(*part)) {
+            return;
+        }
+    }
+}
+
+Micros RecordingReader::begin() const
+{
+    const std::vector<Member> members = membersOf(folder_);
+    return members.empty() ? 0 : members.front().began;
+}
+
 TimeSpan RecordingReader::coverage() const
 {
     const std::vector<TimeSpan> all = stretches();

@@ -50,6 +50,8 @@ public:
     // Null: there is no such folder, or no recording in it; `problem` says it in one line.
     static std::unique_ptr<RecordingReader> open(const QString& folder, QString& problem);
 
+    // Where the oldest file begins; no file is opened for it.
+    Micros begin() const;
     // From the beginning of the oldest file to the end of the newest; gaps included.
     TimeSpan coverage() const;
     // Each stretch without a gap, ascending.
@@ -78,6 +80,8 @@ public:
     using TakePart = std::function<bool(RecordingPart& part)>;
     using TakeProblem = std::function<void(const QString& problem)>;
     void parts(const TakePart& take, const TakeProblem& tell = TakeProblem()) const;
+    // Those of them that may know something of the span.
+    void partsWithin(TimeSpan span, const TakePart& take) const;
 
 private:
     explicit RecordingReader(const std::string& folder) : folder_(folder) {}

@@ -50,6 +50,12 @@ test('a gap that both answers know is one gap', () => {
   assert.deepEqual(merged(base, more).gaps, [[80, 150, 'link down']]);
 });
 
+test('a gap that began before the time of the newer answer stands once', () => {
+  const base = seriesOf(history(0, 100, [[10, 1]], [[80, 100, 'link down']]));
+  const more = seriesOf(history(90, 200, [[10, 1]], [[80, 150, 'link down']]));
+  assert.deepEqual(merged(base, more).gaps, [[80, 150, 'link down']]);
+});
+
 test('a gap that goes on is cut where the newer answer begins', () => {
   const base = emptySeries(0);
   put(base, 80, null, 'link down');
@@ -60,6 +66,17 @@ test('a gap that goes on is cut where the newer answer begins', () => {
 test('what is older than what is kept is a gap', () => {
   assert.deepEqual(seriesOf(history(0, 100, [[60, 1]], [], 50)).gaps, [[0, 50, NOTHING_KEPT]]);
   assert.deepEqual(seriesOf(history(0, 100, [], [], null)).gaps, [[0, 100, NOTHING_KEPT]]);
+});
+
+test('a gap that reaches the end of an answer lasts, until a newer one says that it is over', () => {
+  const base = seriesOf(history(0, 100, [[10, 1]], [[80, 100, 'link down']]));
+  assert.equal(valueAt(base, 120), null);
+  assert.equal(valueAt(merged(base, seriesOf(history(90, 200, [[10, 1]], [[90, 110, 'link down']]))), 120), 1);
+});
+
+test('a time for which there is a reason needs no further one', () => {
+  const gaps = seriesOf(history(0, 100, [[60, 1]], [[0, 50, 'nothing was recorded']], 50)).gaps;
+  assert.deepEqual(gaps, [[0, 50, 'nothing was recorded']]);
 });
 
 test('a value that is not good opens a gap, the next good one ends it', () => {

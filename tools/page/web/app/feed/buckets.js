@@ -28,15 +28,16 @@ export function emptySeries(at) {
 }
 
 /**
+ * What an answer says. A gap that reaches its end lasts: that it is over only a newer answer or reading can say.
  * @param {History} history
  * @returns {Series}
  */
 export function seriesOf(history) {
   const { from, to, oldest, t, min, max, last } = history;
   /** @type {Gap[]} */
-  const gaps = history.gaps.map(([begin, end, reason]) => [begin, end ?? Infinity, reason]);
-  if (oldest === null) gaps.unshift([from, to, NOTHING_KEPT]);
-  else if (oldest > from) gaps.unshift([from, Math.min(oldest, to), NOTHING_KEPT]);
+  const gaps = history.gaps.map(([begin, end, reason]) => [begin, end === null || end >= to ? Infinity : end, reason]);
+  const kept = Math.min(oldest ?? to, gaps.length > 0 ? Math.max(gaps[0][0], from) : to);
+  if (kept > from && (oldest === null || oldest > from)) gaps.unshift([from, kept, NOTHING_KEPT]);
   return { from, to, t: [...t], min: [...min], max: [...max], last: [...last], gaps };
 }
 
@@ -119,10 +120,11 @@ export function merged(base, more) {
   for (const [from, to, reason] of base.gaps) {
     if (from < more.from) gaps.push([from, Math.min(to, more.from), reason]);
   }
-  for (const gap of more.gaps) {
+  for (const [begin, to, reason] of more.gaps) {
+    const from = Math.max(begin, more.from);
     const before = gaps[gaps.length - 1];
-    if (before && before[1] === gap[0] && before[2] === gap[2]) before[1] = gap[1];
-    else gaps.push([...gap]);
+    if (before && before[1] === from && before[2] === reason) before[1] = to;
+    else gaps.push([from, to, reason]);
   }
   return {
     from: Math.min(base.from, more.from),

@@ -1,5 +1,6 @@
 // The strip: link, pass, round trip, faults, recording, writes. While the page has lost the program it says so,
 // and what stands there is marked as of then.
+import { token } from '../link/token.js';
 import { age, dayTime, length } from '../text/ages.js';
 import { bytes, counted } from '../text/numbers.js';
 import { element, make, setAttribute, setText, show } from '../view/dom.js';
@@ -63,7 +64,8 @@ function unheard({ text, sub = '' }) {
  * @returns {Said}
  */
 function pass({ pass: { ms, elements, requests } }) {
-  const sub = `${counted(elements, 'element')} in ${counted(requests, 'request')}`;
+  // Requests are a mean when passes do not end where requests do.
+  const sub = `${counted(elements, 'element')} in ${counted(Number(requests.toFixed(1)), 'request')}`;
   return { text: ms === null ? '–' : length(ms), sub, title: `one pass over all polled elements: ${sub}` };
 }
 
@@ -145,6 +147,12 @@ function writes({ writes: { allowed, only, text } }) {
   return { text: '✎ on', sub, mood: 'warn', title: only ? `${text}: ${only.join(', ')}` : text };
 }
 
+/** Why the program does not talk to this page. */
+function refusal() {
+  if (token() === '') return 'The page lacks its token: open the whole address that the program printed.';
+  return 'The program was started anew: open the address it printed. (Its token is not the one this page has.)';
+}
+
 export class StripView {
   #store;
   #lost = element('lost', HTMLElement);
@@ -204,8 +212,7 @@ export class StripView {
       live: '',
       connecting: '',
       lost: `The page has lost the program.${asOf} Trying again …`,
-      refused: 'The program was started anew: open the address it printed.'
-        + ` (Its token is not the one this page has.)${asOf}`,
+      refused: refusal() + asOf,
     };
     setText(this.#lost, texts[state]);
     show(this.#lost, texts[state] !== '');

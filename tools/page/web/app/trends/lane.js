@@ -7,6 +7,7 @@ import { number } from '../text/numbers.js';
 import { look, valueText } from '../text/qualities.js';
 import { make, setAttribute, setText } from '../view/dom.js';
 import { between } from './cursor_statistics.js';
+import { DRAG_PIXELS, chartOptions } from './lane_chart.js';
 import { drawCursors, drawGaps, drawMarks } from './overlays.js';
 import { plotPoints } from './plot_points.js';
 
@@ -26,17 +27,6 @@ import { plotPoints } from './plot_points.js';
  * @property {(at: number, event: WheelEvent) => void} wheel
  * @property {() => void} doubleClick
  */
-
-const AXIS_WIDTH = 72;
-const TIME_AXIS_HEIGHT = 26;
-const DRAG_PIXELS = 5;
-const FONT = '12px system-ui, sans-serif';
-
-/** @param {number} value */
-function tick(value) {
-  const text = number(value);
-  return text.length <= 9 ? text : value.toExponential(2);
-}
 
 /**
  * How many gaps a value had in a window after it was first read.
@@ -92,47 +82,13 @@ export class Lane {
 
   /** @returns {import('uplot').Options} */
   #options() {
-    const colours = this.#colours;
-    const bit = this.variable.isBit;
-    const axis = () => colours.of('axis');
-    const line = { stroke: () => colours.of('grid'), width: 1 };
-    return {
-      width: 300,
-      height: 80,
-      ms: 1,
-      legend: { show: false },
-      padding: [6, 30, bit ? 4 : 6, 0],
-      cursor: { y: false, points: { show: false }, drag: { x: true, y: false, setScale: false, dist: DRAG_PIXELS },
-        sync: { key: 'trends', scales: ['x', null] } },
-      scales: { x: { time: true, auto: false }, y: { range: (_, min, max) => this.#range(min, max) } },
-      axes: [
-        { font: FONT, stroke: axis, grid: line, ticks: { ...line, size: 4 }, gap: 2, size: TIME_AXIS_HEIGHT, space: 90,
-          values: (_, splits) => splits.map((at) => clockTime(at, splits[1] - splits[0] < 1000)) },
-        { font: FONT, stroke: axis, grid: line, ticks: { ...line, size: 4 }, gap: 3, size: AXIS_WIDTH, space: 15,
-          values: (_, splits) => splits.map(tick), ...(bit ? { splits: () => [0, 1] } : {}) },
-      ],
-      series: [{}, { stroke: () => colours.of('line'), width: 1.5, points: { show: false },
-        paths: /** @type {NonNullable<typeof uPlot.paths.stepped>} */ (uPlot.paths.stepped)({ align: 1 }) }],
-      hooks: {
-        drawClear: [(chart) => this.#series && drawGaps(chart, this.#series, colours)],
-        draw: [(chart) => {
-          drawMarks(chart, this.#events, colours);
-          drawCursors(chart, this.#cursors, colours);
-        }],
+    return chartOptions(this.variable.isBit, this.#colours, {
+      under: (chart) => this.#series && drawGaps(chart, this.#series, this.#colours),
+      over: (chart) => {
+        drawMarks(chart, this.#events, this.#colours);
+        drawCursors(chart, this.#cursors, this.#colours);
       },
-    };
-  }
-
-  /**
-   * @param {number|null} min
-   * @param {number|null} max
-   * @returns {[number, number]}
-   */
-  #range(min, max) {
-    if (this.variable.isBit) return [-0.15, 1.15];
-    if (min === null || max === null) return [0, 1];
-    const room = max > min ? (max - min) * 0.08 : Math.abs(max) * 0.05 || 1;
-    return [min - room, max + room];
+    });
   }
 
   /** @param {Pointing} pointing */

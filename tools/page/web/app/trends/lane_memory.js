@@ -1,6 +1,6 @@
 // What is known of one pinned variable: its live course, asked for once and then caught up every two seconds, with
 // the latest values in between as they arrive; and the held window, asked for in full detail.
-import { emptySeries, merged, put, seriesOf, trim } from '../feed/buckets.js';
+import { emptySeries, lowerBound, merged, put, seriesOf, trim } from '../feed/buckets.js';
 import { AskError, get } from '../link/requests.js';
 
 /**
@@ -60,7 +60,7 @@ export class LaneMemory {
     if (!more) return;
     this.#covered = more.series.to;
     const before = this.#live;
-    this.#live = merged(more.series, after(before, more.series.to));
+    this.#live = withNewer(more.series, before);
   }
 
   /**
@@ -78,8 +78,7 @@ export class LaneMemory {
     const points = Math.max(4, Math.min(2000, Math.ceil(((now - from) / span) * POINTS)));
     const more = await this.#ask(from, now, points);
     if (!more) return;
-    const newer = after(this.#live, more.series.to);
-    this.#live = merged(merged(this.#live, more.series), newer);
+    this.#live = withNewer(merged(this.#live, more.series), this.#live, more.series.to);
     this.#covered = more.series.to;
   }
 
@@ -169,18 +168,24 @@ export class LaneMemory {
 }
 
 /**
- * The part of a series after a time.
+ * A series, and what another one has of the time after it.
  * @param {Series} series
- * @param {number} from
+ * @param {Series} newer
+ * @param {number} [end] of what is to be kept of the series
  * @returns {Series}
  */
-function after(series, from) {
-  const part = { ...series, t: [...series.t], min: [...series.min], max: [...series.max], last: [...series.last] };
-  trim(part, from);
-  part.from = from;
-  if (part.t.length > 0 && part.t[0] < from) {
-    for (const list of [part.t, part.min, part.max, part.last]) list.shift();
-  }
-  part.gaps = part.gaps.map(([begin, end, reason]) => [Math.max(begin, from), end, reason]);
-  return part;
+function withNewer(series, newer, end = series.to) {
+  const place = lowerBound(newer.t, end);
+  const gaps = newer.gaps.filter((gap) => gap[1] > end);
+  const first = Math.min(newer.t[place] ?? Infinity, Math.max(gaps[0]?.[0] ?? Infinity, end));
+  if (first === Infinity) return series;
+  return merged(series, {
+    from: first,
+    to: newer.to,
+    t: newer.t.slice(place),
+    min: newer.min.slice(place),
+    max: newer.max.slice(place),
+    last: newer.last.slice(place),
+    gaps: gaps.map(([begin, until, reason]) => [Math.max(begin, end), until, reason]),
+  });
 }

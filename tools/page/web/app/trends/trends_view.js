@@ -1,11 +1,12 @@
 // The trends: one lane for each pin, one window of time and two cursors for all of them.
-import { download, element, show } from '../view/dom.js';
+import { element, show } from '../view/dom.js';
 import { Cursors } from './cursors.js';
 import { Lane } from './lane.js';
+import { arrange } from './lane_layout.js';
 import { LaneMemory } from './lane_memory.js';
 import { markedEvents } from './overlays.js';
 import { TimeWindow } from './time_window.js';
-import { trendCsv } from './trend_csv.js';
+import { saveTrends } from './save_trends.js';
 import { trendKeys } from './trend_keys.js';
 import { drawTrendState, trendToolbar } from './trend_toolbar.js';
 
@@ -19,9 +20,6 @@ import { drawTrendState, trendToolbar } from './trend_toolbar.js';
 const CATCH_UP_MS = 2000;
 const PICTURE_MS = 100;
 const SETTLE_MS = 200;
-const LEAST_LANE_HEIGHT = 44;
-const LANE_HEAD_HEIGHT = 24;
-const TIMES_HEIGHT = 26;
 
 export class TrendsView {
   window = new TimeWindow();
@@ -235,15 +233,7 @@ export class TrendsView {
   }
 
   #arrange() {
-    const { width, height } = this.#size;
-    const lanes = [...this.#pinned.values()];
-    if (lanes.length === 0 || width < 50) return;
-    const share = Math.floor((height - TIMES_HEIGHT) / lanes.length) - LANE_HEAD_HEIGHT;
-    const plot = Math.max(LEAST_LANE_HEIGHT, share);
-    lanes.forEach(({ lane }, place) => {
-      const last = place === lanes.length - 1;
-      lane.resize(width, last ? plot + TIMES_HEIGHT : plot, last);
-    });
+    arrange([...this.#pinned.values()].map(({ lane }) => lane), this.#size);
   }
 
   #tick() {
@@ -284,16 +274,6 @@ export class TrendsView {
     const { from, to } = this.window.at(this.now);
     const [begin, end] = this.cursors.both ?? [from, to];
     const variables = [...this.#pinned.values()].map(({ lane }) => lane.variable);
-    if (variables.length === 0) {
-      this.#announcer.problem('Nothing is pinned: there is nothing to save.');
-      return;
-    }
-    try {
-      const text = await trendCsv(variables, { from: begin, to: end });
-      const name = `trend-${new Date(begin).toISOString().replaceAll(':', '-')}.csv`;
-      download(new Blob([text], { type: 'text/csv' }), name);
-    } catch (problem) {
-      this.#announcer.problem(`No CSV: ${problem instanceof Error ? problem.message : problem}`);
-    }
+    await saveTrends(variables, { from: begin, to: end }, this.#announcer);
   }
 }
