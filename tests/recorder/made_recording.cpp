@@ -26,7 +26,8 @@ void MadeRecording::addFile(quint64 number, Micros began, Micros until, const Ba
     FileFacts facts;
     facts.program = "test";
     facts.controller = "10.0.0.2:502";
-    facts.project = "project " + QByteArray::number(number);
+    facts.project = project_.isEmpty() ? "project " + QByteArray::number(number) : project_;
+    facts.projectName = projectName_;
     const auto file = RecordingFile::create(memberPath(path(), number, began), facts, began, kMiB,
                                             opening, problem);
     if (!file || !file->write(rows, until)) {

@@ -30,8 +30,17 @@ public:
     void addFile(quint64 number, Micros began, Micros until, const Batch& opening,
                  const Batch& rows);
 
+    // Of files that are added from now on; without it, one that cannot be read.
+    void setProject(const QByteArray& project, const QString& name)
+    {
+        project_ = project;
+        projectName_ = name;
+    }
+
 private:
     test::TemporaryFolder folder_;
+    QByteArray project_;
+    QString projectName_;
 };
 
 // Variables with the ids 1, 2 …

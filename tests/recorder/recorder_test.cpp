@@ -93,7 +93,7 @@ protected:
         QString problem;
         const auto reader = RecordingReader::open(options.folder, problem);
         std::vector<EventRow> found;
-        for (const EventRow& event : reader->events({0, 2 * kEpoch}, 1000)) {
+        for (const EventRow& event : reader->lastEvents(2 * kEpoch, 1000)) {
             if (event.kind == kind) {
                 found.push_back(event);
             }

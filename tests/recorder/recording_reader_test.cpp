@@ -56,17 +56,6 @@ protected:
         reader = RecordingReader::open(made.folder(), problem);
     }
 
-    static std::vector<std::string> texts(const std::vector<NotGood>& list)
-    {
-        std::vector<std::string> texts;
-        for (const NotGood& one : list) {
-            texts.push_back(std::to_string((one.span.from - kEpoch) / 1000) + " to " +
-                            std::to_string((one.span.until - kEpoch) / 1000) + ": " +
-                            one.quality.reason.toStdString());
-        }
-        return texts;
-    }
-
     MadeRecording made;
     std::unique_ptr<RecordingReader> reader;
 };
@@ -93,45 +82,6 @@ TEST_F(RecordingReaderTest, GivesTheNewestProjectAndAllVariablesOnce)
     ASSERT_EQ(variables.size(), 2u);
     EXPECT_EQ(variables[0].address, "Main.T");
     EXPECT_EQ(variables[1], madeRecorded("Main.A"));
-}
-
-TEST_F(RecordingReaderTest, AHistoryHasTheLeastAndTheMostOfEachBucket)
-{
-    const RecordedHistory history = reader->history("Main.A", {momentOf(0), momentOf(5000)}, 2);
-    ASSERT_TRUE(history.isKnown);
-    EXPECT_TRUE(history.before.isNone());
-    ASSERT_EQ(history.buckets.size(), 2u);
-    EXPECT_EQ(history.buckets[0].count, 2u);
-    EXPECT_EQ(history.buckets[0].min, 5.0);
-    EXPECT_EQ(history.buckets[0].max, 9.0);
-    EXPECT_EQ(history.buckets[0].last.integer, 9);
-    EXPECT_EQ(history.buckets[1].count, 1u);
-}
-
-TEST_F(RecordingReaderTest, AHistoryGoesOverFilesAndSaysWhereNothingIsGood)
-{
-    const RecordedHistory history = reader->history("Main.A", {momentOf(2500), momentOf(30000)}, 1);
-    EXPECT_EQ(history.before.integer, 9);
-    EXPECT_EQ(history.buckets[0].count, 3u);
-    EXPECT_EQ(history.buckets[0].min, 3.0);
-    EXPECT_THAT(texts(history.notGood),
-                testing::ElementsAre("4000 to 6000: refused",
-                                     std::string("10000 to 15000: ") + kNotRecorded,
-                                     std::string("18000 to 20000: ") + kNotRecorded,
-                                     std::string("25000 to 30000: ") + kNotRecorded));
-}
-
-TEST_F(RecordingReaderTest, AVariableIsFoundByItsNameToo)
-{
-    EXPECT_TRUE(reader->history("name of Main.T", {momentOf(0), momentOf(5000)}, 1).isKnown);
-    EXPECT_FALSE(reader->history("Main.No", {momentOf(0), momentOf(5000)}, 1).isKnown);
-}
-
-TEST_F(RecordingReaderTest, TextsHaveNoLeastAndMost)
-{
-    const RecordedHistory history = reader->history("Main.T", {momentOf(0), momentOf(5000)}, 1);
-    EXPECT_EQ(history.buckets[0].last.text, "on");
-    EXPECT_FALSE(history.buckets[0].min.has_value());
 }
 
 TEST_F(RecordingReaderTest, ValuesAtATimeAreThoseThatStoodThen)
@@ -166,15 +116,43 @@ TEST_F(RecordingReaderTest, WhereNothingWasRecordedNothingIsGood)
     EXPECT_THAT(reader->valuesAt(momentOf(-1)), testing::IsEmpty());
 }
 
-TEST_F(RecordingReaderTest, EventsComeInTheirOrderAndNotMoreThanAsked)
+TEST_F(RecordingReaderTest, TheLastEventsComeInTheirOrderAndNotMoreThanAsked)
 {
-    const std::vector<EventRow> all = reader->events({momentOf(0), momentOf(30000)}, 100);
+    const std::vector<EventRow> all = reader->lastEvents(momentOf(30000), 100);
     ASSERT_EQ(all.size(), 4u);
     EXPECT_EQ(all[0].kind, event_kind::kBegan);
     EXPECT_EQ(all[1].subject, "Main.A");
     EXPECT_EQ(all[2].until, momentOf(15000));
-    EXPECT_EQ(reader->events({momentOf(0), momentOf(30000)}, 2).size(), 2u);
-    EXPECT_EQ(reader->events({momentOf(1), momentOf(4000)}, 100).size(), 0u);
+    const std::vector<EventRow> last = reader->lastEvents(momentOf(30000), 3);
+    ASSERT_EQ(last.size(), 3u);
+    EXPECT_EQ(last[0].subject, "Main.A");
+    EXPECT_EQ(reader->lastEvents(momentOf(3999), 100).size(), 1u);
+    EXPECT_EQ(reader->lastEvents(momentOf(4000), 100).size(), 2u);
+}
+
+TEST_F(RecordingReaderTest, HowTheLineWasIsFoundInEarlierFilesToo)
+{
+    const std::optional<EventRow> event = reader->lastLineEvent(momentOf(24000));
+    ASSERT_TRUE(event.has_value());
+    EXPECT_EQ(event->kind, event_kind::kBegan);
+    EXPECT_FALSE(reader->lastLineEvent(momentOf(-1)).has_value());
+}
+
+TEST_F(RecordingReaderTest, OnlyFilesOfTheTimeAreLookedAt)
+{
+    const auto begins = [this](qint64 from, qint64 until) {
+        std::vector<Micros> all;
+        reader->partsWithin({momentOf(from), momentOf(until)}, [&](RecordingPart& part) {
+            all.push_back(part.began());
+            return true;
+        });
+        return all;
+    };
+    EXPECT_THAT(begins(0, 1000), testing::ElementsAre(momentOf(0)));
+    EXPECT_THAT(begins(16000, 17000), testing::ElementsAre(momentOf(15000)));
+    EXPECT_THAT(begins(0, 17000), testing::ElementsAre(momentOf(0), momentOf(15000)));
+    EXPECT_EQ(reader->partAt(momentOf(12000))->began(), momentOf(0));
+    EXPECT_EQ(reader->partAt(momentOf(-1)), nullptr);
 }
 
 TEST_F(RecordingReaderTest, MinutesComeBackAsTheyWere)
@@ -191,7 +169,6 @@ TEST_F(RecordingReaderTest, AFileThatGoesIsLeftOut)
 {
     removeMember(membersOf(made.path()).front());
     EXPECT_EQ(reader->coverage().from, momentOf(15000));
-    EXPECT_EQ(reader->history("Main.A", {momentOf(0), momentOf(30000)}, 1).buckets[0].count, 2u);
 }
 
 TEST_F(RecordingReaderTest, AnotherVersionIsToldAndNotRead)

@@ -1,4 +1,7 @@
-// In the place of page_output.cpp where the page is not built.
+// In the place of page_output.cpp and serve_replay.cpp where the page is not built.
+#include "command_replay.h"
+#include "complain.h"
+#include "exit_status.h"
 #include "page_output.h"
 
 namespace tavmir::host
@@ -40,5 +43,11 @@ QString PageOutput::takeProblem()
 void PageOutput::tellStorage(const QString&) {}
 
 void PageOutput::close() {}
+
+int serveReplay(const QString&, const PageOptions&)
+{
+    complain(PageOutput::refusal());
+    return kExitBadInput;
+}
 
 } // namespace tavmir::host

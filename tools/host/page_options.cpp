@@ -43,10 +43,27 @@ QStringList splitAddresses(const QString& text)
     return addresses;
 }
 
-void takePage(const QCommandLineParser& parser, PageOptions& page, QString& problem)
+void takePlace(const QCommandLineParser& parser, PageOptions& page, QString& problem)
 {
     page.isOn = parser.isSet("page");
     page.opens = parser.isSet("open");
+    const QString place = parser.value("page");
+    wire::Endpoint endpoint;
+    if (place.isEmpty()) {
+        return;
+    }
+    if (!wire::parseEndpoint(place.toStdString(), 0, endpoint)) {
+        problem =
+            QString("--page=%1: must be HOST:PORT; port 0 is any free one").arg(printable(place));
+        return;
+    }
+    page.host = QString::fromStdString(endpoint.host);
+    page.port = endpoint.port;
+}
+
+void takePage(const QCommandLineParser& parser, PageOptions& page, QString& problem)
+{
+    page.isOn = parser.isSet("page");
     page.allowsWrites = parser.isSet("allow-writes");
     for (const char* option : {"open", "allow-writes"}) {
         if (parser.isSet(option) && !page.isOn && problem.isEmpty()) {
@@ -56,16 +73,9 @@ void takePage(const QCommandLineParser& parser, PageOptions& page, QString& prob
     if (!problem.isEmpty()) {
         return;
     }
-    const QString place = parser.value("page");
-    wire::Endpoint endpoint;
-    if (!place.isEmpty()) {
-        if (!wire::parseEndpoint(place.toStdString(), 0, endpoint)) {
-            problem = QString("--page=%1: must be HOST:PORT; port 0 is any free one")
-                          .arg(printable(place));
-            return;
-        }
-        page.host = QString::fromStdString(endpoint.host);
-        page.port = endpoint.port;
+    takePlace(parser, page, problem);
+    if (!problem.isEmpty()) {
+        return;
     }
     const QString writable = parser.value("allow-writes");
     if (!writable.isEmpty()) {

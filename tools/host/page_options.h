@@ -22,6 +22,8 @@ void addPageOptions(QCommandLineParser& parser);
 // True for those that may have a value or none.
 bool mayStandAlone(const QString& argument);
 void takePage(const QCommandLineParser& parser, PageOptions& page, QString& problem);
+// Only where it is, and whether the browser is opened.
+void takePlace(const QCommandLineParser& parser, PageOptions& page, QString& problem);
 
 // "Main.A,Line2.Grid[1,C]" has two addresses: commas within brackets are their own.
 QStringList splitAddresses(const QString& text);

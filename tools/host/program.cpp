@@ -3,6 +3,7 @@
 
 #include "command_diagnose.h"
 #include "command_export.h"
+#include "command_replay.h"
 #include "commands.h"
 #include "complain.h"
 #include "value_row.h"
@@ -50,6 +51,7 @@ const Command kCommands[] = {
 
 constexpr char kDiagnose[] = "diagnose";
 constexpr char kExport[] = "export";
+constexpr char kReplay[] = "replay";
 
 QString overview()
 {
@@ -66,6 +68,9 @@ QString overview()
     text +=
         QString("  %1 %2\n")
             .arg(QString("%1 %2").arg(kExport, kExportArguments).leftJustified(32), kExportPurpose);
+    text +=
+        QString("  %1 %2\n")
+            .arg(QString("%1 %2").arg(kReplay, kReplayArguments).leftJustified(32), kReplayPurpose);
     return text + "\n\"tavmir-host COMMAND --help\" lists the options of a command.\n"
                   "Exit status: 0 done, 1 the controller did not do it, 2 bad input.\n";
 }
@@ -106,16 +111,19 @@ int runProgram(const QStringList& arguments)
     if (name == kExport) {
         return exportCommand(QStringList(arguments.first()) + arguments.mid(2));
     }
+    if (name == kReplay) {
+        return replayCommand(QStringList(arguments.first()) + arguments.mid(2));
+    }
     for (const Command& command : kCommands) {
         if (name == command.description.name) {
             return runOne(command, QStringList(arguments.first()) + arguments.mid(2));
         }
     }
-    complain(
-        name.isEmpty()
-            ? QString("a command is missing: run, read, write, check, explain, diagnose or export")
-            : QString("unknown command %1: run, read, write, check, explain, diagnose or export")
-                  .arg(printable(name)));
+    complain(name.isEmpty() ? QString("a command is missing: run, read, write, check, explain, "
+                                      "diagnose, export or replay")
+                            : QString("unknown command %1: run, read, write, check, explain, "
+                                      "diagnose, export or replay")
+                                  .arg(printable(name)));
     return kExitBadInput;
 }
 

@@ -3,6 +3,7 @@
 
 #include "schema.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace tavmir::recorder
@@ -85,6 +86,12 @@ QByteArray RecordingPart::project()
 {
     Statement row = database_->prepare("SELECT bytes FROM project");
     return row.step() ? row.bytes(0) : QByteArray();
+}
+
+QString RecordingPart::projectName()
+{
+    Statement row = database_->prepare("SELECT name FROM project");
+    return row.step() ? row.text(0) : QString();
 }
 
 QString RecordingPart::about(const QString& key)
@@ -177,6 +184,43 @@ std::vector<EventRow> RecordingPart::events(Micros from, Micros to, qint64 limit
         events.push_back(eventOf(rows));
     }
     return events;
+}
+
+std::vector<EventRow> RecordingPart::lastEvents(Micros at, size_t limit)
+{
+    Statement rows = database_->prepare("SELECT at, until, kind, subject, text FROM event "
+                                        "WHERE at <= ? ORDER BY at DESC, id DESC LIMIT ?");
+    rows.bind(1, at);
+    rows.bind(2, static_cast<qint64>(limit));
+    std::vector<EventRow> events;
+    while (rows.step()) {
+        events.push_back(eventOf(rows));
+    }
+    return events;
+}
+
+std::optional<EventRow> RecordingPart::lastLineEvent(Micros at)
+{
+    constexpr const char* kKinds[] = {
+        event_kind::kBegan, event_kind::kEnded,  event_kind::kConnected, event_kind::kConnectFailed,
+        event_kind::kLost,  event_kind::kClosed, event_kind::kSilent,    event_kind::kAnswers};
+    Statement rows = database_->prepare(
+        "SELECT at, until, kind, subject, text FROM event WHERE at <= ? "
+        "AND kind IN (?, ?, ?, ?, ?, ?, ?, ?) ORDER BY at DESC, id DESC LIMIT 1");
+    rows.bind(1, at);
+    int place = 2;
+    for (const char* kind : kKinds) {
+        rows.bind(place++, QString(kind));
+    }
+    return rows.step() ? std::optional<EventRow>(eventOf(rows)) : std::nullopt;
+}
+
+bool RecordingPart::isRecordedAt(Micros at)
+{
+    const std::vector<EventRow> all = gaps();
+    return at <= coveredUntil_ && std::none_of(all.begin(), all.end(), [at](const EventRow& gap) {
+               return gap.at < at && at < gap.until;
+           });
 }
 
 std::vector<EventRow> RecordingPart::gaps()

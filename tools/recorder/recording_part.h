@@ -32,7 +32,10 @@ public:
     // As it was when the file was opened.
     Micros coveredUntil() const { return coveredUntil_; }
     const std::vector<NewVariable>& variables() const { return variables_; }
+    // False: the file's time is over by then, or there is a gap.
+    bool isRecordedAt(Micros at);
     QByteArray project();
+    QString projectName();
     QString about(const QString& key);
 
     // Those polled at the time, in the order of the list.
@@ -46,6 +49,10 @@ public:
                    const std::function<void(const QualityRow&)>& take);
     // The first `limit` events with from <= at < to.
     std::vector<EventRow> events(Micros from, Micros to, qint64 limit);
+    // The last `limit` events with at <= `at`, the latest first.
+    std::vector<EventRow> lastEvents(Micros at, size_t limit);
+    // The last of those that say how the line is; none: no such event until then.
+    std::optional<EventRow> lastLineEvent(Micros at);
     // Those that say that nothing was recorded.
     std::vector<EventRow> gaps();
     std::vector<MinuteRow> minutes(Micros from, Micros to);

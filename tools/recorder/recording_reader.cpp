@@ -8,114 +8,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 namespace tavmir::recorder
 {
 
-namespace
-{
-
 using host::Quality;
-
-bool isCalled(const RecordedVariable& variable, const QString& address)
-{
-    return variable.address == address || variable.name == address;
-}
-
-const NewVariable* find(const RecordingPart& part, const QString& address)
-{
-    const auto found =
-        std::find_if(part.variables().begin(), part.variables().end(),
-                     [&](const NewVariable& row) { return isCalled(row.variable, address); });
-    return found == part.variables().end() ? nullptr : &*found;
-}
-
-class HistoryFold
-{
-public:
-    HistoryFold(RecordedHistory& history, TimeSpan span, size_t buckets)
-        : history_(history), span_(span), covered_(span.from)
-    {
-        history_.buckets.resize(buckets);
-    }
-
-    void take(RecordingPart& part, const NewVariable& variable)
-    {
-        const Micros from = std::max(span_.from, part.began());
-        const Micros until = std::min(span_.until, part.coveredUntil());
-        if (from > until) {
-            return;
-        }
-        notRecorded(covered_, from);
-        const Standing standing = part.standingAt(variable.id, from);
-        if (!history_.isKnown && part.began() <= span_.from) {
-            history_.before = standing.value;
-        }
-        history_.isKnown = true;
-        history_.variable = variable.variable;
-        part.samples(variable.id, from, until, [this](const SampleRow& row) { add(row); });
-        begin(from, standing.quality);
-        part.qualities(variable.id, from, until, [this](const QualityRow& row) {
-            end(row.at);
-            begin(row.at, row.quality);
-        });
-        end(until);
-        for (const EventRow& gap : part.gaps()) {
-            notRecorded(std::max(gap.at, from), std::min(gap.until, until));
-        }
-        covered_ = std::max(covered_, until);
-    }
-
-    void end()
-    {
-        notRecorded(covered_, span_.until);
-        std::stable_sort(history_.notGood.begin(), history_.notGood.end(),
-                         [](const NotGood& left, const NotGood& right) {
-                             return left.span.from < right.span.from;
-                         });
-    }
-
-private:
-    void add(const SampleRow& row)
-    {
-        const double share = static_cast<double>(row.at - span_.from) /
-                             static_cast<double>(span_.until - span_.from);
-        const auto size = history_.buckets.size();
-        const auto place =
-            std::min(static_cast<size_t>(share * static_cast<double>(size)), size - 1);
-        HistoryBucket& bucket = history_.buckets[place];
-        ++bucket.count;
-        bucket.last = row.value;
-        if (const std::optional<double> number = numberOf(row.value)) {
-            bucket.min = std::min(bucket.min.value_or(*number), *number);
-            bucket.max = std::max(bucket.max.value_or(*number), *number);
-        }
-    }
-
-    void begin(Micros at, const host::ValueQuality& quality) { open_ = {{at, at}, quality}; }
-
-    void end(Micros at)
-    {
-        if (open_.quality.quality != Quality::good && at > open_.span.from) {
-            open_.span.until = at;
-            history_.notGood.push_back(open_);
-        }
-    }
-
-    void notRecorded(Micros from, Micros until)
-    {
-        if (from < until) {
-            history_.notGood.push_back({{from, until}, {Quality::never, kNotRecorded}});
-        }
-    }
-
-    RecordedHistory& history_;
-    TimeSpan span_;
-    Micros covered_;
-    NotGood open_;
-};
-
-} // namespace
 
 std::unique_ptr<RecordingReader> RecordingReader::open(const QString& folder, QString& problem)
 {
@@ -247,70 +145,88 @@ std::vector<RecordedVariable> RecordingReader::variables() const
     return all;
 }
 
-RecordedHistory RecordingReader::history(const QString& address, TimeSpan span,
-                                         size_t buckets) const
+void RecordingReader::partsBackFrom(Micros at, const TakePart& take) const
 {
-    RecordedHistory history;
-    HistoryFold fold(history, span, std::max<size_t>(1, buckets));
-    if (span.until <= span.from) {
-        return history;
-    }
-    parts([&](RecordingPart& part) {
-        const NewVariable* variable = find(part, address);
-        if (variable != nullptr) {
-            fold.take(part, *variable);
+    const std::vector<Member> members = membersOf(folder_);
+    for (auto member = members.rbegin(); member != members.rend(); ++member) {
+        QString ignored;
+        const std::unique_ptr<RecordingPart> part =
+            member->began <= at ? RecordingPart::open(*member, ignored) : nullptr;
+        if (part && part->began() <= at && !take(*part)) {
+            return;
         }
-        return true;
-    });
-    fold.end();
-    return history;
+    }
+}
+
+std::unique_ptr<RecordingPart> RecordingReader::partAt(Micros at) const
+{
+    const std::vector<Member> members = membersOf(folder_);
+    for (auto member = members.rbegin(); member != members.rend(); ++member) {
+        QString ignored;
+        std::unique_ptr<RecordingPart> part =
+            member->began <= at ? RecordingPart::open(*member, ignored) : nullptr;
+        if (part && part->began() <= at) {
+            return part;
+        }
+    }
+    return nullptr;
+}
+
+std::unique_ptr<RecordingPart> RecordingReader::newestPart() const
+{
+    return partAt(std::numeric_limits<Micros>::max());
 }
 
 std::vector<RecordedValueAt> RecordingReader::valuesAt(Micros at) const
 {
+    const std::unique_ptr<RecordingPart> part = partAt(at);
+    return part ? valuesAt(*part, at) : std::vector<RecordedValueAt>();
+}
+
+std::vector<RecordedValueAt> RecordingReader::valuesAt(RecordingPart& part, Micros at)
+{
+    const bool isRecorded = part.isRecordedAt(at);
     std::vector<RecordedValueAt> values;
-    parts([&](RecordingPart& part) {
-        if (part.began() > at) {
-            return true; // the clock may have been set back
+    for (const VariableId id : part.polledAt(at)) {
+        const auto row = std::find_if(part.variables().begin(), part.variables().end(),
+                                      [&](const NewVariable& one) { return one.id == id; });
+        if (row == part.variables().end()) {
+            continue;
         }
-        values.clear();
-        std::vector<RecordedVariable> known;
-        bool isRecorded = at <= part.coveredUntil();
-        for (const EventRow& gap : part.gaps()) {
-            isRecorded = isRecorded && !(gap.at < at && at < gap.until);
+        RecordedValueAt value = {row->variable, part.standingAt(id, at)};
+        if (!isRecorded) {
+            value.standing.quality = {
+                value.standing.value.isNone() ? Quality::never : Quality::stale, kNotRecorded};
         }
-        for (const VariableId id : part.polledAt(at)) {
-            const auto row = std::find_if(part.variables().begin(), part.variables().end(),
-                                          [&](const NewVariable& one) { return one.id == id; });
-            if (row == part.variables().end()) {
-                continue;
-            }
-            RecordedValueAt value = {row->variable, part.standingAt(id, at)};
-            if (!isRecorded) {
-                value.standing.quality = {
-                    value.standing.value.isNone() ? Quality::never : Quality::stale, kNotRecorded};
-            }
-            values.push_back(value);
-        }
-        return true;
-    });
+        values.push_back(value);
+    }
     return values;
 }
 
-std::vector<EventRow> RecordingReader::events(TimeSpan span, size_t limit) const
+std::vector<EventRow> RecordingReader::lastEvents(Micros at, size_t limit) const
 {
     std::vector<EventRow> events;
-    parts([&](RecordingPart& part) {
-        const auto left = static_cast<qint64>(limit - events.size());
-        for (const EventRow& event : part.events(span.from, span.until, left)) {
+    partsBackFrom(at, [&](RecordingPart& part) {
+        for (const EventRow& event : part.lastEvents(at, limit - events.size())) {
             events.push_back(event);
         }
         return events.size() < limit;
     });
+    std::reverse(events.begin(), events.end());
     std::stable_sort(events.begin(), events.end(), [](const EventRow& left, const EventRow& right) {
         return left.at < right.at;
     });
     return events;
+}
+
+std::optional<EventRow> RecordingReader::lastLineEvent(Micros at) const
+{
+    std::optional<EventRow> event;
+    partsBackFrom(at, [&](RecordingPart& part) {
+        event = part.lastLineEvent(at);
+        return !event;
+    });
+    return event;
 }
 
 std::vector<MinuteRow> RecordingReader::minutes(TimeSpan span) const

@@ -16,29 +16,6 @@ struct TimeSpan {
     Micros until = 0;
 };
 
-// What a variable did within a part of a time span.
-struct HistoryBucket {
-    quint64 count = 0; // samples
-    // Of them; none of texts, or without any.
-    std::optional<double> min;
-    std::optional<double> max;
-    RecordedValue last;
-};
-
-// Its value was not good, or was not recorded, from then until then.
-struct NotGood {
-    TimeSpan span;
-    host::ValueQuality quality;
-};
-
-struct RecordedHistory {
-    bool isKnown = false; // the recording has such a variable
-    RecordedVariable variable;
-    RecordedValue before; // as it stood where the span begins
-    std::vector<HistoryBucket> buckets;
-    std::vector<NotGood> notGood; // ascending
-};
-
 struct RecordedValueAt {
     RecordedVariable variable;
     Standing standing;
@@ -63,17 +40,23 @@ public:
     // All that any file knows, as the newest has them; those of older ones behind.
     std::vector<RecordedVariable> variables() const;
 
-    // address  or the name of a variable
-    // buckets  1 or more, into which the span is divided evenly
-    RecordedHistory history(const QString& address, TimeSpan span, size_t buckets) const;
-
     // The variables polled at the time, in their order. Where nothing was recorded then, as they
     // stood last, not good and with a reason. Empty: before everything.
     std::vector<RecordedValueAt> valuesAt(Micros at) const;
+    // The same, of the file that partAt gave.
+    static std::vector<RecordedValueAt> valuesAt(RecordingPart& part, Micros at);
 
-    // The first `limit` events within the span.
-    std::vector<EventRow> events(TimeSpan span, size_t limit) const;
+    // The last `limit` events until then, that moment included; ascending by time.
+    std::vector<EventRow> lastEvents(Micros at, size_t limit) const;
+    // The last one that says how the line was; none: nothing before says it.
+    std::optional<EventRow> lastLineEvent(Micros at) const;
+    // Those that reach into the span.
     std::vector<MinuteRow> minutes(TimeSpan span) const;
+
+    // The file that knows what was at that time; where none was written then, the one before it.
+    // Null: before everything.
+    std::unique_ptr<RecordingPart> partAt(Micros at) const;
+    std::unique_ptr<RecordingPart> newestPart() const;
 
     // Each file that can be read, the oldest first, until `take` returns false. A file that cannot
     // be read is told with its problem instead.
@@ -84,6 +67,9 @@ public:
     void partsWithin(TimeSpan span, const TakePart& take) const;
 
 private:
+    // Files that begin no later, the newest first.
+    void partsBackFrom(Micros at, const TakePart& take) const;
+
     explicit RecordingReader(const std::string& folder) : folder_(folder) {}
 
     std::string folder_;

@@ -112,7 +112,8 @@ const link = new LiveLink({
     }
     const expected = store.clock.now();
     const fits = store.take(message);
-    if (fits && Math.abs(store.clock.now() - expected) > JUMP_MS) jumped();
+    const jump = JUMP_MS * Math.max(1, message.status.replay?.speed ?? 1);
+    if (fits && Math.abs(store.clock.now() - expected) > jump) jumped();
     if (fits && !wasLive) {
       restoreSparks();
       announcer.say('The program is heard');

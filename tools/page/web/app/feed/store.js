@@ -103,7 +103,7 @@ export class Store {
     this.generation = message.generation;
     this.variables = message.variables;
     this.values = message.variables.map((_, index) => [index, '–', null, 'never', 'no reply yet', null, null]);
-    if (message.epoch !== this.epoch) this.events = [];
+    if (message.epoch !== this.epoch || message.status.replay) this.events = [];
     this.touch('variables');
   }
 

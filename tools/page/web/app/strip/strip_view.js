@@ -42,7 +42,10 @@ const LINK_LOOKS = {
  * @returns {Said}
  */
 function link(status, now) {
-  if (status.replay) return { text: '▷ recording', sub: 'no controller', mood: 'off', title: status.link.text };
+  if (status.replay) {
+    const title = `${status.controller} at this moment of the recording: ${status.link.text}`;
+    return { text: '▷ recording', sub: status.link.text, mood: 'off', title };
+  }
   const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
   const since = status.link.since === null ? '' : ` since ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
@@ -91,8 +94,10 @@ function faults(name, label) {
      * @param {Status} status
      * @returns {Said}
      */
-    says({ lastMinute, total }) {
-      const title = `${label}: ${lastMinute[name]} in the last minute, ${total[name]} since the start`;
+    says({ lastMinute, total, replay }) {
+      const title = replay
+        ? `${label}: ${lastMinute[name]} in this minute of the recording, ${total[name]} from its begin until then`
+        : `${label}: ${lastMinute[name]} in the last minute, ${total[name]} since the start`;
       const mood = lastMinute[name] > 0 ? 'bad' : 'off';
       return { text: String(lastMinute[name]), sub: `of ${total[name]}`, mood, title };
     },
@@ -103,9 +108,11 @@ function faults(name, label) {
  * @param {Status} status
  * @returns {Said}
  */
-function connections({ lastMinute: minute, total }) {
-  const title = `Connections lost: ${minute.lostConnections} in the last minute, ${total.lostConnections} since the `
-    + `start. Connecting failed: ${minute.failedConnects} in the last minute, ${total.failedConnects} since the start`;
+function connections({ lastMinute: minute, total, replay }) {
+  const [now, ever] = replay ? ['in this minute of the recording', 'from its begin until then']
+    : ['in the last minute', 'since the start'];
+  const title = `Connections lost: ${minute.lostConnections} ${now}, ${total.lostConnections} ${ever}. `
+    + `Connecting failed: ${minute.failedConnects} ${now}, ${total.failedConnects} ${ever}`;
   const mood = minute.lostConnections + minute.failedConnects > 0 ? 'bad' : 'off';
   return {
     text: `${minute.lostConnections} · ${minute.failedConnects}`,

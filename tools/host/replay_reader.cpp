@@ -1,0 +1,126 @@
+// Files into moments.
+#include "replay_reader.h"
+
+#include "project/project_reader.h"
+
+#include <algorithm>
+
+namespace tavmir::host
+{
+
+namespace
+{
+
+using recorder::Micros;
+using recorder::MinuteRow;
+using recorder::RecordingPart;
+using recorder::RecordingReader;
+using recorder::TimeSpan;
+
+void addTo(MinuteRow& sum, const MinuteRow& row)
+{
+    sum.timeouts += row.timeouts;
+    sum.retries += row.retries;
+    sum.giveUps += row.giveUps;
+    sum.exceptions += row.exceptions;
+    sum.lateFrames += row.lateFrames;
+    sum.lostConnections += row.lostConnections;
+    sum.connectFailures += row.connectFailures;
+    sum.missed += row.missed;
+}
+
+} // namespace
+
+std::unique_ptr<ReplayReader> ReplayReader::open(const QString& folder, QString& problem)
+{
+    std::unique_ptr<RecordingReader> recording = RecordingReader::open(folder, problem);
+    if (!recording) {
+        return nullptr;
+    }
+    QString unreadable;
+    recording->parts([](RecordingPart&) { return false; },
+                     [&](const QString& text) { unreadable = text; });
+    const TimeSpan span = recording->coverage();
+    if (span.until <= span.from) {
+        problem = unreadable.isEmpty() ? folder + ": holds nothing yet" : unreadable;
+        return nullptr;
+    }
+    std::unique_ptr<ReplayReader> reader(new ReplayReader(std::move(recording)));
+    reader->coverage_ = span;
+    reader->takeMinutes(span);
+    return reader;
+}
+
+TimeSpan ReplayReader::coverage()
+{
+    const std::unique_ptr<RecordingPart> newest = reader_->newestPart();
+    if (newest) {
+        coverage_.until = std::max(coverage_.until, newest->coveredUntil());
+        takeMinutes({newest->began(), newest->coveredUntil()});
+    }
+    const Micros begin = reader_->begin();
+    coverage_.from = begin > 0 ? std::min(begin, coverage_.until) : coverage_.from;
+    return coverage_;
+}
+
+void ReplayReader::takeMinutes(TimeSpan span)
+{
+    for (const MinuteRow& row : reader_->minutes(span)) {
+        minutes_[row.at] = row;
+    }
+}
+
+std::shared_ptr<const ReplayProject> ReplayReader::projectOf(RecordingPart& part)
+{
+    if (part.began() == projectOf_) {
+        return project_;
+    }
+    projectOf_ = part.began();
+    const QByteArray bytes = part.project();
+    if (bytes == projectBytes_ && part.projectName() == project_->name) {
+        return project_;
+    }
+    projectBytes_ = bytes;
+    const auto found = std::make_shared<ReplayProject>();
+    found->name = part.projectName();
+    project::ReadOutcome outcome = project::readProject(bytes, found->name);
+    found->problem = outcome.error;
+    if (outcome.project) {
+        found->project = std::move(*outcome.project);
+    }
+    project_ = found;
+    return found;
+}
+
+void ReplayReader::addMinutes(ReplayMoment& moment) const
+{
+    for (const auto& [at, row] : minutes_) {
+        if (at > moment.at) {
+            break;
+        }
+        addTo(moment.total, row);
+        if (moment.at <= row.until) {
+            moment.minute = row;
+        }
+    }
+}
+
+ReplayMoment ReplayReader::at(Micros at)
+{
+    ReplayMoment moment;
+    moment.at = at;
+    moment.coverage = coverage_;
+    moment.project = project_;
+    if (const std::unique_ptr<RecordingPart> part = reader_->partAt(at)) {
+        moment.isRecorded = part->isRecordedAt(at);
+        moment.controller = part->about("controller");
+        moment.project = projectOf(*part);
+        moment.values = RecordingReader::valuesAt(*part, at);
+    }
+    moment.events = reader_->lastEvents(at, kEvents);
+    moment.line = reader_->lastLineEvent(at);
+    addMinutes(moment);
+    return moment;
+}
+
+} // namespace tavmir::host
