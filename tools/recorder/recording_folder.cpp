@@ -35,7 +35,7 @@ QString systemError(const std::string& path, int error)
 
 std::string momentInName(Micros at)
 {
-    const std::time_t seconds = at / kSecond;
+    const auto seconds = static_cast<std::time_t>(at / kSecond);
     std::tm parts = {};
     gmtime_r(&seconds, &parts);
     char text[80];

@@ -66,7 +66,7 @@ pageTest('what happens to the connection is an event, newest first', {}, async (
   await plant.controller.stop();
   await page.tab.locator('[data-test="event"][data-bad="true"]').first().waitFor();
   await plant.startController();
-  await page.until('Main.Setpoint', ({ quality }) => quality === 'good');
+  await page.tab.locator('[data-test="event"][data-kind="connected"]').nth(1).waitFor();
   const kinds = await page.part('event').evaluateAll((events) => (
     events.map((event) => /** @type {HTMLElement} */ (event).dataset.kind)));
   const back = kinds.indexOf('connected');

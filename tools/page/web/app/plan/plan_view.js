@@ -67,8 +67,9 @@ export class PlanView {
     const asks = `${request.function}: ${counted(request.elements, 'element')}, ${counted(request.bytes, 'byte')}`;
     const span = request.first === request.last ? request.first : `${request.first} – ${request.last}`;
     const texts = [`${request.number} of ${request.of}`, String(request.station), asks, span, request.ends];
-    const text = request.variables.join(', ');
-    const names = make('td', { colspan: String(COLUMNS.length), class: 'plan-names', text });
+    const carried = make('details', {}, make('summary', { text: counted(request.variables.length, 'variable') }),
+      make('span', { text: request.variables.join(', ') }));
+    const names = make('td', { colspan: String(COLUMNS.length), class: 'plan-names' }, carried);
     return make('tbody', { 'data-test': 'plan-request' },
       make('tr', {}, ...texts.map((each) => make('td', { text: each }))), make('tr', {}, names));
   }

@@ -208,11 +208,12 @@ export class Lane {
     const covered = both[0] >= Math.min(this.#series.from, window.from);
     const sum = between(this.#series, both[0], Math.min(both[1], this.#until));
     /** @param {number|null} value */
-    const said = (value) => (value === null ? '–' : number(value));
+    const said = (value) => (value === null ? '–' : number(value, 6));
     const gaps = sum.gapMs > 0 ? ` · without ${length(sum.gapMs)} of gaps` : '';
     const text = covered
-      ? `Δt ${length(both[1] - both[0])} · Δv ${said(sum.change)} · min ${said(sum.min)} · max ${said(sum.max)} · `
-        + `mean ${sum.rough ? '≈ ' : ''}${sum.mean === null ? '–' : number(sum.mean, 5)}${gaps}`
+      ? `Δv ${said(sum.change)} · min ${said(sum.min)} · max ${said(sum.max)} · `
+        + `mean ${sum.rough ? '≈ ' : ''}${sum.mean === null ? '–' : number(sum.mean, 5)}`
+        + ` · Δt ${length(both[1] - both[0])}${gaps}`
       : 'cursors lie outside of what is loaded';
     setText(this.#stats, text);
     setAttribute(this.#stats, 'title', text);

@@ -44,7 +44,7 @@ export function createValueRow() {
   /** @type {RowParts} */
   const parts = {
     pin: button('pin', '☆'),
-    name: make('span', { class: 'value-name', role: 'gridcell', 'data-test': 'name' }),
+    name: make('bdi', { class: 'value-name-text', dir: 'ltr', 'data-test': 'name' }),
     value: make('span', { class: 'value-value', role: 'gridcell', 'data-test': 'value' }),
     mark: make('span', { class: 'value-mark', 'aria-hidden': 'true' }),
     text: make('span', { class: 'value-text', 'data-test': 'value-text' }),
@@ -61,7 +61,8 @@ export function createValueRow() {
   const quality = make('span', { class: 'value-quality', role: 'gridcell' }, parts.sign, parts.word, parts.reason);
   const root = make(
     'div', { class: 'value-row', role: 'row', 'data-test': 'value-row' },
-    make('span', { role: 'gridcell' }, parts.pin), parts.name, parts.value, quality, parts.age,
+    make('span', { role: 'gridcell' }, parts.pin),
+    make('span', { class: 'value-name', role: 'gridcell' }, parts.name), parts.value, quality, parts.age,
     make('span', { role: 'gridcell' }, parts.spark),
     make('span', { class: 'value-buttons', role: 'gridcell' }, parts.why, parts.write),
   );
