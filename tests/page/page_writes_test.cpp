@@ -50,13 +50,10 @@ protected:
     }
     page::Answer post(const std::string& body)
     {
-        page::Answer got;
-        got.status = 0;
-        content_->post("write", body, [&](const page::Answer& answer) {
-            got = answer;
-            answer_ = answer;
-        });
-        return got;
+        answer_ = page::Answer();
+        answer_.status = 0;
+        content_->post("write", body, [this](const page::Answer& answer) { answer_ = answer; });
+        return answer_;
     }
     void end(OutcomeState state, const QString& reason, const QString& line)
     {

@@ -1,14 +1,11 @@
 // Files folded into one piece.
 #include "recorded_past.h"
 
-#include "page/sample_buckets.h"
+#include "past_pieces.h"
 #include "recorded_events.h"
 #include "recorder/recording_reader.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
-#include <memory>
 
 namespace tavmir::host
 {
@@ -21,147 +18,10 @@ using recorder::NewVariable;
 using recorder::RecordingPart;
 using recorder::TimeSpan;
 
-constexpr Micros kMs = 1000;
+constexpr Micros kMs = 1000; // in microseconds
 constexpr qint64 kMostEvents = 200;
 constexpr char kNotPolled[] = "not polled at this time";
 constexpr char kNotReadYet[] = "no reply has brought it yet"; // as the feed's memory says it
-
-// Samples as they are while there are few of them, else in spans.
-class Samples
-{
-public:
-    Samples(qint64 from, qint64 to, size_t points, HistoryPiece& piece)
-        : from_(from), to_(to), points_(points), piece_(piece)
-    {
-    }
-
-    void add(Micros at, const recorder::RecordedValue& value)
-    {
-        if (value.isNone() || value.kind == recorder::RecordedValue::Kind::text) {
-            const bool isNoNumber = value.text == "nan";
-            if (!isNoNumber) {
-                return;
-            }
-        }
-        const double number =
-            recorder::numberOf(value).value_or(std::numeric_limits<double>::quiet_NaN());
-        const qint64 ms = at / kMs;
-        const bool isSame = any_ && (number == last_ || (std::isnan(number) && std::isnan(last_)));
-        if (isSame || (any_ && ms < at_)) {
-            return;
-        }
-        any_ = true;
-        last_ = number;
-        at_ = ms;
-        if (buckets_) {
-            buckets_->add(ms, number);
-        } else {
-            addRaw(ms, number);
-        }
-    }
-
-    void end()
-    {
-        if (buckets_) {
-            buckets_->end();
-        }
-    }
-
-private:
-    void addRaw(qint64 ms, double number)
-    {
-        if (!piece_.t.empty() && piece_.t.back() == static_cast<double>(ms)) {
-            piece_.min.back() = std::fmin(piece_.min.back(), number);
-            piece_.max.back() = std::fmax(piece_.max.back(), number);
-            piece_.last.back() = number;
-            return;
-        }
-        piece_.add(static_cast<double>(ms), number, number, number);
-        if (piece_.t.size() > points_) {
-            beginBuckets();
-        }
-    }
-
-    // Too many by now: what is there goes into spans, too.
-    void beginBuckets()
-    {
-        HistoryPiece few;
-        std::swap(few.t, piece_.t);
-        std::swap(few.min, piece_.min);
-        std::swap(few.max, piece_.max);
-        std::swap(few.last, piece_.last);
-        buckets_ =
-            std::make_unique<SampleBuckets>(from_, to_, std::max<size_t>(2, points_) - 1, piece_);
-        for (size_t i = 0; i < few.t.size(); ++i) {
-            const auto at = static_cast<qint64>(few.t[i]);
-            buckets_->add(at, few.min[i]);
-            buckets_->add(at, few.max[i]);
-            buckets_->add(at, few.last[i]);
-        }
-    }
-
-    const qint64 from_;
-    const qint64 to_;
-    const size_t points_;
-    HistoryPiece& piece_;
-    std::unique_ptr<SampleBuckets> buckets_;
-    bool any_ = false;
-    double last_ = 0;
-    qint64 at_ = 0;
-};
-
-// Times in which there is no good value; what was not recorded hides what else was the matter.
-class Gaps
-{
-public:
-    void add(Micros from, Micros to, const QString& reason)
-    {
-        if (from < to) {
-            gaps_.push_back({from, to, reason});
-        }
-    }
-
-    void cut(Micros from, Micros to)
-    {
-        std::vector<Gap> kept;
-        for (const Gap& gap : gaps_) {
-            const Gap before = {gap.from, std::min(gap.to, from), gap.reason};
-            const Gap after = {std::max(gap.from, to), gap.to, gap.reason};
-            for (const Gap& part : {before, after}) {
-                if (part.from < part.to) {
-                    kept.push_back(part);
-                }
-            }
-        }
-        gaps_ = kept;
-    }
-
-    std::vector<HistoryGap> joined()
-    {
-        std::stable_sort(gaps_.begin(), gaps_.end(),
-                         [](const Gap& left, const Gap& right) { return left.from < right.from; });
-        std::vector<HistoryGap> all;
-        for (const Gap& gap : gaps_) {
-            const qint64 from = gap.from / kMs;
-            const qint64 to = gap.to / kMs;
-            if (!all.empty() && all.back().reason == gap.reason && all.back().to >= from) {
-                all.back().to = std::max(all.back().to, to);
-            } else {
-                all.push_back({from, to, gap.reason});
-            }
-        }
-        return all;
-    }
-
-private:
-    struct Gap {
-        Micros from;
-        Micros to;
-        QString reason;
-    };
-
-    std::vector<Gap> gaps_;
-};
 
 class PastFold
 {
@@ -259,8 +119,8 @@ private:
     const TimeSpan span_;
     Micros covered_;
     HistoryPiece piece_;
-    Samples samples_;
-    Gaps gaps_;
+    PastSamples samples_;
+    PastGaps gaps_;
     bool isFirst_ = true;
 };
 

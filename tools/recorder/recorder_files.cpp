@@ -1,0 +1,116 @@
+// The ring of files of a recorder.
+#include "recorder.h"
+#include "state_words.h"
+
+namespace tavmir::recorder
+{
+
+using host::Clock;
+
+namespace
+{
+
+// What a new file may come to need: itself, its log, and what is written at once.
+quint64 roomFor(quint64 mostInAFile)
+{
+    return 2 * mostInAFile + mostInAFile / 2;
+}
+
+} // namespace
+
+// The file itself, or, while a reader holds on to it, what waits in its log.
+bool Recorder::isFull() const
+{
+    return file_->bytes() > mostInAFile() - mostInAFile() / 8 ||
+           file_->bytesOnDisk() > 2 * mostInAFile();
+}
+
+bool Recorder::beginFile(Clock::time_point now, const std::vector<EventRow>& events)
+{
+    const Micros began = recording_.clock().at(now);
+    QString problem;
+    Batch opening = recording_.standing(now);
+    opening.events = events;
+    makeRoom(roomFor(mostInAFile()));
+    file_ = RecordingFile::create(memberPath(folder_, nextNumber_, began), facts_, began,
+                                  mostInAFile(), opening, problem);
+    if (!file_) {
+        fail(problem, now);
+        return false;
+    }
+    ++nextNumber_;
+    coveredUntil_ = std::max(coveredUntil_, began);
+    return true;
+}
+
+// To the next file.
+//   event  why, when it is not because this one is full: the clock was set
+void Recorder::turnTo(const QString& event, Clock::time_point now)
+{
+    file_->finish();
+    file_.reset();
+    tidy();
+    if (!event.isEmpty()) {
+        recording_.setClock(RecordingClock(), now);
+        coveredUntil_ = 0;
+    }
+    std::vector<EventRow> events;
+    if (!event.isEmpty()) {
+        events.push_back({recording_.clock().at(now), 0, event_kind::kClock, QString(), event});
+    }
+    beginFile(now, events);
+}
+
+// The oldest go until so much more fits into the limit.
+void Recorder::makeRoom(quint64 wanted) const
+{
+    const std::vector<Member> members = membersOf(folder_);
+    quint64 bytes = bytesOf(members);
+    for (const Member& member : members) {
+        if (bytes + wanted <= options_.limitBytes || (file_ && member.path == file_->path())) {
+            return;
+        }
+        removeMember(member);
+        bytes -= member.bytes;
+    }
+}
+
+// Files that are finished but for a log, which a killed program left, or a reader held.
+void Recorder::tidy() const
+{
+    for (const Member& member : membersOf(folder_)) {
+        const bool isOpen = file_ && member.path == file_->path();
+        if (member.hasLog && !isOpen) {
+            settle(member.path);
+        }
+    }
+}
+
+void Recorder::fail(const QString& problem, Clock::time_point now)
+{
+    const bool isNews = state_.isOn();
+    if (file_ && (file_->error() == StorageError::damaged || isFull())) {
+        file_.reset(); // another one begins
+    }
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        state_.problem = problem.isEmpty() ? QString("unknown error") : problem;
+        if (isNews) {
+            state_.failedAt = recording_.clock().at(now);
+        }
+    }
+    if (isNews && thread_.joinable()) {
+        tell_("the recording cannot be written: " + problem);
+    }
+}
+
+void Recorder::publish()
+{
+    const std::vector<Member> members = membersOf(folder_);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    state_.bytes = bytesOf(members);
+    state_.from = members.empty() ? coveredUntil_ : members.front().began;
+    state_.until = coveredUntil_;
+}
+
+} // namespace tavmir::recorder
