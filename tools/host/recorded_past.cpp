@@ -16,12 +16,12 @@ namespace tavmir::host
 namespace
 {
 
+using recorder::kMillisecond;
 using recorder::Micros;
 using recorder::NewVariable;
 using recorder::RecordingPart;
 using recorder::TimeSpan;
 
-constexpr Micros kMs = 1000;
 constexpr qint64 kMostEvents = 200;
 constexpr char kNotPolled[] = "not polled at this time";
 constexpr char kNotReadYet[] = "no reply has brought it yet"; // as the feed's memory says it
@@ -45,7 +45,7 @@ public:
         }
         const double number =
             recorder::numberOf(value).value_or(std::numeric_limits<double>::quiet_NaN());
-        const qint64 ms = at / kMs;
+        const qint64 ms = at / kMillisecond;
         const bool isSame = any_ && (number == last_ || (std::isnan(number) && std::isnan(last_)));
         if (isSame || (any_ && ms < at_)) {
             return;
@@ -142,8 +142,8 @@ public:
                          [](const Gap& left, const Gap& right) { return left.from < right.from; });
         std::vector<HistoryGap> all;
         for (const Gap& gap : gaps_) {
-            const qint64 from = gap.from / kMs;
-            const qint64 to = gap.to / kMs;
+            const qint64 from = gap.from / kMillisecond;
+            const qint64 to = gap.to / kMillisecond;
             if (!all.empty() && all.back().reason == gap.reason && all.back().to >= from) {
                 all.back().to = std::max(all.back().to, to);
             } else {
@@ -168,7 +168,7 @@ class PastFold
 public:
     PastFold(const QString& address, TimeSpan span, size_t points)
         : address_(address), span_(span), covered_(span.from),
-          samples_(span.from / kMs, span.until / kMs, points, piece_)
+          samples_(span.from / kMillisecond, span.until / kMillisecond, points, piece_)
     {
     }
 
@@ -268,7 +268,7 @@ private:
 
 HistoryPiece RecordedPast::history(const QString& address, qint64 from, qint64 to, size_t points)
 {
-    const TimeSpan span = {from * kMs, to * kMs};
+    const TimeSpan span = {from * kMillisecond, to * kMillisecond};
     PastFold fold(address, span, points);
     QString ignored;
     const auto reader = recorder::RecordingReader::open(folder_, ignored);
@@ -280,7 +280,7 @@ HistoryPiece RecordedPast::history(const QString& address, qint64 from, qint64 t
         return true;
     });
     HistoryPiece piece = fold.end();
-    piece.oldest = reader->begin() / kMs;
+    piece.oldest = reader->begin() / kMillisecond;
     return piece;
 }
 
