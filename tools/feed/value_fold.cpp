@@ -268,6 +268,7 @@ QByteArray ValueFold::bytesOf(const Variable& fold) const
 {
     const Group& group = groups_[fold.group];
     QByteArray bytes;
+    bytes.reserve(static_cast<int>(fold.places.size()) * valueBytesOf(group.elements));
     for (const quint32 slot : fold.places) {
         appendNumber(bytes, group.elements, group.places[slot].number);
     }
@@ -303,6 +304,20 @@ FoldedValue ValueFold::value(size_t variable) const
     const std::optional<Clock::time_point> at = readAt(fold);
     return at ? FoldedValue{valueBytes(variables_[variable].element, bytesOf(fold)), at}
               : FoldedValue();
+}
+
+std::optional<quint32> ValueFold::number(size_t variable) const
+{
+    const Variable& fold = folds_[variable];
+    if (fold.places.size() > 1) {
+        return std::nullopt;
+    }
+    const Slot& slot = groups_[fold.group].places[fold.places.front()];
+    if (slot.readAt == 0) {
+        return std::nullopt;
+    }
+    const std::optional<int> bit = variables_[variable].element.bitNumber;
+    return bit ? slot.number >> *bit & 1 : slot.number;
 }
 
 size_t ValueFold::missingParts(size_t variable) const

@@ -46,6 +46,9 @@ public:
 
     const std::vector<PolledElement>& variables() const { return variables_; }
     FoldedValue value(size_t variable) const;
+    // The value of a variable of one element as a number, a bit's as 0 or 1, for who looks at very
+    // many; none: it was never read, or has several elements.
+    std::optional<quint32> number(size_t variable) const;
     ValueQuality quality(size_t variable, Clock::time_point now) const;
     // When the oldest part of what is shown was read; none: nothing is shown.
     std::optional<Clock::time_point> readAt(size_t variable) const

@@ -32,7 +32,7 @@ public:
         }
         const double number =
             recorder::numberOf(value).value_or(std::numeric_limits<double>::quiet_NaN());
-        const qint64 ms = at / 1000;
+        const qint64 ms = at / recorder::kMillisecond;
         const bool isSame = any_ && (number == last_ || (std::isnan(number) && std::isnan(last_)));
         if (isSame || (any_ && ms < at_)) {
             return;
@@ -129,8 +129,8 @@ public:
                          [](const Gap& left, const Gap& right) { return left.from < right.from; });
         std::vector<HistoryGap> all;
         for (const Gap& gap : gaps_) {
-            const qint64 from = gap.from / 1000;
-            const qint64 to = gap.to / 1000;
+            const qint64 from = gap.from / recorder::kMillisecond;
+            const qint64 to = gap.to / recorder::kMillisecond;
             if (!all.empty() && all.back().reason == gap.reason && all.back().to >= from) {
                 all.back().to = std::max(all.back().to, to);
             } else {

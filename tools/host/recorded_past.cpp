@@ -13,12 +13,12 @@ namespace tavmir::host
 namespace
 {
 
+using recorder::kMillisecond;
 using recorder::Micros;
 using recorder::NewVariable;
 using recorder::RecordingPart;
 using recorder::TimeSpan;
 
-constexpr Micros kMs = 1000; // in microseconds
 constexpr qint64 kMostEvents = 200;
 constexpr char kNotPolled[] = "not polled at this time";
 constexpr char kNotReadYet[] = "no reply has brought it yet"; // as the feed's memory says it
@@ -28,7 +28,7 @@ class PastFold
 public:
     PastFold(const QString& address, TimeSpan span, size_t points)
         : address_(address), span_(span), covered_(span.from),
-          samples_(span.from / kMs, span.until / kMs, points, piece_)
+          samples_(span.from / kMillisecond, span.until / kMillisecond, points, piece_)
     {
     }
 
@@ -128,7 +128,7 @@ private:
 
 HistoryPiece RecordedPast::history(const QString& address, qint64 from, qint64 to, size_t points)
 {
-    const TimeSpan span = {from * kMs, to * kMs};
+    const TimeSpan span = {from * kMillisecond, to * kMillisecond};
     PastFold fold(address, span, points);
     QString ignored;
     const auto reader = recorder::RecordingReader::open(folder_, ignored);
@@ -140,7 +140,7 @@ HistoryPiece RecordedPast::history(const QString& address, qint64 from, qint64 t
         return true;
     });
     HistoryPiece piece = fold.end();
-    piece.oldest = reader->begin() / kMs;
+    piece.oldest = reader->begin() / kMillisecond;
     return piece;
 }
 

@@ -20,7 +20,6 @@ namespace tavmir::host
 namespace
 {
 
-constexpr recorder::Micros kMs = 1000;
 constexpr auto kCountEach = std::chrono::milliseconds(900);
 constexpr auto kReadEach = std::chrono::milliseconds(1000); // the recording may go on
 
@@ -43,10 +42,11 @@ std::unique_ptr<ReplayContent> ReplayContent::open(const ReplayOptions& options,
 ReplayContent::ReplayContent(const ReplayOptions& options, std::unique_ptr<ReplayReader> reader)
     : options_(options), epoch_(madeEpoch()), startedAt_(msOf(options.clocks.wall())),
       reader_(std::move(reader)), past_(options.folder),
-      course_(reader_->coverage().from / kMs, reader_->coverage().until / kMs),
+      course_(reader_->coverage().from / recorder::kMillisecond,
+              reader_->coverage().until / recorder::kMillisecond),
       wentOnAt_(options.clocks.steady()), readAt_(wentOnAt_)
 {
-    show(reader_->at(course_.at() * kMs), true);
+    show(reader_->at(course_.at() * recorder::kMillisecond), true);
 }
 
 // The moment where the course is now. Files are read by the worker, in order.
@@ -57,7 +57,7 @@ void ReplayContent::read(bool isJump, const std::function<void()>& then)
         ++underWay_;
     }
     readAt_ = options_.clocks.steady();
-    worker_.add([this, at = course_.at() * kMs, isJump, then] {
+    worker_.add([this, at = course_.at() * recorder::kMillisecond, isJump, then] {
         reader_->coverage();
         Read one = {reader_->at(at), isJump};
         {
@@ -119,7 +119,8 @@ void ReplayContent::show(const ReplayMoment& moment, bool isJump)
     const bool isElsewhere = isJump || isOtherList || moment.at < moment_.at;
     ++sequence_;
     moment_ = moment;
-    course_.cover(moment.coverage.from / kMs, moment.coverage.until / kMs);
+    course_.cover(moment.coverage.from / recorder::kMillisecond,
+                  moment.coverage.until / recorder::kMillisecond);
     if (isOtherList) {
         showList();
     }
@@ -163,7 +164,8 @@ void ReplayContent::showRow(size_t index, const recorder::RecordedValueAt& value
         rows_.setValue(index, text, number, 0, sequence_);
     }
     rows_.setQuality(index, qualityThen(value.standing, moment_.isRecorded),
-                     then.isNone() ? 0 : value.standing.at / kMs, true, sequence_);
+                     then.isNone() ? 0 : value.standing.at / recorder::kMillisecond, true,
+                     sequence_);
 }
 
 void ReplayContent::showEvents(const std::vector<recorder::EventRow>& events)

@@ -15,6 +15,12 @@ constexpr uint kReplacement = 0xFFFD;
 constexpr uint kLineSeparator = 0x2028;
 constexpr uint kParagraphSeparator = 0x2029;
 
+// Stands as it is, in one byte.
+bool isPlain(uint character)
+{
+    return character >= 0x20 && character < 0x7F && character != '"' && character != '\\';
+}
+
 void appendEscape(std::string& out, uint character)
 {
     out += "\\u";
@@ -66,6 +72,10 @@ void appendJsonText(std::string& out, const QString& text)
     const QChar* characters = text.constData();
     for (int i = 0; i < size; ++i) {
         const QChar character = characters[i];
+        if (isPlain(character.unicode())) {
+            out += static_cast<char>(character.unicode());
+            continue;
+        }
         if (!character.isSurrogate()) {
             appendCharacter(out, character.unicode());
         } else if (character.isHighSurrogate() && i + 1 < size &&
@@ -116,6 +126,15 @@ JsonWriter& JsonWriter::text(const QString& text)
 {
     separate();
     appendJsonText(out_, text);
+    return *this;
+}
+
+JsonWriter& JsonWriter::word(const char* word)
+{
+    separate();
+    out_ += '"';
+    out_ += word;
+    out_ += '"';
     return *this;
 }
 

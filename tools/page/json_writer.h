@@ -29,6 +29,8 @@ public:
     JsonWriter& key(const char* name);
 
     JsonWriter& text(const QString& text);
+    //   word  of ours: needs no escaping
+    JsonWriter& word(const char* word);
     JsonWriter& text(const char* utf8) { return text(QString::fromUtf8(utf8)); }
     JsonWriter& text(const std::string& utf8) { return text(QString::fromStdString(utf8)); }
     // A null text as null.

@@ -152,6 +152,7 @@ void LiveContent::writeHead(JsonWriter& json, const char* kind) const
 
 std::string LiveContent::snapshot()
 {
+    const Spending spending(state_.budget(), options_.clocks);
     std::string rows = "[";
     for (size_t i = 0; i < state_.rows().size(); ++i) {
         rows += i > 0 ? "," : "";
@@ -177,15 +178,18 @@ std::string LiveContent::changes(std::uint64_t since, std::uint64_t eventsSince)
     if (since < state_.listedAt()) {
         return snapshot(); // of other variables
     }
-    std::string rows;
-    state_.rows().writeSince(since, rows);
-    std::string happened;
-    state_.events().writeNewer(eventsSince, kEventsAtFirst, happened);
+    const Spending spending(state_.budget(), options_.clocks);
     std::string out;
+    out.reserve(longest_);
     JsonWriter json(out);
     json.beginObject();
     writeHead(json, "changes");
-    json.key("values").raw(rows).key("events").raw(happened).endObject();
+    json.key("values").raw("");
+    state_.rows().writeSince(since, out);
+    std::string happened;
+    state_.events().writeNewer(eventsSince, kEventsAtFirst, happened);
+    json.key("events").raw(happened).endObject();
+    longest_ = std::max(longest_, out.size());
     return out;
 }
 

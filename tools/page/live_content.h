@@ -104,6 +104,7 @@ private:
     std::function<std::string()> status_;
     Capture capture_;
     Clock::time_point lookedAt_;
+    size_t longest_ = 0; // message of changes, in bytes
     std::mutex mutex_;
     std::vector<Told> told_; // under the mutex
 };

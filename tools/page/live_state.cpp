@@ -24,15 +24,6 @@ constexpr size_t kLooksForAll = 10;
 constexpr size_t kMostFollowed = 10000;
 constexpr char kNotReadYet[] = "never: no reply has brought it yet";
 
-quint32 numberOf(const QByteArray& bytes)
-{
-    quint32 number = 0;
-    for (int i = 0; i < std::min(bytes.size(), 4); ++i) {
-        number |= static_cast<quint32>(static_cast<unsigned char>(bytes[i])) << (8 * i);
-    }
-    return number;
-}
-
 bool isSame(const std::vector<PolledElement>& left, const std::vector<PolledElement>& right)
 {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
@@ -67,6 +58,15 @@ void LiveState::look()
     feedEvents_.tellRest(clocks_.wall());
     const Clock::time_point now = clocks_.steady();
     findChanges();
+    if (isOther_ || events_.newest() != newestEvent_ || budget_.isDue(now)) {
+        show(now);
+    }
+}
+
+void LiveState::show(Clock::time_point now)
+{
+    budget_.begin(now);
+    const Spending spending(budget_, clocks_);
     showChanges();
     showQualities(now);
     isOther_ = isOther_ || events_.newest() != newestEvent_ || now - countedAt_ >= kCountEach;
@@ -135,6 +135,7 @@ void LiveState::list(WallClock::time_point since)
     isOther_ = true;
     rows_.reset(variables.size(), next_);
     changedAt_.assign(variables.size(), 0);
+    numbers_.assign(variables.size(), std::nullopt);
     bytes_.assign(variables.size(), QByteArray());
     changed_.clear();
     trackOf_.assign(variables.size(), std::nullopt);
@@ -161,21 +162,31 @@ void LiveState::changed(size_t variable, WallClock::time_point moment)
 {
     const qint64 at = wholeMsOf(moment);
     ++changesOfLook_;
-    bytes_[variable] = values_.value(variable).bytes;
+    numbers_[variable] = values_.number(variable);
+    if (!numbers_[variable]) {
+        bytes_[variable] = values_.value(variable).bytes;
+    }
     if (changedAt_[variable] == 0) {
         changed_.push_back(variable);
     }
     changedAt_[variable] = at;
     if (trackOf_[variable]) {
-        history_.addSample(*trackOf_[variable], at, numberOf(bytes_[variable]));
+        history_.addSample(*trackOf_[variable], at, numbers_[variable].value_or(0));
     }
+}
+
+bool LiveState::differs(size_t variable) const
+{
+    const std::optional<quint32> number = values_.number(variable);
+    return number ? number != numbers_[variable]
+                  : values_.value(variable).bytes != bytes_[variable];
 }
 
 // Where too much changed to follow each change: what is another value now than at the last look.
 void LiveState::findChanges()
 {
-    for (size_t i = 0; i < bytes_.size() && notFollowed_; ++i) {
-        if (values_.value(i).bytes != bytes_[i]) {
+    for (size_t i = 0; i < numbers_.size() && notFollowed_; ++i) {
+        if (differs(i)) {
             changed(i, *notFollowed_);
         }
     }

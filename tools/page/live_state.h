@@ -11,6 +11,7 @@
 #include "kept_entries.h"
 #include "moments.h"
 #include "plan/frame_plan.h"
+#include "show_budget.h"
 #include "value_rows.h"
 
 #include <map>
@@ -30,8 +31,10 @@ public:
     LiveState(Feed& feed, const project::Project& project, const QualityRules& rules,
               const Clocks& clocks, const LiveLimits& limits);
 
-    // Takes what happened since the last call.
+    // Takes what happened since the last call. What is shown follows as the budget allows; another
+    // list, an event or the connection at once.
     void look();
+    ShowBudget& budget() { return budget_; }
 
     // Counts looks that changed something; each second one does, as time goes on.
     quint64 sequence() const { return sequence_; }
@@ -70,6 +73,8 @@ private:
     void takeLink(const FeedEntry& entry);
     void changed(size_t variable, WallClock::time_point at);
     void findChanges();
+    bool differs(size_t variable) const;
+    void show(Clock::time_point now);
     void list(WallClock::time_point since);
     void tellGap(size_t track, const ValueQuality& quality, qint64 readAt);
     void showChanges();
@@ -95,11 +100,14 @@ private:
     std::map<QString, size_t> tracks_;           // by address
     std::vector<std::optional<size_t>> trackOf_; // by variable
     std::vector<qint64> changedAt_;              // by variable: since the last look; 0: it did not
-    std::vector<QByteArray> bytes_;              // by variable: as they were looked at last
+    // By variable, as they were looked at last: numbers, and what is none.
+    std::vector<std::optional<quint32>> numbers_;
+    std::vector<QByteArray> bytes_;
     size_t changesOfLook_ = 0;
     std::optional<WallClock::time_point> notFollowed_; // the last entry that was not, of this look
     std::vector<size_t> changed_;                      // variables that did
 
+    ShowBudget budget_;
     quint64 sequence_ = 0;
     quint64 next_ = 1;        // of this look
     bool isOther_ = false;    // something is, since the last look

@@ -5,6 +5,7 @@
 #include "feed/exchange.h"
 
 #include <cmath>
+#include <ctime>
 #include <functional>
 
 namespace tavmir::host
@@ -14,6 +15,12 @@ namespace tavmir::host
 struct Clocks {
     std::function<Clock::time_point()> steady = [] { return Clock::now(); };
     std::function<WallClock::time_point()> wall = [] { return WallClock::now(); };
+    // What the calling thread has had of a processor.
+    std::function<std::chrono::nanoseconds()> processor = [] {
+        timespec time = {};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
 };
 
 // With a thousandth of a millisecond.

@@ -2,6 +2,7 @@
 #include "page_server.h"
 
 #include "connections.h"
+#include "polling_first.h"
 #include "token.h"
 
 #include <boost/asio/io_context.hpp>
@@ -127,6 +128,7 @@ PageServer::Impl::Error PageServer::Impl::listenOn(const tcp::endpoint& endpoint
 
 void PageServer::Impl::run()
 {
+    letPollingGoFirst();
     accept();
     tickLater();
     context_.run();

@@ -81,7 +81,7 @@ void ValueRows::write(size_t index, std::string& out) const
     JsonWriter json(out);
     json.beginArray().whole(static_cast<qint64>(index)).text(row.text);
     writeNumber(json, row.number);
-    json.text(qualityWord(row.quality)).text(row.reason);
+    json.word(qualityWord(row.quality)).text(row.reason);
     writeTime(json, row.readAt);
     writeTime(json, row.changedAt);
     json.endArray();

@@ -1,11 +1,17 @@
 // Characters looked at one by one.
 #include "printable.h"
 
+#include <algorithm>
+
 namespace tavmir::project
 {
 
 QString printable(const QString& text)
 {
+    const auto isPrint = [](QChar character) { return character.isPrint(); };
+    if (std::all_of(text.begin(), text.end(), isPrint)) {
+        return text;
+    }
     QString shown;
     for (const QChar character : text) {
         shown += character.isPrint() ? QString(character)

@@ -11,6 +11,7 @@ namespace tavmir::recorder
 
 // Microseconds since 1970, UTC.
 using Micros = qint64;
+constexpr Micros kMillisecond = 1000;
 constexpr Micros kSecond = 1000000;
 constexpr Micros kMinute = 60 * kSecond;
 
