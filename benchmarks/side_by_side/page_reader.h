@@ -38,7 +38,10 @@ private:
             const std::uint64_t seen = content_.sequence();
             content_.look();
             sent_ += content_.changes(seen, seen).size();
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            for (int i = 0; i < 4 && !ended_; ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(25));
+                content_.keepUp();
+            }
         }
     }
 

@@ -1,6 +1,8 @@
 // What clients get of a running host, live and asked for.
 #include "live_page.h"
 
+#include <QtCore/QJsonDocument>
+
 #include <algorithm>
 
 namespace tavmir::host
@@ -415,6 +417,80 @@ TEST_F(LivePage, AFailingRecordingIsAnEventAndStandsInTheStatus)
     EXPECT_EQ("the recording cannot be written: disk full", event["text"].toString());
     EXPECT_TRUE(event["bad"].toBool());
     EXPECT_EQ("failed", get("status")["recording"].toObject()["state"].toString());
+}
+
+TEST_F(LivePage, WhatCostsMuchToShowIsShownLessOften)
+{
+    plan();
+    connect(1);
+    costs_ = std::chrono::milliseconds(5);
+    lookAt(100);
+    quint64 seen = content_->sequence();
+    const auto isShownAt = [&](int ms) {
+        word(ms - 1, 3000, static_cast<quint32>(ms));
+        lookAt(ms);
+        const bool isShown = content_->sequence() != seen;
+        seen = content_->sequence();
+        return isShown;
+    };
+    EXPECT_FALSE(isShownAt(200));
+    EXPECT_FALSE(isShownAt(299));
+    EXPECT_TRUE(isShownAt(300)) << "forty times five milliseconds later";
+    EXPECT_EQ("300", row(kW)[1].toString());
+    costs_ = std::chrono::milliseconds(100);
+    EXPECT_TRUE(isShownAt(500));
+    EXPECT_FALSE(isShownAt(1300));
+    EXPECT_TRUE(isShownAt(1350)) << "once a second all the same";
+    const QJsonArray last =
+        get("history", {{"address", "Main.W"}, {"points", "20"}})["last"].toArray();
+    EXPECT_NE(-1, QJsonDocument(last).toJson(QJsonDocument::Compact).indexOf("1300"))
+        << "what is not shown is kept";
+}
+
+TEST_F(LivePage, TheTextOfAMessageCountsAsWell)
+{
+    plan();
+    connect(1);
+    lookAt(100);
+    word(101, 3000, 1);
+    lookAt(200);
+    costs_ = std::chrono::milliseconds(5);
+    content_->changes(0, 0);
+    costs_ = std::chrono::milliseconds(0);
+    word(201, 3000, 2);
+    lookAt(300);
+    EXPECT_EQ("1", row(kW)[1].toString());
+    lookAt(400);
+    EXPECT_EQ("2", row(kW)[1].toString());
+}
+
+TEST_F(LivePage, AnEventIsShownHoweverMuchItCosts)
+{
+    plan();
+    connect(1);
+    costs_ = std::chrono::milliseconds(100);
+    lookAt(100);
+    const quint64 seen = content_->sequence();
+    tell(150, FeedKind::connectionLost, "why");
+    at(160);
+    content_->keepUp();
+    EXPECT_LT(seen, content_->sequence()) << "also between two looks";
+    EXPECT_STREQ("lost", qPrintable(object(get("status"), "link")["state"].toString()));
+}
+
+TEST_F(LivePage, WhoKeepsUpBetweenLooksMissesNothing)
+{
+    plan();
+    lookAt(1);
+    for (int i = 0; i < 40000; ++i) {
+        word(2, 3000, static_cast<quint32>(i));
+        if (i % 10000 == 0) {
+            content_->keepUp();
+        }
+    }
+    lookAt(10);
+    EXPECT_EQ(0, get("status")["missed"].toInt());
+    EXPECT_EQ(QString::number(40000 - 1), row(kW)[1].toString());
 }
 
 TEST_F(LivePage, EntriesThatWereMissedAreSaid)

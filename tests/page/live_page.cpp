@@ -49,6 +49,7 @@ LivePage::LivePage()
     options_.version = "9";
     options_.clocks.steady = [this] { return momentAt(ms_); };
     options_.clocks.wall = [this] { return wallAt(ms_); };
+    options_.clocks.processor = [this] { return processor_ += costs_; };
     content_ = std::make_unique<LiveContent>(feed_, pageProject(), options_);
 }
 

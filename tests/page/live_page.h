@@ -68,6 +68,10 @@ protected:
 
     Feed feed_;
     int ms_ = 0;
+    // What the page's thread seems to have had of a processor, and how much more it has each time
+    // that it asks.
+    std::chrono::nanoseconds processor_{0};
+    std::chrono::nanoseconds costs_{0};
     LiveOptions options_;
     std::unique_ptr<LiveContent> content_;
 };

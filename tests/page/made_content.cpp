@@ -1,6 +1,8 @@
 // Answers short enough to be compared as texts.
 #include "made_content.h"
 
+#include <sys/resource.h>
+
 #include <stdexcept>
 
 namespace tavmir::page
@@ -93,7 +95,14 @@ void MadeContent::look()
 {
     noteThread();
     seen_ = next_;
+    niceness_ = getpriority(PRIO_PROCESS, 0);
     ++looks_;
+}
+
+void MadeContent::keepUp()
+{
+    noteThread();
+    ++keptUp_;
 }
 
 std::string MadeContent::snapshot()

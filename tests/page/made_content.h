@@ -20,6 +20,7 @@ public:
     Answer get(const std::string& what, const Query& query) override;
     void post(const std::string& what, const std::string& body, Done done) override;
     void look() override;
+    void keepUp() override;
     std::string epoch() const override { return "e1"; }
     std::uint64_t sequence() const override { return seen_; }
     std::string snapshot() override;
@@ -30,6 +31,8 @@ public:
     // Bytes that each snapshot and each message of changes has beside its words.
     void setPadding(std::size_t bytes) { padding_ = bytes; }
     int looks() const { return looks_; }
+    int keptUp() const { return keptUp_; }
+    int niceness() const { return niceness_; } // of the server's thread at the last look
     int snapshots() const { return snapshots_; }
     int changesMade() const { return changes_; }
     bool wasCalledByOneThread() const { return !isByOthers_; }
@@ -43,6 +46,8 @@ private:
     std::uint64_t seen_ = 1; // the server's thread
     std::atomic<std::size_t> padding_{0};
     std::atomic<int> looks_{0};
+    std::atomic<int> keptUp_{0};
+    std::atomic<int> niceness_{0};
     std::atomic<int> snapshots_{0};
     std::atomic<int> changes_{0};
     std::thread::id caller_; // the first

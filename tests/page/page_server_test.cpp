@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace tavmir::page
@@ -55,6 +56,24 @@ TEST_F(PageServerTest, AddressThatIsNotThisMachinesIsAProblem)
     std::string problem;
     EXPECT_FALSE(other.start(problem));
     EXPECT_EQ(problem, "192.0.2.1:0 cannot be listened on: Cannot assign requested address");
+}
+
+TEST_F(PageServerTest, TheContentKeepsUpWhenNobodyListens)
+{
+    limits().lookUnheard = std::chrono::hours(1);
+    start();
+    EXPECT_TRUE(waitUntil([&] { return content.keptUp() >= 5; }));
+    EXPECT_LE(content.looks(), 1);
+}
+
+TEST_F(PageServerTest, ThePollingGoesFirst)
+{
+    limits().lookUnheard = limits().lookEvery;
+    const int own = getpriority(PRIO_PROCESS, 0);
+    start();
+    ASSERT_TRUE(waitUntil([&] { return content.looks() >= 1; }));
+    EXPECT_EQ(std::min(own + 5, 19), content.niceness());
+    EXPECT_EQ(own, getpriority(PRIO_PROCESS, 0)) << "the thread that started it stays as it is";
 }
 
 TEST_F(PageServerTest, ThePortIsFreeAgainAfterwards)

@@ -114,6 +114,7 @@ void ValueFold::keepShown(const std::vector<PolledElement>& variables,
 
 void ValueFold::watch(const std::vector<PolledElement>& variables)
 {
+    plan_.reset();
     std::vector<Group> groups;
     std::vector<Variable> folds(variables.size());
     for (size_t i = 0; i < variables.size(); ++i) {
@@ -152,7 +153,10 @@ void ValueFold::take(const FeedEntry& entry, const Changed& changed)
 {
     qualities_.take(entry);
     if (entry.kind == FeedKind::planChanged) {
-        watch(entry.plan->polled);
+        if (entry.plan != plan_) { // it is told again behind what was missed
+            watch(entry.plan->polled);
+            plan_ = entry.plan;
+        }
         return;
     }
     if (entry.kind != FeedKind::exchange || !entry.exchange.isGood()) {

@@ -104,6 +104,7 @@ private:
     std::vector<ReadPlace> placesOf(const Variable& fold) const;
     std::optional<Clock::time_point> readAt(const Variable& fold) const;
 
+    std::shared_ptr<const PolledGeneration> plan_; // null: they were given otherwise
     std::vector<PolledElement> variables_;
     std::vector<Variable> folds_;
     std::vector<Group> groups_;

@@ -51,6 +51,7 @@ public:
     void ask(const std::string& what, const page::Query& query, Done done) override;
     void post(const std::string& what, const std::string& body, Done done) override;
     void look() override;
+    void keepUp() override { state_.keepUp(); }
     std::string epoch() const override { return epoch_; }
     std::uint64_t sequence() const override { return state_.sequence(); }
     std::string snapshot() override;

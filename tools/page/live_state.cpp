@@ -20,7 +20,8 @@ constexpr auto kCountEach = std::chrono::milliseconds(900);
 // Rows whose reading is newer and nothing else go out in turn: so many a look, and all within ten.
 constexpr size_t kRefreshed = 200;
 constexpr size_t kLooksForAll = 10;
-// So many changes of a look are followed one by one; of more, the last of each value counts.
+// So many changes in this time are followed one by one; of more, the last of each value counts.
+constexpr auto kFollowedEach = std::chrono::milliseconds(100);
 constexpr size_t kMostFollowed = 10000;
 constexpr char kNotReadYet[] = "never: no reply has brought it yet";
 
@@ -44,7 +45,7 @@ LiveState::LiveState(Feed& feed, const project::Project& project, const QualityR
 {
 }
 
-void LiveState::look()
+void LiveState::takeIn()
 {
     moments_.look(clocks_);
     next_ = sequence_ + 1;
@@ -55,10 +56,25 @@ void LiveState::look()
                       kept_.gap(missed);
                       feedEvents_.gap(missed, clocks_.wall());
                   });
+}
+
+void LiveState::keepUp()
+{
+    takeIn();
+    if (isUrgent()) {
+        look();
+    } else if (clocks_.steady() - foundAt_ >= kFollowedEach) {
+        findChanges();
+    }
+}
+
+void LiveState::look()
+{
+    takeIn();
     feedEvents_.tellRest(clocks_.wall());
     const Clock::time_point now = clocks_.steady();
     findChanges();
-    if (isOther_ || events_.newest() != newestEvent_ || budget_.isDue(now)) {
+    if (isUrgent() || budget_.isDue(now)) {
         show(now);
     }
 }
@@ -86,9 +102,9 @@ void LiveState::take(const FeedEntry& entry)
     recent_.take(entry);
     kept_.take(entry);
     feedEvents_.take(entry);
-    const bool isList =
-        entry.kind == FeedKind::planChanged && !isSame(entry.plan->polled, values_.variables());
-    if (changesOfLook_ < kMostFollowed) {
+    const bool isList = entry.kind == FeedKind::planChanged && entry.plan != plan_ &&
+                        !isSame(entry.plan->polled, values_.variables());
+    if (followed_ < kMostFollowed) {
         values_.take(entry, [&](size_t variable) { changed(variable, entry.wall); });
     } else {
         values_.take(entry);
@@ -97,8 +113,9 @@ void LiveState::take(const FeedEntry& entry)
     if (isList) {
         list(generation_ == 0 ? startedAt_ : entry.wall);
     }
-    if (entry.kind == FeedKind::planChanged) {
+    if (entry.kind == FeedKind::planChanged && entry.plan != plan_) {
         takePlan(*entry.plan);
+        plan_ = entry.plan;
     }
 }
 
@@ -161,7 +178,7 @@ void LiveState::list(WallClock::time_point since)
 void LiveState::changed(size_t variable, WallClock::time_point moment)
 {
     const qint64 at = wholeMsOf(moment);
-    ++changesOfLook_;
+    ++followed_;
     numbers_[variable] = values_.number(variable);
     if (!numbers_[variable]) {
         bytes_[variable] = values_.value(variable).bytes;
@@ -191,7 +208,8 @@ void LiveState::findChanges()
         }
     }
     notFollowed_.reset();
-    changesOfLook_ = 0;
+    followed_ = 0;
+    foundAt_ = clocks_.steady();
 }
 
 // Values that changed are put into words once a look, however often they did.

@@ -34,6 +34,9 @@ public:
     // Takes what happened since the last call. What is shown follows as the budget allows; another
     // list, an event or the connection at once.
     void look();
+    // The same between two looks, which would miss something of a fast line; shows what is shown at
+    // once only.
+    void keepUp();
     ShowBudget& budget() { return budget_; }
 
     // Counts looks that changed something; each second one does, as time goes on.
@@ -72,6 +75,8 @@ private:
     void takePlan(const PolledGeneration& plan);
     void takeLink(const FeedEntry& entry);
     void changed(size_t variable, WallClock::time_point at);
+    void takeIn();
+    bool isUrgent() const { return isOther_ || events_.newest() != newestEvent_; }
     void findChanges();
     bool differs(size_t variable) const;
     void show(Clock::time_point now);
@@ -94,6 +99,7 @@ private:
     HistoryStore history_;
     ValueRows rows_;
 
+    std::shared_ptr<const PolledGeneration> plan_; // told again behind what was missed
     std::vector<PolledElement> asked_;
     std::vector<PlannedFrame> frames_;
     std::map<size_t, QString> setAside_;
@@ -103,8 +109,8 @@ private:
     // By variable, as they were looked at last: numbers, and what is none.
     std::vector<std::optional<quint32>> numbers_;
     std::vector<QByteArray> bytes_;
-    size_t changesOfLook_ = 0;
-    std::optional<WallClock::time_point> notFollowed_; // the last entry that was not, of this look
+    size_t followed_ = 0;                              // changes since foundAt_
+    std::optional<WallClock::time_point> notFollowed_; // the last entry that was not, since then
     std::vector<size_t> changed_;                      // variables that did
 
     ShowBudget budget_;
@@ -115,6 +121,7 @@ private:
     quint64 generation_ = 0;
     quint64 listedAt_ = 0;
     Clock::time_point countedAt_;
+    Clock::time_point foundAt_; // changes that were not followed
     Clock::time_point qualitiesAt_;
     size_t refreshFrom_ = 0; // the first of the rows that are refreshed next
     bool wasTried_ = false;  // to connect

@@ -51,6 +51,9 @@ public:
     // Ten times a second while anybody listens, else once a second: take what happened.
     virtual void look() = 0;
 
+    // Forty times a second, whether anybody listens or not: for who must not fall behind.
+    virtual void keepUp() {}
+
     // A new one for each start of the program.
     virtual std::string epoch() const = 0;
 

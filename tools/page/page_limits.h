@@ -27,6 +27,7 @@ struct PageLimits {
     Ms closeTime{1000};              // for a client to take leave
     Ms lookEvery{100};               // while somebody listens; also how often time is looked at
     Ms lookUnheard{1000};            // while nobody does
+    Ms keepUpEvery{25};              // whether somebody listens or not
     Ms acceptPause{250};             // when the system has no descriptor left
     int sendBufferBytes = 64 * 1024; // of the system, for each client
 };

@@ -23,7 +23,7 @@ class PageServer::Impl
 public:
     Impl(PageContent& content, PageServerOptions options)
         : content_(content), options_(std::move(options)), acceptor_(context_), ticks_(context_),
-          pause_(context_), leave_(context_)
+          keepUps_(context_), pause_(context_), leave_(context_)
     {
     }
     ~Impl() { stop(); }
@@ -45,6 +45,7 @@ private:
     void accept();
     void onClient(Error error, Socket socket);
     void tickLater();
+    void keepUpLater();
     void goAway();
     void leaveLater();
 
@@ -54,6 +55,7 @@ private:
     tcp::acceptor acceptor_;
     tcp::endpoint endpoint_;
     boost::asio::steady_timer ticks_;
+    boost::asio::steady_timer keepUps_;
     boost::asio::steady_timer pause_;
     boost::asio::steady_timer leave_;
     std::optional<Connections> connections_;
@@ -131,6 +133,7 @@ void PageServer::Impl::run()
     letPollingGoFirst();
     accept();
     tickLater();
+    keepUpLater();
     context_.run();
 }
 
@@ -172,12 +175,24 @@ void PageServer::Impl::tickLater()
     });
 }
 
+void PageServer::Impl::keepUpLater()
+{
+    keepUps_.expires_after(options_.limits.keepUpEvery);
+    keepUps_.async_wait([this](Error stopped) {
+        if (!stopped && !isLeaving_) {
+            keepUpLater();
+            content_.keepUp();
+        }
+    });
+}
+
 void PageServer::Impl::goAway()
 {
     isLeaving_ = true;
     Error ignored;
     acceptor_.close(ignored);
     ticks_.cancel();
+    keepUps_.cancel();
     pause_.cancel();
     leaveBy_ = Clock::now() + options_.limits.closeTime;
     connections_->goAway();
