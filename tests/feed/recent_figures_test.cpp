@@ -205,6 +205,32 @@ TEST_F(Recent, WhatWasMeasuredOnAConnectionEndsWithIt)
     EXPECT_FALSE(at(301).lastMinute.none());
 }
 
+TEST_F(Recent, APassThatALostConnectionCutIsNotMeasuredAndTheNextIsCountedFromItsBegin)
+{
+    watch(4);
+    figures_.take(polled(2, 0, 1));
+    FeedEntry lost = gaveUpAt(2);
+    lost.kind = FeedKind::connectionLost;
+    figures_.take(lost);
+    figures_.take(entryOf(madeFailure(ExchangeEnd::notSent, 3)));
+    figures_.take(gaveUpAt(4));
+    EXPECT_FALSE(at(4).passMs.has_value()) << "cut";
+    figures_.take(polled(2, 100, 101));
+    EXPECT_FALSE(at(101).passMs.has_value()) << "two of four";
+    figures_.take(polled(2, 101, 103));
+    EXPECT_DOUBLE_EQ(3, at(103).passMs.value_or(-1));
+}
+
+TEST_F(Recent, PassesInWhichNothingIsSentAreNotMeasured)
+{
+    watch(2);
+    for (int ms = 0; ms < 30; ms += 10) {
+        figures_.take(entryOf(madeFailure(ExchangeEnd::notSent, ms)));
+        figures_.take(gaveUpAt(ms + 1));
+    }
+    EXPECT_FALSE(at(30).passMs.has_value());
+}
+
 TEST_F(Recent, ARoundTripOfLongAgoIsNotToldAsNow)
 {
     watch(2);

@@ -84,10 +84,8 @@ void RecentFigures::take(const FeedEntry& entry)
 void RecentFigures::forgetConnection()
 {
     answered_ = 0;
-    passBegan_.reset();
     passMs_.reset();
-    inPass_ = 0;
-    inFlight_ = 0;
+    isCut_ = true; // the list goes on where it stood
 }
 
 FailureCounts& RecentFigures::countsAt(Clock::time_point time)
@@ -118,6 +116,7 @@ void RecentFigures::takeExchange(const Exchange& exchange)
         return;
     }
     passBegan_ = passBegan_.value_or(exchange.sentAt);
+    isCut_ = isCut_ || exchange.end == ExchangeEnd::lost || exchange.end == ExchangeEnd::notSent;
     inFlight_ = exchange.request[wire::kCountOffset];
     if (exchange.isGood()) {
         polled(inFlight_, exchange.endedAt);
@@ -131,7 +130,10 @@ void RecentFigures::polled(size_t elements, Clock::time_point until)
     if (listed_ == 0 || inPass_ < listed_ || !passBegan_) {
         return;
     }
-    passMs_ = msOf(until - *passBegan_);
+    if (!isCut_) {
+        passMs_ = msOf(until - *passBegan_);
+    }
+    isCut_ = false;
     passBegan_.reset();
     inPass_ %= listed_; // the last request of a pass may reach into the next one
 }
@@ -147,6 +149,7 @@ void RecentFigures::beginList(const PolledGeneration& plan)
     }
     listed_ = wireOrder(asked).size();
     inPass_ = 0;
+    isCut_ = false;
     passBegan_.reset();
     passMs_.reset();
 }

@@ -65,6 +65,7 @@ private:
     size_t listed_ = 0;   // elements of the polled list on the wire
     size_t inPass_ = 0;   // of them asked for in this pass
     size_t inFlight_ = 0; // elements of the latest polling request
+    bool isCut_ = false;  // the connection went in this pass: its time is not one of the line
     std::optional<Clock::time_point> passBegan_;
     std::optional<double> passMs_;
 };

@@ -10,7 +10,7 @@ import { watchedWindow } from './support/window.mjs';
 /**
  * @param {string} statement
  * @param {(host: PlayedHost) => void} prepare
- * @param {(page: PageView, host: PlayedHost) => Promise<void>} body
+ * @param {(page: PageView, host: PlayedHost, watch: import('./support/watch.mjs').Watch) => Promise<void>} body
  */
 function playedTest(statement, prepare, body) {
   test(statement, async () => {
@@ -23,7 +23,7 @@ function playedTest(statement, prepare, body) {
       const page = new PageView(await context.newPage());
       await page.tab.goto(url);
       await page.isLive();
-      await inTime(body(page, host));
+      await inTime(body(page, host, watch));
       assert.deepEqual(watch.problems, []);
     } catch (error) {
       console.error([statement, ...watch.problems].join('\n'));
@@ -73,6 +73,36 @@ playedTest('a read-back that differs from what was written is shown as it is', (
 }, async (page) => {
   await page.write('Main.Level', '7');
   assert.match(await page.part('write-readback').innerText(), /1600/);
+});
+
+/** @type {[number, RegExp][]} */
+const turnedDown = [[504, /not known/], [500, /not known/], [503, /Nothing was written/]];
+for (const [status, said] of turnedDown) {
+  playedTest(`a write that ends with HTTP status ${status} is said to be what it can be`, (host) => {
+    host.statuses.write = status;
+    host.answers.write = () => ({ error: 'in the words of the host' });
+  }, async (page, _host, watch) => {
+    watch.expect(/Failed to load resource/);
+    const { text } = await page.write('Main.Level', '7');
+    assert.match(text, said);
+    assert.match(text, /in the words of the host/);
+  });
+}
+
+playedTest('a controller that is connected and does not answer is not called lost', (host) => {
+  host.status.link = { state: 'silent', text: 'no reply from 127.0.0.1:5020 for 4 s', since: Date.now() - 60_000 };
+}, async (page) => {
+  await page.stripSays('link', /no answer/);
+  const said = await page.strip('link');
+  assert.match(said, /, connected \d/);
+  assert.doesNotMatch(said, /lost|since/);
+});
+
+playedTest('without a recent round trip the strip does not say that there never was a reply', (host) => {
+  host.status.roundTrip = { medianMs: null, p99Ms: null };
+}, async (page) => {
+  await page.stripSays('round-trip', /–/);
+  assert.doesNotMatch(await page.strip('round-trip'), /yet/);
 });
 
 const begin = Date.UTC(2026, 0, 2, 3, 4, 5);

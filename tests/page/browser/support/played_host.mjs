@@ -46,6 +46,9 @@ export class PlayedHost {
   status = wellStatus();
   /** @type {Variable[]} */ variables = [variable(0, 'Main.Level'), variable(1, 'Main.Speed')];
   /** @type {ValueRow[]} */ values = [];
+  /** With which HTTP status, where it is another one than 200. @type {Record<string, number>} */
+  statuses = {};
+
   /** What the interface answers, by the path behind /api/v1/. @type {Record<string, (body: any) => unknown>} */
   answers = {
     history: () => ({ address: 'Main.Level', from: 0, to: 0, oldest: null, source: 'memory', isBit: false,
@@ -121,6 +124,7 @@ export class PlayedHost {
     const taken = body ? JSON.parse(body) : null;
     if (request.method === 'POST') this.posted.push({ path, body: taken });
     answer.setHeader('Content-Type', 'application/json');
+    answer.statusCode = this.statuses[path] ?? 200;
     answer.end(JSON.stringify(this.answers[path]?.(taken) ?? {}));
   }
 

@@ -51,7 +51,7 @@
  * @property {string} epoch
  * @property {number} startedAt
  * @property {string} controller
- * @property {{state: 'connected'|'connecting'|'lost'|'never', text: string, since: number|null}} link
+ * @property {{state: 'connected'|'silent'|'connecting'|'lost'|'never', text: string, since: number|null}} link
  * @property {{ms: number|null, elements: number, requests: number}} pass
  * @property {{medianMs: number|null, p99Ms: number|null}} roundTrip
  * @property {Faults} lastMinute

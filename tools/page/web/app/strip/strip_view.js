@@ -33,7 +33,8 @@ const CELLS = [
 /** @type {Record<string, {text: string, mood: Mood}>} */
 const LINK_LOOKS = {
   connected: { text: '● connected', mood: 'good' }, connecting: { text: '◌ connecting', mood: 'warn' },
-  lost: { text: '✕ lost', mood: 'bad' }, never: { text: '○ not connected yet', mood: 'bad' },
+  silent: { text: '◌ no answer', mood: 'bad' }, lost: { text: '✕ lost', mood: 'bad' },
+  never: { text: '○ not connected yet', mood: 'bad' },
 };
 
 /**
@@ -47,7 +48,9 @@ function link(status, now) {
     return { text: '▷ recording', sub: status.link.text, mood: 'off', title };
   }
   const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
-  const since = status.link.since === null ? '' : ` since ${dayTime(status.link.since, now)}`;
+  // The time of a silent link is that of its connection, not of its silence.
+  const lead = status.link.state === 'silent' ? ', connected' : ' since';
+  const since = status.link.since === null ? '' : `${lead} ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
   return { text: looks.text, sub: `${status.controller}${since}`, mood: looks.mood, title };
 }
@@ -77,7 +80,7 @@ function pass({ pass: { ms, elements, requests } }) {
  * @returns {Said}
  */
 function roundTrip({ roundTrip: { medianMs, p99Ms } }) {
-  if (medianMs === null) return { text: '–', sub: 'no reply yet' };
+  if (medianMs === null) return { text: '–', sub: 'no reply of late' };
   const p99 = p99Ms === null ? '–' : length(p99Ms);
   return { text: length(medianMs), sub: `p99 ${p99}`, title: `median ${length(medianMs)}, 99 % within ${p99}` };
 }

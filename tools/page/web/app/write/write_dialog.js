@@ -12,6 +12,15 @@ import { OUTCOMES } from './outcomes.js';
  * @typedef {'enter'|'confirm'|'sent'|'ended'} Stage
  */
 
+/**
+ * Whether the program said that it did not begin with a write. Any other failure says nothing of what it did.
+ * @param {unknown} problem
+ */
+function isTurnedAway(problem) {
+  if (!(problem instanceof AskError)) return false;
+  return problem.status === 503 || (problem.status >= 400 && problem.status < 500);
+}
+
 export class WriteDialog {
   #store;
   #announcer;
@@ -58,7 +67,8 @@ export class WriteDialog {
     setText(this.#title, `Write ${variable.name}`);
     this.#title.title = variable.address;
     const limits = variable.low === null || variable.high === null ? '' : `, ${variable.low} to ${variable.high}`;
-    setText(this.#hint, `${variable.format} ${variable.type}${limits}`);
+    const kind = variable.format === variable.type ? variable.type : `${variable.format} ${variable.type}`;
+    setText(this.#hint, `${kind}${limits}`);
     const denied = this.#denied(variable);
     setText(this.#reason, denied);
     show(this.#reason, denied !== '');
@@ -162,10 +172,11 @@ export class WriteDialog {
   /** @param {unknown} problem */
   #failed(problem) {
     const text = problem instanceof Error ? problem.message : String(problem);
-    const sent = problem instanceof AskError && problem.status === 0;
+    const sent = !isTurnedAway(problem);
+    const lost = problem instanceof AskError && problem.status === 0;
     this.#enter('enter');
-    const lead = sent ? 'The program was lost while it was asked: what became of the write is not known.'
-      : 'Nothing was written.';
+    const asked = lost ? 'The program was lost while it was asked' : 'The program did not say what came of it';
+    const lead = sent ? `${asked}: what became of the write is not known.` : 'Nothing was written.';
     this.#say('bad', lead, text);
     this.#outcome.dataset.outcome = sent ? 'lost' : 'error';
     this.#new.focus();
