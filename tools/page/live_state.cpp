@@ -20,9 +20,11 @@ constexpr auto kCountEach = std::chrono::milliseconds(900);
 // Rows whose reading is newer and nothing else go out in turn: so many a look, and all within ten.
 constexpr size_t kRefreshed = 200;
 constexpr size_t kLooksForAll = 10;
-// So many changes in this time are followed one by one; of more, the last of each value counts.
+// So many changes in this time are followed one by one. Of more, the last of each value counts, as
+// often as values are shown, but twice a second at least.
 constexpr auto kFollowedEach = std::chrono::milliseconds(100);
-constexpr size_t kMostFollowed = 10000;
+constexpr size_t kMostFollowed = 2500;
+constexpr auto kFoundEach = std::chrono::milliseconds(500);
 constexpr char kNotReadYet[] = "never: no reply has brought it yet";
 
 bool isSame(const std::vector<PolledElement>& left, const std::vector<PolledElement>& right)
@@ -63,8 +65,8 @@ void LiveState::keepUp()
     takeIn();
     if (isUrgent()) {
         look();
-    } else if (clocks_.steady() - foundAt_ >= kFollowedEach) {
-        findChanges();
+    } else {
+        findInTime(clocks_.steady());
     }
 }
 
@@ -73,9 +75,18 @@ void LiveState::look()
     takeIn();
     feedEvents_.tellRest(clocks_.wall());
     const Clock::time_point now = clocks_.steady();
-    findChanges();
     if (isUrgent() || budget_.isDue(now)) {
+        findChanges();
         show(now);
+    } else {
+        findInTime(now);
+    }
+}
+
+void LiveState::findInTime(Clock::time_point now)
+{
+    if (now - foundAt_ >= (notFollowed_ ? kFoundEach : kFollowedEach)) {
+        findChanges();
     }
 }
 

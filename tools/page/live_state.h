@@ -77,6 +77,7 @@ private:
     void changed(size_t variable, WallClock::time_point at);
     void takeIn();
     bool isUrgent() const { return isOther_ || events_.newest() != newestEvent_; }
+    void findInTime(Clock::time_point now);
     void findChanges();
     bool differs(size_t variable) const;
     void show(Clock::time_point now);
