@@ -46,7 +46,7 @@ function link(status, now) {
   if (status.replay) return { text: '▷ recording', sub: 'no controller', mood: 'off', title: status.link.text };
   const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
   // The time of a silent link is that of its connection, not of its silence.
-  const lead = status.link.state === 'silent' ? ', connected' : ' since';
+  const lead = status.link.state === 'silent' ? ' up since' : ' since';
   const since = status.link.since === null ? '' : `${lead} ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
   return { text: looks.text, sub: `${status.controller}${since}`, mood: looks.mood, title };
