@@ -164,6 +164,15 @@ TEST_F(Why, ItIsNotReadAnyMore)
     EXPECT_EQ("The value is 4.0 s old: not read for 4.0 s.", conclusion("Main.W"));
 }
 
+TEST_F(Why, AnAddressInAnotherSpelling)
+{
+    plan({}, 8);
+    lookAt(1);
+    EXPECT_EQ("+ variable 8 of 8 in the polled list", step("Main.Grid[C]", "polled"));
+    EXPECT_EQ("+ variable 8 of 8 in the polled list", step("Main.Grid[c]", "polled"));
+    EXPECT_EQ("- not in the project's polled list", step("Main.Grid[b]", "polled"));
+}
+
 TEST_F(Why, AnAddressThatMeansNothingOrIsNotPolled)
 {
     lookAt(1);

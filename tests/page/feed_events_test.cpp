@@ -54,6 +54,12 @@ TEST_F(Events, ATimeOutNamesTheRequest)
               eventTexts().first());
 }
 
+TEST_F(Events, WhatIsNoFrameIsNoTimeOut)
+{
+    fails(100, ExchangeEnd::broken, {{3000, 0}});
+    EXPECT_EQ("stray", lastAt(200)["kind"].toString());
+}
+
 TEST_F(Events, AnExceptionHasItsCodeInWords)
 {
     fails(100, ExchangeEnd::exception, {{3000, 0}}, 2);

@@ -23,10 +23,13 @@ const char kProject[] = R"({
     { "name": "Mode", "type": "word", "address": 3032, "bits": true },
     { "name": "Temp", "type": "real", "address": 5000 },
     { "name": "Title", "type": "text", "address": 6000, "words": 3 },
+    { "name": "Grid", "type": "word", "address": 6800,
+      "array": { "radix": 16, "bounds": [[10, 13]] } },
     { "name": "Off", "type": "word", "address": 7000 } ] } ],
   "polled": [ { "address": "Main.Run" }, { "address": "Main.W", "name": "Level" },
     { "address": "Main.S" }, { "address": "Main.Mode", "format": "hex" },
-    { "address": "Main.Mode.b[2]" }, { "address": "Main.Temp" }, { "address": "Main.Title" } ]
+    { "address": "Main.Mode.b[2]" }, { "address": "Main.Temp" }, { "address": "Main.Title" },
+    { "address": "Main.Grid[C]" } ]
 })";
 
 WallClock::time_point wallAt(int ms)

@@ -42,6 +42,17 @@ QString msText(Clock::duration duration)
     return QString("%1 ms").arg(ms, 0, 'f', ms < 1 ? 3 : ms < 100 ? 1 : 0);
 }
 
+// One variable, spelt in two ways: an index as 1,C and 1,c. A label has one station.
+bool isSame(const project::Element& one, const project::Element& other)
+{
+    const auto labelOf = [](const project::Element& element) {
+        return element.addressText.section('.', 0, 0);
+    };
+    return !one.isRaw && !other.isRaw && labelOf(one) == labelOf(other) && one.type == other.type &&
+           one.address == other.address && one.bitNumber == other.bitNumber &&
+           one.words == other.words;
+}
+
 // One variable through all steps.
 class Explanation
 {
@@ -49,6 +60,9 @@ public:
     Explanation(const ExplainFacts& facts, const QString& address) : facts_(facts)
     {
         place_ = placeOf(facts.values.variables(), address);
+        if (!place_) {
+            place_ = placeInOtherWords(address);
+        }
         if (!place_) {
             explainUnpolled(address);
             return;
@@ -102,6 +116,21 @@ private:
                     .arg(variable.element.address);
         }
         return text + ", shown as " + project::formatName(variable.format);
+    }
+
+    std::optional<size_t> placeInOtherWords(const QString& address) const
+    {
+        const project::Expansion expansion = project::expandNamed(facts_.project, address);
+        if (!expansion.ok || expansion.elements.size() != 1) {
+            return std::nullopt;
+        }
+        const std::vector<PolledElement>& polled = facts_.values.variables();
+        for (size_t i = 0; i < polled.size(); ++i) {
+            if (isSame(polled[i].element, expansion.elements.front())) {
+                return i;
+            }
+        }
+        return std::nullopt;
     }
 
     void explainUnpolled(const QString& address)

@@ -194,13 +194,13 @@ void FeedEvents::takeExchange(const FeedEntry& entry)
     switch (last_.end) {
     case ExchangeEnd::timeout:
     case ExchangeEnd::cut:
-    case ExchangeEnd::broken:
         tell(entry, "timeout", text(), true, about);
         break;
     case ExchangeEnd::exception:
         tell(entry, "exception", text(), true, about);
         break;
     case ExchangeEnd::reply:
+    case ExchangeEnd::broken:
         tell(entry, "stray", text(), true, about);
         break;
     case ExchangeEnd::lost: // told as the connection's end

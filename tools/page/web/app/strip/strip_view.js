@@ -49,7 +49,7 @@ function link(status, now) {
   }
   const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
   // The time of a silent link is that of its connection, not of its silence.
-  const lead = status.link.state === 'silent' ? ', connected' : ' since';
+  const lead = status.link.state === 'silent' ? ' up since' : ' since';
   const since = status.link.since === null ? '' : `${lead} ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
   return { text: looks.text, sub: `${status.controller}${since}`, mood: looks.mood, title };
