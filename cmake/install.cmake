@@ -49,7 +49,7 @@ install(FILES docs/host-duties.md
   DESTINATION ${documents}/libtavmir-kx-tcp1-checked COMPONENT checked)
 if(TAVMIR_BUILD_TOOLS)
   install(FILES docs/project-file.md docs/check-host.md docs/protocol.md docs/page.md
-    docs/page.png docs/page-why.png
+    docs/page.png docs/page-why.png docs/recording.md
     DESTINATION ${documents}/tavmir-tools COMPONENT tools)
   install(FILES examples/plant.json DESTINATION ${documents}/tavmir-tools/examples COMPONENT tools)
   install(FILES examples/check-host/standard.script
