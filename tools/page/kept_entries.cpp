@@ -101,17 +101,17 @@ void KeptEntries::add(Kept kept)
 
 std::optional<FeedEntry> KeptEntries::at(quint64 number) const
 {
-    const Kept& kept = entries_[number - begin_];
-    if (kept.missed > 0) {
+    const Kept& found = kept(number);
+    if (found.missed > 0) {
         return std::nullopt;
     }
-    if (kept.other) {
-        return *kept.other;
+    if (found.other) {
+        return *found.other;
     }
     FeedEntry entry;
-    entry.at = kept.at;
-    entry.wall = kept.wall;
-    unpack(kept.exchange, entry.exchange);
+    entry.at = found.at;
+    entry.wall = found.wall;
+    unpack(found.exchange, entry.exchange);
     return entry;
 }
 
@@ -128,7 +128,7 @@ std::optional<FeedEntry> KeptEntries::connectionBefore(quint64 number) const
     if (behind == links_.begin()) {
         return connection_;
     }
-    FeedEntry entry = *entries_[*(behind - 1) - begin_].other;
+    FeedEntry entry = *kept(*(behind - 1)).other;
     entry.standing = true;
     return entry;
 }

@@ -33,7 +33,7 @@ public:
 
     // The entry of that number, which must be kept. None: entries are missing there.
     std::optional<FeedEntry> at(quint64 number) const;
-    quint64 missedAt(quint64 number) const { return entries_[number - begin_].missed; }
+    quint64 missedAt(quint64 number) const { return kept(number).missed; }
     // The number of the first kept entry at or behind the moment.
     quint64 firstAt(Clock::time_point moment) const;
 
@@ -57,6 +57,10 @@ private:
         size_t bytes() const;
     };
 
+    const Kept& kept(quint64 number) const
+    {
+        return entries_[static_cast<size_t>(number - begin_)];
+    }
     void add(Kept kept);
     static bool isLink(const FeedEntry& entry);
 

@@ -17,8 +17,9 @@ export class ReplayBar {
   #at = element('replay-at', HTMLInputElement);
   #time = element('replay-time', HTMLOutputElement);
   #timer = 0;
-  /** The slider is moved by hand and not yet where the program is. */
-  #moving = false;
+  /** How often the slider was moved by hand, and to which of these moves the program has gone. */
+  #moves = 0;
+  #arrived = 0;
 
   /**
    * @param {Store} store
@@ -45,11 +46,17 @@ export class ReplayBar {
     this.#send({ playing: !this.#playing, speed: this.#wanted });
   }
 
+  // Of moves in quick succession only the last is asked for, also while an earlier one is under way.
   #moved() {
-    this.#moving = true;
-    setText(this.#time, dayTime(Number(this.#at.value), Date.now()));
+    const at = Number(this.#at.value);
+    this.#moves += 1;
+    const moves = this.#moves;
+    setText(this.#time, dayTime(at, Date.now()));
     clearTimeout(this.#timer);
-    this.#timer = setTimeout(() => this.#send({ at: Number(this.#at.value) }), SETTLE_MS);
+    this.#timer = setTimeout(async () => {
+      await this.#send({ at });
+      this.#arrived = Math.max(this.#arrived, moves);
+    }, SETTLE_MS);
   }
 
   /** @param {object} wish */
@@ -59,8 +66,6 @@ export class ReplayBar {
     } catch (problem) {
       const words = problem instanceof Error ? problem.message : String(problem);
       this.#announcer.problem(`The recording stays where it is: ${words}`);
-    } finally {
-      this.#moving = false;
     }
   }
 
@@ -73,7 +78,7 @@ export class ReplayBar {
     setText(this.#play, replay.playing ? '❚❚ Pause' : '▶ Play');
     this.#at.min = String(replay.from);
     this.#at.max = String(replay.to);
-    if (this.#moving) return;
+    if (this.#arrived < this.#moves) return;
     this.#at.value = String(replay.at);
     setText(this.#time, dayTime(replay.at, Date.now()));
     if (document.activeElement !== this.#speed && replay.speed > 0) this.#speed.value = String(replay.speed);
