@@ -16,7 +16,7 @@ const CommandDescription kAll = {"all",
                                  "Everything.",
                                  kOutputOption | kFormatOption | kTimeoutOption | kRunOptions |
                                      kWriteOptions | kNamesOption | kTraceOption | kCaptureOptions |
-                                      kRecordOptions | kPageOptions,
+                                     kRecordOptions | kPageOptions,
                                  0,
                                  2};
 

@@ -317,7 +317,8 @@ TEST(HostProgram, BadInputIsOneLineAndNothingIsSent)
         const char* message;
     } cases[] = {
         {{}, "a command is missing: run, read, write, check, explain, diagnose, export or replay"},
-        {{"poll"}, "unknown command poll: run, read, write, check, explain, diagnose, export or replay"},
+        {{"poll"},
+         "unknown command poll: run, read, write, check, explain, diagnose, export or replay"},
         {{"run"}, "usage: tavmir-host run PROJECT"},
         {{"run", "/nonexistent/p.json"},
          "/nonexistent/p.json: cannot be read: No such file or directory"},
