@@ -129,7 +129,7 @@ void talkLive(std::string_view frames)
 void readWrite(const std::string& body)
 {
     const tavmir::host::ParsedWrite parsed = tavmir::host::parseWrite(body);
-    require(parsed.problem.contains('\n') == false);
+    require(!parsed.problem.contains('\n'));
 }
 
 } // namespace

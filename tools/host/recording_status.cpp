@@ -35,7 +35,7 @@ std::string recordingStatus(const std::optional<recorder::RecordingState>& state
         return "null";
     }
     const auto moment = [](recorder::Micros at) {
-        return at == 0 ? std::nullopt : std::optional<double>(static_cast<double>(at / 1000));
+        return at == 0 ? std::nullopt : std::optional<double>(static_cast<double>(at) / 1000);
     };
     std::string out;
     JsonWriter(out)

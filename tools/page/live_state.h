@@ -74,7 +74,7 @@ private:
     void take(const FeedEntry& entry);
     void takePlan(const PolledGeneration& plan);
     void takeLink(const FeedEntry& entry);
-    void changed(size_t variable, WallClock::time_point at);
+    void changed(size_t variable, WallClock::time_point moment);
     void takeIn();
     bool isUrgent() const { return isOther_ || events_.newest() != newestEvent_; }
     void findInTime(Clock::time_point now);
