@@ -13,6 +13,7 @@
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace tavmir::host
 {
@@ -23,7 +24,7 @@ class Output::Shared
 public:
     Shared(int descriptor, size_t mostWaiting) : descriptor_(descriptor), most_(mostWaiting) {}
 
-    void add(const QByteArray& piece)
+    void add(QByteArray piece)
     {
         std::unique_lock<std::mutex> lock(mutex_);
         const auto size = static_cast<size_t>(piece.size());
@@ -35,7 +36,7 @@ public:
             return;
         }
         waiting_ += size;
-        pieces_.push_back(piece);
+        pieces_.push_back(std::move(piece));
         changed_.notify_all();
     }
 
@@ -194,7 +195,8 @@ void Output::hurry()
 void Output::write(const QByteArray& piece)
 {
     if (!piece.isEmpty()) {
-        shared_->add(piece);
+        // Its own bytes: the other thread shares none with the caller.
+        shared_->add(QByteArray(piece.constData(), piece.size()));
     }
 }
 
