@@ -114,6 +114,30 @@ protected:
 
 } // namespace
 
+TEST_F(RecorderTest, ABurstThatNoLongerFitsIntoAFileIsNotLost)
+{
+    recorder.reset();
+    options.folder = QString::fromStdString(folder.pathOf("burst"));
+    options.limitBytes = 4 * kMiB;
+    begin();
+    constexpr quint32 kBurst = 15000;
+    constexpr quint32 kAll = 6 * kBurst;
+    for (quint32 number = 1; number <= kAll; ++number) {
+        reads(number);
+        if (number % kBurst == 0) {
+            ASSERT_TRUE(isWritten(number)) << said.join("\n").toStdString();
+        }
+    }
+    EXPECT_EQ(recorder->state().lostSamples, 0U);
+    recorder->stop();
+    EXPECT_GT(files(), 1U);
+    const std::vector<qint64> values = recorded(); // of the files that the limit leaves
+    EXPECT_GT(values.size(), kBurst);
+    for (size_t i = 0; i < values.size(); ++i) {
+        ASSERT_EQ(values[i], static_cast<qint64>((kAll - values.size() + i + 1) % 65536));
+    }
+}
+
 TEST_F(RecorderTest, WritesWhatTheFeedTellsAndLeavesNoLog)
 {
     ASSERT_EQ(opened, "");

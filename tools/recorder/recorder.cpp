@@ -157,26 +157,39 @@ void Recorder::loop()
 void Recorder::look()
 {
     quint64 missed = 0;
-    reader_->read([this](const host::FeedEntry& entry) { recording_.take(entry); },
-                  [&](quint64 count) {
-                      missed += count;
-                      recording_.gap(count, Clock::now());
-                  });
+    reader_->read(
+        [this](const host::FeedEntry& entry) {
+            recording_.take(entry);
+            if (state_.isOn() && isMuch(room_)) {
+                commit(std::max(entry.at, committedAt_));
+            }
+        },
+        [&](quint64 count) {
+            missed += count;
+            recording_.gap(count, Clock::now());
+        });
     if (missed > 0) {
         const std::lock_guard<std::mutex> lock(mutex_);
         state_.missedEvents += missed;
     }
     const Clock::time_point now = Clock::now();
     recording_.look(now);
-    const bool isMuch = recording_.waiting() * kMostRowBytes > mostInAFile() / 16;
-    if (now >= nextCommit_ || isMuch) {
+    if (now >= nextCommit_ || isMuch(0)) {
         nextCommit_ = now + kCommitEach;
         commit(now);
     }
 }
 
+// So much waits that it may not fit into `room` bytes, nor into what any file has left that is not
+// full.
+bool Recorder::isMuch(quint64 room) const
+{
+    return recording_.waiting() * kMostRowBytes > std::max(room, mostInAFile() / 16);
+}
+
 void Recorder::commit(Clock::time_point now)
 {
+    committedAt_ = now;
     if (!state_.isOn()) {
         retry(now);
     } else if (write(now)) {
@@ -191,6 +204,7 @@ void Recorder::commit(Clock::time_point now)
         }
     }
     makeRoom(mostInAFile() / 8);
+    room_ = file_ && file_->bytes() < mostInAFile() ? mostInAFile() - file_->bytes() : 0;
     publish();
 }
 

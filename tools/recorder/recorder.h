@@ -60,6 +60,7 @@ private:
     quint64 mostInAFile() const;
     void loop();
     void look();
+    bool isMuch(quint64 room) const;
     void commit(host::Clock::time_point now);
     bool write(host::Clock::time_point now);
     void retry(host::Clock::time_point now);
@@ -81,6 +82,8 @@ private:
     std::unique_ptr<RecordingFile> file_; // none: the last one was given up
     quint64 nextNumber_ = 1;
     host::Clock::time_point nextCommit_;
+    host::Clock::time_point committedAt_;
+    quint64 room_ = 0; // bytes that the file has left
     Micros coveredUntil_ = 0;
     std::unique_ptr<host::FeedReader> reader_;
 
