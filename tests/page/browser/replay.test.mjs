@@ -19,7 +19,8 @@ process.on('exit', () => rmSync(folder, { recursive: true, force: true }));
 
 const restarted = join(folder, 'restarted');
 pageTest('a recording stands in the strip, and trends reach back through it behind a restart',
-  { host: ['--record', restarted] }, async ({ plant, page }) => {
+  { host: ['--record', restarted] }, async ({ plant, page, watch }) => {
+    watch.expect(/WebSocket connection|ERR_CONNECTION_REFUSED|Failed to load resource/); // while it is away
     await page.stripSays('recording', /KiB|MiB/);
     const changes = async () => (await plant.json(`history?address=${encodeURIComponent(moving)}`)).t.length;
     await waited(changes, (count) => count > 30, 'changes');
