@@ -5,6 +5,7 @@
 #include "explain_conclusion.h"
 #include "frames_json.h"
 #include "json_writer.h"
+#include "polled_place.h"
 #include "project/printable.h"
 #include "project/raw_address.h"
 #include "project/value_format.h"
@@ -40,17 +41,6 @@ QString msText(Clock::duration duration)
 {
     const double ms = std::chrono::duration<double, std::milli>(duration).count();
     return QString("%1 ms").arg(ms, 0, 'f', ms < 1 ? 3 : ms < 100 ? 1 : 0);
-}
-
-// One variable, spelt in two ways: an index as 1,C and 1,c. A label has one station.
-bool isSame(const project::Element& one, const project::Element& other)
-{
-    const auto labelOf = [](const project::Element& element) {
-        return element.addressText.section('.', 0, 0);
-    };
-    return !one.isRaw && !other.isRaw && labelOf(one) == labelOf(other) && one.type == other.type &&
-           one.address == other.address && one.bitNumber == other.bitNumber &&
-           one.words == other.words;
 }
 
 // One variable through all steps.
@@ -124,13 +114,7 @@ private:
         if (!expansion.ok || expansion.elements.size() != 1) {
             return std::nullopt;
         }
-        const std::vector<PolledElement>& polled = facts_.values.variables();
-        for (size_t i = 0; i < polled.size(); ++i) {
-            if (isSame(polled[i].element, expansion.elements.front())) {
-                return i;
-            }
-        }
-        return std::nullopt;
+        return placeOfVariable(facts_.values.variables(), expansion.elements.front());
     }
 
     void explainUnpolled(const QString& address)
@@ -349,16 +333,6 @@ private:
 };
 
 } // namespace
-
-std::optional<size_t> placeOf(const std::vector<PolledElement>& polled, const QString& address)
-{
-    for (size_t i = 0; i < polled.size(); ++i) {
-        if (project::shownAddress(polled[i].element) == address) {
-            return i;
-        }
-    }
-    return std::nullopt;
-}
 
 std::string explainJson(const QString& address, const ExplainFacts& facts)
 {

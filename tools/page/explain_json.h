@@ -29,9 +29,6 @@ struct ExplainFacts {
 //   address  any text
 std::string explainJson(const QString& address, const ExplainFacts& facts);
 
-// The place in the list of what is polled under this address; none: it is not polled.
-std::optional<size_t> placeOf(const std::vector<PolledElement>& polled, const QString& address);
-
 } // namespace tavmir::host
 
 #endif

@@ -5,6 +5,7 @@
 #include "frames_json.h"
 #include "json_writer.h"
 #include "plan_json.h"
+#include "polled_place.h"
 #include "query_numbers.h"
 #include "status_json.h"
 #include "variable_words.h"
