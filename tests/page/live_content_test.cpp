@@ -527,8 +527,9 @@ TEST_F(LivePage, EntriesThatWereMissedAreSaid)
     }
     lookAt(10);
     EXPECT_GT(get("status")["missed"].toInt(), 1000);
-    EXPECT_NE(-1, eventTexts().indexOf(QRegExp("[0-9]+ events were missed: what they held is not "
-                                               "shown")));
+    EXPECT_NE(-1,
+              eventTexts().indexOf(QRegExp("[0-9]+ events were missed: what happened meanwhile is "
+                                           "not shown")));
 }
 
 } // namespace tavmir::host

@@ -8,9 +8,9 @@
 #include "polled_place.h"
 #include "project/printable.h"
 #include "project/raw_address.h"
+#include "project/type_words.h"
 #include "project/value_format.h"
 #include "value_rows.h"
-#include "variable_words.h"
 #include "wire/frame_layout.h"
 
 namespace tavmir::host
@@ -62,7 +62,9 @@ public:
         name_ = variable.name;
         quality_ = facts_.values.quality(*place_, facts_.now);
         found_ = exchangesOf(facts_.kept, wireElements(variable.element, variable.station));
-        add({"resolved", "Address", true, describe(variable), QString()});
+        add({"resolved", "Address", true,
+             describe(variable.element) + ", shown as " + project::formatName(variable.format),
+             QString()});
         addPolled();
         addStation(variable);
         addRequest(variable);
@@ -93,19 +95,15 @@ public:
 private:
     void add(const Step& step) { steps_.push_back(step); }
 
-    static QString describe(const PolledElement& variable)
+    static QString describe(const project::Element& element)
     {
-        QString text = QString("a %1 at bit address %2")
-                           .arg(typeWord(variable.element))
-                           .arg(variable.element.address);
-        if (variable.element.bitNumber) {
-            text =
-                QString("bit %1 of the %2 at bit address %3")
-                    .arg(*variable.element.bitNumber)
-                    .arg(variable.element.type == project::DataType::word ? "word" : "double word")
-                    .arg(variable.element.address);
-        }
-        return text + ", shown as " + project::formatName(variable.format);
+        return element.bitNumber ? QString("bit %1 of the %2 at bit address %3")
+                                       .arg(*element.bitNumber)
+                                       .arg(project::typeWord(element.type))
+                                       .arg(element.address)
+                                 : QString("a %1 at bit address %2")
+                                       .arg(project::typeInWords(element))
+                                       .arg(element.address);
     }
 
     std::optional<size_t> placeInOtherWords(const QString& address) const
@@ -133,11 +131,7 @@ private:
             conclusion_ = "The address stands for several values: ask for one of them.";
             return;
         }
-        add({"resolved", "Address", true,
-             QString("a %1 at bit address %2")
-                 .arg(typeWord(expansion.elements.front()))
-                 .arg(expansion.elements.front().address),
-             QString()});
+        add({"resolved", "Address", true, describe(expansion.elements.front()), QString()});
         add({"polled", "Polled", false, "not in the project's polled list", QString()});
         conclusion_ = "The value is not there because it is not polled: nobody asks for it.";
     }
@@ -274,7 +268,7 @@ private:
             add({"value", "Value", true, project::printable(text), QString()});
         } else if (parts > 1 && missing < parts) {
             add({"value", "Value", false,
-                 QString("%1 of its %2 words have come: it is shown when all have")
+                 QString("%1 of its %2 words came: it is shown when all have")
                      .arg(parts - missing)
                      .arg(parts),
                  QString()});

@@ -3,6 +3,7 @@
 
 #include "feed/line_health.h"
 #include "moments.h"
+#include "project/counted.h"
 #include "project/raw_address.h"
 #include "wire/frame_layout.h"
 
@@ -113,9 +114,8 @@ void FeedEvents::take(const FeedEntry& entry)
         break;
     case FeedKind::gaveUp:
         tell(entry, "gaveUp",
-             QString("given up after %1 %2: %3")
-                 .arg(last_.attempt)
-                 .arg(last_.attempt == 1 ? "attempt" : "attempts", subjectOf(last_)),
+             QString("given up after %1: %2")
+                 .arg(project::counted(last_.attempt, "attempt", "attempts"), subjectOf(last_)),
              true, aboutOnly(last_));
         break;
     case FeedKind::connected:
@@ -158,7 +158,9 @@ void FeedEvents::gap(quint64 missed, WallClock::time_point at)
 {
     FeedEntry entry;
     entry.wall = at;
-    tell(entry, "gap", QString("%1 events were missed: what they held is not shown").arg(missed),
+    tell(entry, "gap",
+         project::counted(missed, "event was", "events were") +
+             " missed: what happened meanwhile is not shown",
          true);
 }
 
@@ -177,7 +179,8 @@ void FeedEvents::takePlan(const FeedEntry& entry)
         }
     }
     if (!entry.standing && !isFirst) {
-        tell(entry, "planChanged", QString("%1 variables are polled").arg(polled_.size()), false);
+        tell(entry, "planChanged",
+             project::counted(polled_.size(), "variable is", "variables are") + " polled", false);
     }
 }
 
@@ -228,8 +231,8 @@ void FeedEvents::takeStray(const FeedEntry& entry)
         break;
     case Stray::remainder:
         tell(entry, "stray",
-             QString("%1 bytes of no whole frame were left when the connection ended")
-                 .arg(entry.received.size()),
+             project::counted(entry.received.size(), "byte", "bytes") +
+                 " of no whole frame came before the connection ended",
              true);
         break;
     }
