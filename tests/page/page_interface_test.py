@@ -204,6 +204,13 @@ class PageInterface(unittest.TestCase):
         self.assertEqual(status, 200)
         self.assertIn(b"<html", body.lower())
 
+    def test_the_chart_comes_with_its_licence(self):
+        page = self.page(self.controller().place)
+        self.assertEqual(page.ask("/vendor/uPlot.esm.js")[0], 200)
+        status, licence = page.ask("/vendor/uPlot.LICENSE.txt")
+        self.assertEqual(status, 200)
+        self.assertIn(b"Permission is hereby granted", licence)
+
     def test_the_requests_foretold_are_those_on_the_wire(self):
         page = self.page(self.controller().place)
         self.await_good(page)
