@@ -1,9 +1,9 @@
 // The steps, each in words, and what they come to.
 #include "explain_json.h"
 
-#include "exchange_search.h"
 #include "explain_conclusion.h"
-#include "frames_json.h"
+#include "explain_exchange.h"
+#include "explain_request.h"
 #include "json_writer.h"
 #include "polled_place.h"
 #include "project/printable.h"
@@ -11,37 +11,12 @@
 #include "project/type_words.h"
 #include "project/value_format.h"
 #include "value_rows.h"
-#include "wire/frame_layout.h"
 
 namespace tavmir::host
 {
 
 namespace
 {
-
-constexpr int kMostShared = 10;
-
-struct Step {
-    const char* step = "";
-    QString title;
-    std::optional<bool> ok; // none: nothing is known yet, or it cannot be said
-    QString text;
-    QString detail; // null: none
-};
-
-QString namesInWords(const QStringList& names)
-{
-    const int more = names.size() - kMostShared;
-    const QString all = names.mid(0, kMostShared).join(", ");
-    return more > 0 ? QString("%1 and %2 more").arg(all).arg(more) : all;
-}
-
-// "0.41 ms"
-QString msText(Clock::duration duration)
-{
-    const double ms = std::chrono::duration<double, std::milli>(duration).count();
-    return QString("%1 ms").arg(ms, 0, 'f', ms < 1 ? 3 : ms < 100 ? 1 : 0);
-}
 
 // One variable through all steps.
 class Explanation
@@ -67,9 +42,10 @@ public:
              QString()});
         addPolled();
         addStation(variable);
-        addRequest(variable);
-        addExchange();
-        addBytes(variable);
+        request_ = sharedRequest(facts_, variable);
+        add(request_.step);
+        add(exchangeStep(facts_, found_));
+        add(bytesStep(facts_, found_, *place_));
         addValue(variable);
         addAge();
         conclusion_ = conclude(variable);
@@ -81,7 +57,7 @@ public:
         JsonWriter json(out);
         json.beginObject().key("address").text(address_).key("name").text(name_);
         json.key("steps").beginArray();
-        for (const Step& step : steps_) {
+        for (const ExplainStep& step : steps_) {
             json.beginObject().key("step").text(step.step).key("title").text(step.title);
             json.key("ok");
             step.ok ? json.boolean(*step.ok) : json.null();
@@ -93,7 +69,7 @@ public:
     }
 
 private:
-    void add(const Step& step) { steps_.push_back(step); }
+    void add(const ExplainStep& step) { steps_.push_back(step); }
 
     static QString describe(const project::Element& element)
     {
@@ -168,95 +144,6 @@ private:
              QString()});
     }
 
-    void addRequest(const PolledElement& variable)
-    {
-        const std::vector<WireElement> parts = wireElements(variable.element, variable.station);
-        const FrameWords words(facts_.asked);
-        for (size_t i = 0; i < facts_.frames.size(); ++i) {
-            const PlannedFrame& frame = facts_.frames[i];
-            const auto& held = frame.elements;
-            if (std::find(held.begin(), held.end(), parts.front()) == held.end()) {
-                continue;
-            }
-            request_ = QString("request %1 of %2").arg(i + 1).arg(facts_.frames.size());
-            QStringList others;
-            for (const auto& user : words.variablesOf(frame)) {
-                if (facts_.asked[user.first].name != variable.name) {
-                    others << words.nameOf(user);
-                }
-            }
-            shares_ = others.size();
-            add({"request", "Request", true,
-                 QString("%1 of a pass, %2; %3")
-                     .arg(request_,
-                          others.isEmpty() ? QString("shared with nobody")
-                                           : "shared with " + namesInWords(others),
-                          endInWords(frame)),
-                 QString()});
-            return;
-        }
-        add({"request", "Request", false, "in no request of a pass", QString()});
-    }
-
-    QString ago(Clock::time_point moment) const
-    {
-        return durationText(facts_.now - moment) + " ago";
-    }
-
-    QString linkProblem() const { return facts_.values.line().problem(); }
-
-    void addExchange()
-    {
-        const LineHealth& line = facts_.values.line();
-        if (!found_.last) {
-            add({"exchange", "Last exchange",
-                 line.isConnected() ? std::optional<bool>() : std::optional<bool>(false),
-                 line.isConnected() ? QString("not asked for yet: its turn will come")
-                                    : "nothing is sent: " + line.words(facts_.now),
-                 QString()});
-            return;
-        }
-        const Exchange& exchange = found_.last->exchange;
-        const QString took = msText(exchange.endedAt - exchange.sentAt);
-        QString text =
-            exchange.isGood()
-                ? QString("answered %1, after %2").arg(ago(exchange.endedAt), took)
-                : QString("%1, %2").arg(endInWords(exchange, linkProblem()), ago(exchange.endedAt));
-        if (exchange.attempt > 1) {
-            text += QString(", attempt %1").arg(exchange.attempt);
-        }
-        QString detail = "> " + bytesInWords(exchange.request, exchange.requestKept());
-        if (exchange.answered()) {
-            detail += "\n< " + bytesInWords(exchange.reply, exchange.replyKept());
-        }
-        add({"exchange", "Last exchange", exchange.isGood(), text, detail});
-    }
-
-    void addBytes(const PolledElement& variable)
-    {
-        const std::optional<size_t> at =
-            found_.lastGood ? offsetInReply(found_.lastGood->exchange, *found_.element)
-                            : std::nullopt;
-        if (!at) {
-            add({"bytes", "Bytes", std::nullopt, "no reply that is still kept brought any",
-                 QString()});
-            return;
-        }
-        const Exchange& exchange = found_.lastGood->exchange;
-        const size_t size =
-            wire::findFunctionCode(exchange.request[wire::kFunctionOffset])->valueBytes;
-        const unsigned char* value = exchange.reply + *at + wire::kAddressBytes;
-        const bool isPart = facts_.values.parts(*place_) > 1;
-        add({"bytes", "Bytes", true,
-             QString("bytes %1 to %2 of the reply %3: %4%5")
-                 .arg(*at + wire::kAddressBytes + 1)
-                 .arg(*at + wire::kAddressBytes + size)
-                 .arg(ago(exchange.endedAt), bytesInWords(value, size),
-                      isPart ? QString(", one of its %1 words").arg(variable.element.words)
-                             : QString()),
-             "< " + bytesInWords(exchange.reply, exchange.replyKept())});
-    }
-
     void addValue(const PolledElement& variable)
     {
         const FoldedValue value = facts_.values.value(*place_);
@@ -280,7 +167,8 @@ private:
     void addAge()
     {
         const FoldedValue value = facts_.values.value(*place_);
-        const QString age = value.readAt ? "read " + ago(*value.readAt) : QString("never read");
+        const QString age =
+            value.readAt ? "read " + agoInWords(facts_, *value.readAt) : QString("never read");
         const QString quality =
             quality_.reason.isEmpty()
                 ? QString(qualityWord(quality_.quality))
@@ -297,8 +185,8 @@ private:
         if (readAt) {
             why.age = facts_.now - *readAt;
         }
-        why.request = request_;
-        why.shares = shares_;
+        why.request = request_.request;
+        why.shares = request_.shares;
         why.isConnected = facts_.values.line().isConnected();
         why.wasConnected = facts_.values.line().wasConnected();
         why.line = facts_.values.line().words(facts_.now);
@@ -309,7 +197,7 @@ private:
         why.missingParts = facts_.values.missingParts(*place_);
         why.wasAsked = found_.last.has_value();
         if (found_.last && !found_.last->exchange.isGood()) {
-            why.failure = endInWords(found_.last->exchange, linkProblem());
+            why.failure = endInWords(found_.last->exchange, facts_.values.line().problem());
         }
         return conclusionOf(why);
     }
@@ -320,9 +208,8 @@ private:
     QString name_;
     ValueQuality quality_;
     FoundExchanges found_;
-    QString request_; // "request 2 of 3"; empty: in none
-    int shares_ = 0;
-    std::vector<Step> steps_;
+    SharedRequest request_;
+    std::vector<ExplainStep> steps_;
     QString conclusion_;
 };
 
