@@ -2,9 +2,7 @@
 import { element, show } from '../view/dom.js';
 import { Cursors } from './cursors.js';
 import { Lane } from './lane.js';
-import { arrange } from './lane_layout.js';
-import { LaneMemory } from './lane_memory.js';
-import { markedEvents } from './overlays.js';
+import { PinnedLanes } from './pinned_lanes.js';
 import { TimeWindow } from './time_window.js';
 import { saveTrends } from './save_trends.js';
 import { trendKeys } from './trend_keys.js';
@@ -14,7 +12,6 @@ import { drawTrendState, trendToolbar } from './trend_toolbar.js';
  * @typedef {import('../feed/store.js').Store} Store
  * @typedef {import('../view/colours.js').Colours} Colours
  * @typedef {import('../view/announcer.js').Announcer} Announcer
- * @typedef {{lane: Lane, memory: LaneMemory}} Pinned
  */
 
 const CATCH_UP_MS = 2000;
@@ -29,8 +26,7 @@ export class TrendsView {
   #announcer;
   #section = element('trends', HTMLElement);
   #box = element('lanes', HTMLElement);
-  /** @type {Map<string, Pinned>} */
-  #pinned = new Map();
+  #lanes;
   #size = { width: 0, height: 0 };
   #drawn = 0;
   #settling = 0;
@@ -45,11 +41,12 @@ export class TrendsView {
     this.#store = store;
     this.#colours = colours;
     this.#announcer = announcer;
-    store.tap((rows, now) => this.#take(rows, now));
+    this.#lanes = new PinnedLanes(store, this.#box, (variable) => this.#lane(variable));
+    store.tap((rows, now) => this.#lanes.take(rows, now));
     store.on(['pins', 'variables'], () => this.#pinsChanged());
-    store.on(['values', 'link', 'status'], () => this.#say());
+    store.on(['values', 'link', 'status'], () => this.#lanes.say(store.link === 'live'));
     store.on(['link'], () => this.#linkChanged());
-    colours.onChange(() => this.#pinned.forEach(({ lane }) => lane.redraw()));
+    colours.onChange(() => this.#lanes.lanes.forEach((lane) => lane.redraw()));
     setInterval(() => this.#tick(), PICTURE_MS);
     setInterval(() => this.#catchUp(), CATCH_UP_MS);
     new ResizeObserver((entries) => this.#resized(entries[0].contentRect)).observe(this.#box);
@@ -68,7 +65,7 @@ export class TrendsView {
   /** @param {number} span milliseconds */
   setSpan(span) {
     this.window.setSpan(span);
-    for (const { memory } of this.#pinned.values()) memory.load(span, this.now).then(() => this.draw());
+    this.#lanes.load(span, this.now, () => this.draw());
     this.moved();
   }
 
@@ -84,7 +81,7 @@ export class TrendsView {
 
   backToLive() {
     this.window.backToLive();
-    for (const { memory } of this.#pinned.values()) memory.letGo();
+    this.#lanes.letGo();
     this.#announcer.say('Trends live');
     this.moved();
   }
@@ -132,70 +129,41 @@ export class TrendsView {
 
   async #hold() {
     const { now } = this;
-    const window = this.window.at(now);
-    await Promise.all([...this.#pinned.values()].map(({ memory }) => memory.hold(window, now)));
+    await this.#lanes.hold(this.window.at(now), now);
     this.draw();
-  }
-
-  /**
-   * @param {import('../feed/messages.js').ValueRow[]} rows
-   * @param {number} now
-   */
-  #take(rows, now) {
-    if (this.#pinned.size === 0) return;
-    for (const row of rows) {
-      const address = this.#store.variables[row[0]]?.address;
-      if (address !== undefined) this.#pinned.get(address)?.memory.take(row, now);
-    }
   }
 
   /** The time jumped: in a recording, or after a long sleep. */
   reload() {
-    const { now } = this;
-    for (const { memory } of this.#pinned.values()) {
-      memory.reset(now);
-      memory.load(this.window.span, now).then(() => this.draw());
-    }
+    this.#lanes.forget(this.now);
+    this.#lanes.load(this.window.span, this.now, () => this.draw());
   }
 
   #linkChanged() {
     const at = this.#store.clock.heardAt;
     if (this.#store.link === 'live') this.#catchUp();
-    else if (at !== null) for (const { memory } of this.#pinned.values()) memory.lose(at);
+    else if (at !== null) this.#lanes.lose(at);
     this.draw();
   }
 
   #catchUp() {
     if (this.#store.link !== 'live') return;
-    const { now } = this;
     const held = this.window.held ? this.window.held.from : Infinity;
-    for (const { memory } of this.#pinned.values()) {
-      memory.catchUp(this.window.span, now);
-      memory.trim(Math.min(now - this.window.span * 1.5, held));
-    }
+    this.#lanes.catchUp(this.window.span, this.now, held);
   }
 
   #pinsChanged() {
-    const { pins } = this.#store;
-    for (const [address, { lane }] of this.#pinned) {
-      const variable = this.#store.variableAt(address);
-      if (pins.includes(address) && variable === lane.variable) continue;
-      lane.close();
-      this.#pinned.delete(address);
-    }
-    for (const address of pins) this.#add(address);
-    show(element('trends-empty', HTMLElement), this.#pinned.size === 0);
-    this.#arrange();
-    this.#say();
+    this.#lanes.follow(this.window.span, this.now, () => this.draw());
+    show(element('trends-empty', HTMLElement), this.#lanes.size === 0);
+    this.#lanes.arrange(this.#size);
+    this.#lanes.say(this.#store.link === 'live');
     this.moved();
   }
 
-  /** @param {string} address */
-  #add(address) {
-    const variable = this.#store.variableAt(address);
-    if (!variable || this.#pinned.has(address)) return;
-    const lane = new Lane(variable, this.#colours, this.cursors, {
-      hover: (at) => this.#pinned.forEach((each) => each.lane.hover(at)),
+  /** @param {import('../feed/messages.js').Variable} variable */
+  #lane(variable) {
+    return new Lane(variable, this.#colours, this.cursors, {
+      hover: (at) => this.#lanes.lanes.forEach((lane) => lane.hover(at)),
       click: (at) => this.#clicked(at),
       drag: (from, to) => {
         this.window.zoomTo(from, to);
@@ -203,11 +171,7 @@ export class TrendsView {
       },
       wheel: (at, event) => this.#wheel(at, event),
       doubleClick: () => this.backToLive(),
-    }, () => this.#store.togglePin(address));
-    const memory = new LaneMemory(address, this.now);
-    memory.load(this.window.span, this.now).then(() => this.draw());
-    this.#pinned.set(address, { lane, memory });
-    this.#box.append(lane.root);
+    }, () => this.#store.togglePin(variable.address));
   }
 
   /** @param {number} at */
@@ -228,16 +192,12 @@ export class TrendsView {
   /** @param {{width: number, height: number}} size */
   #resized({ width, height }) {
     this.#size = { width: Math.floor(width), height: Math.floor(height) };
-    this.#arrange();
+    this.#lanes.arrange(this.#size);
     this.draw();
   }
 
-  #arrange() {
-    arrange([...this.#pinned.values()].map(({ lane }) => lane), this.#size);
-  }
-
   #tick() {
-    if (!this.window.live || this.#store.link !== 'live' || this.#pinned.size === 0 || this.#waiting) return;
+    if (!this.window.live || this.#store.link !== 'live' || this.#lanes.size === 0 || this.#waiting) return;
     const pixel = this.window.span / Math.max(100, this.#size.width);
     if (performance.now() - this.#drawn < Math.min(1000, pixel) - PICTURE_MS / 2) return;
     this.#waiting = true;
@@ -253,27 +213,15 @@ export class TrendsView {
     const live = this.#store.link === 'live';
     const until = live ? this.now : this.#store.clock.heardAt ?? this.now;
     const window = this.window.at(until);
-    for (const { lane, memory } of this.#pinned.values()) {
-      const events = markedEvents([...memory.events, ...this.#store.events], lane.address);
-      lane.draw(memory.series(window, this.window.live), window, until, events);
-      lane.measure(window);
-    }
-    const problem = [...this.#pinned.values()].find(({ memory }) => memory.problem !== '')?.memory.problem ?? '';
+    this.#lanes.draw(window, this.window.live, until);
+    const { problem } = this.#lanes;
     drawTrendState(this, window, until, { lost: !live, problem });
-  }
-
-  #say() {
-    const live = this.#store.link === 'live';
-    for (const { lane } of this.#pinned.values()) {
-      const row = this.#store.values[lane.variable.index];
-      if (row) lane.say(row, live);
-    }
   }
 
   async saveCsv() {
     const { from, to } = this.window.at(this.now);
     const [begin, end] = this.cursors.both ?? [from, to];
-    const variables = [...this.#pinned.values()].map(({ lane }) => lane.variable);
+    const variables = this.#lanes.lanes.map((lane) => lane.variable);
     await saveTrends(variables, { from: begin, to: end }, this.#announcer);
   }
 }
