@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr int kColumnGap = 2;
-constexpr char kNeverRead[] = "–";
+constexpr char kNothingRead[] = "–";
 constexpr char kDim[] = "\x1b[2m";
 constexpr char kRed[] = "\x1b[31m";
 constexpr char kYellow[] = "\x1b[33m";
@@ -55,7 +55,7 @@ std::optional<OutputFormat> outputFormatFromName(const QString& name)
 
 QString shownValue(const ValueRow& row)
 {
-    return row.value.isNull() ? QString(kNeverRead) : printable(row.value);
+    return row.value.isNull() ? QString(kNothingRead) : printable(row.value);
 }
 
 QString markedValue(const ValueRow& row)

@@ -27,7 +27,7 @@ constexpr qint64 kAddressSpace = Q_INT64_C(1) << 32;
 // An index of the driver's has 31 bits: two arrays cover the addresses.
 constexpr int kIndexBits = 31;
 
-Expansion refuse(const QString& problem)
+Expansion noElements(const QString& problem)
 {
     Expansion refused;
     refused.problem = problem;
@@ -83,34 +83,35 @@ Expansion rawElements(const QString& text)
 {
     const QStringList parts = text.mid(1).split(':');
     if (parts.size() < 2 || parts.size() > 3) {
-        return refuse("without a variable an address is @bit:, @word: or @dword:, the bit address, "
-                      "and where there are more : and how many, as in @word:3016:4");
+        return noElements(
+            "without a variable an address is @bit:, @word: or @dword:, the bit address, "
+            "and where there are more : and how many, as in @word:3016:4");
     }
     const RawClass* rawClass = classNamed(parts.at(0));
     if (rawClass == nullptr) {
-        return refuse(QString("no class %1: bit, word or dword").arg(quoted(parts.at(0))));
+        return noElements(QString("no class %1: bit, word or dword").arg(quoted(parts.at(0))));
     }
     const std::optional<qint64> address = wholeNumber(parts.at(1));
     const qint64 last = kAddressSpace - rawClass->bits;
     if (!address || *address > last) {
-        return refuse(QString("%1 is no bit address of a %2: 0 to %3")
-                          .arg(quoted(parts.at(1)), rawClass->name)
-                          .arg(last));
+        return noElements(QString("%1 is no bit address of a %2: 0 to %3")
+                              .arg(quoted(parts.at(1)), rawClass->name)
+                              .arg(last));
     }
     if (*address % rawClass->alignment != 0) {
-        return refuse(QString("a %1 begins at a multiple of %2, such as %3, not at %4")
-                          .arg(rawClass->name)
-                          .arg(rawClass->alignment)
-                          .arg(*address - *address % rawClass->alignment)
-                          .arg(*address));
+        return noElements(QString("a %1 begins at a multiple of %2, such as %3, not at %4")
+                              .arg(rawClass->name)
+                              .arg(rawClass->alignment)
+                              .arg(*address - *address % rawClass->alignment)
+                              .arg(*address));
     }
     const std::optional<qint64> count = parts.size() == 3 ? wholeNumber(parts.at(2)) : 1;
     if (!count || *count < 1 || *count > kMostRawElements) {
-        return refuse(
+        return noElements(
             QString("%1 is no count: 1 to %2").arg(quoted(parts.at(2))).arg(kMostRawElements));
     }
     if (*address + (*count - 1) * rawClass->bits > last) {
-        return refuse(QString("%1 of them end beyond the last address 4294967295").arg(*count));
+        return noElements(QString("%1 of them end beyond the last address 4294967295").arg(*count));
     }
     Expansion expansion;
     expansion.ok = true;
