@@ -9,6 +9,8 @@ import subprocess
 import tempfile
 import time
 
+from programs import WITH_ROOM
+
 PATIENCE = 60  # seconds
 
 CONNECTION = {"host": "127.0.0.1", "port": 5020, "station": 1, "connectTimeoutMs": 5000,
@@ -95,7 +97,7 @@ class Capture(Program):
     """tcpdump on loopback. What it cannot do is an error, with its own words."""
 
     def __init__(self, path, port):
-        super().__init__("tcpdump", "-i", "lo", "-n", "--immediate-mode", "-U", "-B", "32768",
+        super().__init__("tcpdump", "-i", "lo", "-n", "--immediate-mode", "-U", *WITH_ROOM,
                          "--time-stamp-precision=nano", "-w", path, f"tcp port {port}",
                          signal_number=signal.SIGINT)
         said = []
