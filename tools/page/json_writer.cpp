@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 
 namespace tavmir::host
 {
@@ -12,6 +13,7 @@ namespace
 
 constexpr char kDigits[] = "0123456789abcdef";
 constexpr uint kReplacement = 0xFFFD;
+constexpr double kShortWhole = 1e5;
 constexpr uint kLineSeparator = 0x2028;
 constexpr uint kParagraphSeparator = 0x2029;
 
@@ -60,7 +62,7 @@ template <typename Number> void appendNumber(std::string& out, Number number)
 {
     char text[32];
     const std::to_chars_result end = std::to_chars(text, text + sizeof text, number);
-    out.append(text, end.ptr);
+    out.append(text, static_cast<size_t>(end.ptr - text));
 }
 
 } // namespace
@@ -144,7 +146,13 @@ JsonWriter& JsonWriter::number(double number)
         return null();
     }
     separate();
-    appendNumber(out_, number);
+    // So short a whole number has no shorter text than its digits, which are found faster so.
+    const int whole = std::abs(number) < kShortWhole ? static_cast<int>(number) : 0;
+    if (whole != 0 && static_cast<double>(whole) == number) {
+        appendNumber(out_, whole);
+    } else {
+        appendNumber(out_, number);
+    }
     return *this;
 }
 
