@@ -30,8 +30,8 @@ void pack(const FeedEntry& entry, unsigned char* bytes)
     const size_t request = exchange.requestKept();
     std::memcpy(bytes, &entry.wall, kWall);
     std::memcpy(bytes + kWall, &exchange, kHead);
-    std::memcpy(bytes + kWall + kHead, exchange.request, request);
-    std::memcpy(bytes + kWall + kHead + request, exchange.reply, exchange.replyKept());
+    copyBytes(bytes + kWall + kHead, exchange.request, request);
+    copyBytes(bytes + kWall + kHead + request, exchange.reply, exchange.replyKept());
 }
 
 void unpack(const unsigned char* bytes, FeedEntry& entry)
@@ -40,8 +40,8 @@ void unpack(const unsigned char* bytes, FeedEntry& entry)
     std::memcpy(static_cast<void*>(&entry.wall), bytes, kWall);
     std::memcpy(static_cast<void*>(&exchange), bytes + kWall, kHead);
     const size_t request = exchange.requestKept();
-    std::memcpy(exchange.request, bytes + kWall + kHead, request);
-    std::memcpy(exchange.reply, bytes + kWall + kHead + request, exchange.replyKept());
+    copyBytes(exchange.request, bytes + kWall + kHead, request);
+    copyBytes(exchange.reply, bytes + kWall + kHead + request, exchange.replyKept());
 }
 
 } // namespace

@@ -178,11 +178,13 @@ void LiveState::list(WallClock::time_point since)
             continue;
         }
         const QString address = project::shownAddress(variables[i].element);
+        const NumberShape shape = shapeOf(variables[i].element, variables[i].format);
         const auto found = tracks_.find(address);
-        trackOf_[i] = found != tracks_.end() ? found->second : history_.addTrack();
+        trackOf_[i] = found != tracks_.end() ? found->second : history_.addTrack(shape);
         if (found == tracks_.end()) {
             history_.setGap(*trackOf_[i], wholeMsOf(since), kNotReadYet);
         }
+        history_.setShape(*trackOf_[i], shape);
         tracks_[address] = *trackOf_[i];
     }
 }
