@@ -1,6 +1,7 @@
 // Characters into bytes.
 #include "json_writer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -21,6 +22,22 @@ constexpr uint kParagraphSeparator = 0x2029;
 bool isPlain(uint character)
 {
     return character >= 0x20 && character < 0x7F && character != '"' && character != '\\';
+}
+
+// As many of them as can be, by and by in pieces; returns how many.
+int appendPlain(std::string& out, const QChar* characters, int size)
+{
+    char piece[64];
+    int done = 0;
+    while (done < size && isPlain(characters[done].unicode())) {
+        const int most = std::min(size, done + static_cast<int>(sizeof piece));
+        size_t length = 0;
+        for (; done < most && isPlain(characters[done].unicode()); ++done) {
+            piece[length++] = static_cast<char>(characters[done].unicode());
+        }
+        out.append(piece, length);
+    }
+    return done;
 }
 
 void appendEscape(std::string& out, uint character)
@@ -72,7 +89,7 @@ void appendJsonText(std::string& out, const QString& text)
     out += '"';
     const int size = text.size();
     const QChar* characters = text.constData();
-    for (int i = 0; i < size; ++i) {
+    for (int i = appendPlain(out, characters, size); i < size; ++i) {
         const QChar character = characters[i];
         if (isPlain(character.unicode())) {
             out += static_cast<char>(character.unicode());
@@ -104,14 +121,6 @@ JsonWriter& JsonWriter::close(char bracket)
     out_ += bracket;
     isFirst_ = false;
     return *this;
-}
-
-void JsonWriter::separate()
-{
-    if (!isFirst_) {
-        out_ += ',';
-    }
-    isFirst_ = false;
 }
 
 JsonWriter& JsonWriter::key(const char* name)
