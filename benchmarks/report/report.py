@@ -81,6 +81,16 @@ def page_table(page):
     return table(["in sight", "busy", "spread", "changes/s of one value", "script memory"], rows)
 
 
+def load_table(load):
+    rows = []
+    for host in load["hosts"]:
+        what = "page open, recording" if host["page"] and host["recording"] else \
+            "page open" if host["page"] else "recording" if host["recording"] else "neither"
+        sent = f"{host['sentBytes'] / 1e3:,.0f} kB/s" if host["page"] else ""
+        rows.append([what, f"{host['values']:,.0f}", f"{100 * host['processor']:.1f} %", sent])
+    return table(["host with", "values/s", "of one processor", "to the page"], rows)
+
+
 def goals(micro, side, spread_out, memory, page):
     """What the driver is to reach, and what it reached in this run."""
     def row(what, goal, value, shown):
@@ -200,6 +210,7 @@ def main():
     instructions = {"amd64": measured.pairs(results / "instructions.txt"),
                     "armhf": measured.pairs(committed / "instructions" / "armhf.txt")}
     page = json.loads((results / "page.json").read_text(encoding="utf-8"))
+    load = json.loads((results / "promised_load.json").read_text(encoding="utf-8"))
     summary = goals(micro, side, spread_out, memory, page)
     print(summary)
     figures = "\n\n".join([
@@ -209,6 +220,8 @@ def main():
         f"### Side by side on all processors ({spread_out.rounds()} rounds)", side_table(spread_out),
         f"### The page, {page['variables']:,} variables changing ten times a second, "
         f"Chromium {page['browser']}, {page['rounds']} rounds of {page['seconds']} s", page_table(page),
+        f"### A host, {load['variables']:,} variables changing ten times a second, {load['seconds']} s each",
+        load_table(load),
         "### Heap bytes per polled element", number_table("type", memory),
         "### Instructions per call", number_table("call", instructions), END])
     document = repository / "docs" / "performance.md"

@@ -1,6 +1,8 @@
 // The memory of values: exact, bounded, and honest about what is gone.
 #include "page/history_store.h"
 
+#include "page/sample_buckets.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,18 +14,23 @@ namespace tavmir::host
 namespace
 {
 
-double asIs(quint32 number)
-{
-    return number;
-}
-
 HistoryPiece pieceOf(const HistoryStore& store, size_t track, qint64 from, qint64 to,
                      size_t points = 100000)
 {
-    return store.piece(track, from, to, points, asIs);
+    return store.piece(track, from, to, points);
 }
 
 using Numbers = std::vector<double>;
+
+// What is no number is the same as such.
+std::vector<std::string> texts(const Numbers& numbers)
+{
+    std::vector<std::string> texts;
+    for (const double number : numbers) {
+        texts.push_back(std::to_string(number));
+    }
+    return texts;
+}
 
 } // namespace
 
@@ -87,7 +94,7 @@ TEST(HistoryStore, AValueThatStaysCountsInTheNextSpan)
     const HistoryPiece piece = pieceOf(store, track, 0, 100, 2);
     ASSERT_EQ(1, piece.t.size());
     EXPECT_EQ(3, piece.min[0]);
-    const HistoryPiece two = store.piece(track, 0, 100, 2, asIs);
+    const HistoryPiece two = store.piece(track, 0, 100, 2);
     EXPECT_EQ(100, two.max[0]);
     store.addSample(track, 70, 6);
     const HistoryPiece three = pieceOf(store, track, 0, 100, 3);
@@ -159,6 +166,110 @@ TEST(HistoryStore, TenMinutesOfAThousandVariablesFit)
         }
     }
     EXPECT_LE(store.bytes(), HistoryStore::kMostBytes / 10);
+}
+
+// Whole blocks are summed up: that shows nowhere.
+TEST(HistoryStore, ThinnedItIsTheSameAsOneByOne)
+{
+    for (const NumberShape shape : {NumberShape::unsignedNumber, NumberShape::signed16,
+                                    NumberShape::signed32, NumberShape::floating}) {
+        HistoryStore store(0);
+        const size_t track = store.addTrack(shape);
+        std::mt19937 random(11);
+        std::vector<std::pair<qint64, double>> samples;
+        qint64 at = 1000;
+        for (int i = 0; i < 30000; ++i) {
+            at += static_cast<qint64>(i % 5000 == 0 ? 200000 : random() % 20);
+            const auto number = static_cast<quint32>(random()) & (i % 2 == 0 ? 0xFFFFU : ~0U);
+            store.addSample(track, at, number);
+            samples.emplace_back(at, numberOf(shape, number));
+        }
+        for (const qint64 from : {qint64(0), qint64(1000), samples[777].first}) {
+            for (const size_t points : {2U, 11U, 400U, 2000U}) {
+                HistoryPiece expected;
+                SampleBuckets buckets(from, at, points - 1, expected);
+                auto first = std::upper_bound(
+                    samples.begin(), samples.end(), from,
+                    [](qint64 moment, const auto& sample) { return moment < sample.first; });
+                for (first -= first == samples.begin() ? 0 : 1; first != samples.end(); ++first) {
+                    buckets.add(first->first, first->second);
+                }
+                buckets.end();
+                const HistoryPiece piece = pieceOf(store, track, from, at, points);
+                EXPECT_EQ(expected.t, piece.t);
+                EXPECT_EQ(texts(expected.min), texts(piece.min));
+                EXPECT_EQ(texts(expected.max), texts(piece.max));
+                EXPECT_EQ(texts(expected.last), texts(piece.last));
+            }
+        }
+    }
+}
+
+TEST(HistoryStore, OtherNumbersFromNowOnAreOthersInThePastToo)
+{
+    HistoryStore store(0);
+    const size_t track = store.addTrack(NumberShape::signed16);
+    for (int i = 0; i < 5000; ++i) {
+        store.addSample(track, i, 0xFFFF);
+    }
+    store.setShape(track, NumberShape::unsignedNumber);
+    store.addSample(track, 6000, 7);
+    const HistoryPiece piece = pieceOf(store, track, 0, 7000, 10);
+    EXPECT_EQ(65535, piece.min.front());
+    EXPECT_EQ(65535, *std::max_element(piece.max.begin(), piece.max.end()));
+    EXPECT_EQ(7, piece.last.back());
+}
+
+TEST(HistoryStore, ANumberIsWhatItIsShownAs)
+{
+    const auto isAsShown = [](project::DataType type, project::Format format, int bytes) {
+        project::Element element;
+        element.type = type;
+        for (const quint32 bits : {0U, 1U, 0x7FFFU, 0x8000U, 0xFFFFU, 0x3F800000U, 0x7F800000U,
+                                   0x80000000U, 0xC0490FDBU, 0xFFFFFFFFU}) {
+            QByteArray memory;
+            quint32 number = 0;
+            for (int i = 0; i < bytes; ++i) {
+                memory.append(static_cast<char>(bits >> (8 * i) & 0xFF));
+                number |= bits & 0xFFU << (8 * i);
+            }
+            const double shown = project::decodeNumber(element, format, memory)
+                                     .value_or(std::numeric_limits<double>::quiet_NaN());
+            const double kept = numberOf(shapeOf(element, format), number);
+            EXPECT_TRUE(shown == kept || (std::isnan(shown) && std::isnan(kept))) << bits;
+        }
+    };
+    using project::DataType;
+    using project::Format;
+    isAsShown(DataType::word, Format::unsignedNumber, 2);
+    isAsShown(DataType::word, Format::signedNumber, 2);
+    isAsShown(DataType::word, Format::hex, 2);
+    isAsShown(DataType::dword, Format::unsignedNumber, 4);
+    isAsShown(DataType::dword, Format::signedNumber, 4);
+    isAsShown(DataType::dword, Format::floating, 4);
+    isAsShown(DataType::real, Format::floating, 4);
+    isAsShown(DataType::real, Format::automatic, 4);
+}
+
+TEST(HistoryStore, RoomThatATrackHadIsGivenToOthers)
+{
+    HistoryStore store(0, 200000);
+    for (size_t track = 0; track < 20; ++track) {
+        store.addTrack();
+    }
+    const auto fill = [&](size_t track) {
+        for (int i = 0; i < 100000; ++i) {
+            const auto at = static_cast<qint64>(track) * 100000 + i;
+            store.addSample(track, at, static_cast<quint32>(i) * 7919);
+        }
+        return pieceOf(store, track, 0, std::numeric_limits<qint64>::max()).t.size();
+    };
+    const size_t first = fill(0);
+    size_t last = 0;
+    for (size_t track = 1; track < 20; ++track) {
+        last = fill(track);
+    }
+    EXPECT_GT(last, first * 9 / 10);
 }
 
 } // namespace tavmir::host

@@ -15,8 +15,13 @@ void copyExchange(const Exchange& from, const char* request, const char* reply, 
         request != nullptr ? request : static_cast<const void*>(from.request);
     const void* const replyBytes = reply != nullptr ? reply : static_cast<const void*>(from.reply);
     std::memcpy(static_cast<void*>(&to), &from, offsetof(Exchange, request));
-    std::memcpy(to.request, requestBytes, from.requestKept());
-    std::memcpy(to.reply, replyBytes, from.replyKept());
+    copyBytes(to.request, requestBytes, from.requestKept());
+    copyBytes(to.reply, replyBytes, from.replyKept());
+}
+
+[[gnu::noinline]] void copyBytes(void* to, const void* from, size_t bytes)
+{
+    std::memcpy(to, from, bytes);
 }
 
 namespace

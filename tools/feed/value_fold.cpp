@@ -13,10 +13,10 @@ namespace
 {
 
 // The bytes of one element as the driver's calls give them.
-void appendNumber(QByteArray& bytes, ElementClass elements, quint32 number)
+void putNumber(char* bytes, int size, quint32 number)
 {
-    for (int i = 0; i < valueBytesOf(elements); ++i) {
-        bytes.append(static_cast<char>(number >> (8 * i) & 0xFF));
+    for (int i = 0; i < size; ++i) {
+        bytes[i] = static_cast<char>(number >> (8 * i) & 0xFF);
     }
 }
 
@@ -144,9 +144,23 @@ void ValueFold::watch(const std::vector<PolledElement>& variables)
     findUsers(groups, folds);
     keepKnown(groups_, groups);
     keepShown(variables, folds);
+    singles_.clear();
+    for (size_t i = 0; i < variables.size(); ++i) {
+        singles_.push_back(singleOf(folds[i], variables[i].element));
+    }
     variables_ = variables;
     groups_ = std::move(groups);
     folds_ = std::move(folds);
+}
+
+ValueFold::Single ValueFold::singleOf(const Variable& fold, const project::Element& element)
+{
+    Single single;
+    single.isOne = fold.places.size() == 1;
+    single.group = fold.group;
+    single.place = fold.places.front();
+    single.bit = static_cast<qint8>(element.bitNumber.value_or(-1));
+    return single;
 }
 
 void ValueFold::take(const FeedEntry& entry, const Changed& changed)
@@ -202,8 +216,9 @@ void ValueFold::takeReply(const Exchange& exchange, bool changesWanted)
     }
 }
 
-// Millions a second go through here: neighbours in the request are neighbours in the places, so
-// only the first is searched, and what nobody wants to know is not looked at.
+// Millions a second go through here: neighbours in the request are neighbours in the places, from
+// one request to the next, so hardly any is searched, and what nobody wants to know is not looked
+// at.
 template <size_t ValueBytes>
 void ValueFold::takeEntries(Group& group, const Exchange& exchange, bool changesWanted)
 {
@@ -213,7 +228,7 @@ void ValueFold::takeEntries(Group& group, const Exchange& exchange, bool changes
     const unsigned char* entry = exchange.reply + wire::kHeaderBytes;
     Slot* const places = group.places.data();
     const size_t end = group.places.size();
-    size_t slot = end;
+    size_t slot = group.latest;
     for (size_t left = (exchange.replyKept() - wire::kHeaderBytes) / kEntryBytes; left > 0;
          --left, entry += kEntryBytes) {
         const auto address = static_cast<qint32>(wire::bigEndian32(entry));
@@ -232,6 +247,7 @@ void ValueFold::takeEntries(Group& group, const Exchange& exchange, bool changes
             slotCame(group, slot, wasKnown, before);
         }
     }
+    group.latest = slot;
 }
 
 void ValueFold::slotCame(const Group& group, size_t slot, bool wasKnown, quint32 before)
@@ -271,10 +287,12 @@ void ValueFold::partCame(quint32 variable, size_t slot)
 QByteArray ValueFold::bytesOf(const Variable& fold) const
 {
     const Group& group = groups_[fold.group];
-    QByteArray bytes;
-    bytes.reserve(static_cast<int>(fold.places.size()) * valueBytesOf(group.elements));
+    const int size = valueBytesOf(group.elements);
+    QByteArray bytes(static_cast<int>(fold.places.size()) * size, Qt::Uninitialized);
+    char* place = bytes.data();
     for (const quint32 slot : fold.places) {
-        appendNumber(bytes, group.elements, group.places[slot].number);
+        putNumber(place, size, group.places[slot].number);
+        place += size;
     }
     return bytes;
 }
@@ -289,14 +307,14 @@ Clock::time_point ValueFold::oldestOf(const Variable& fold) const
     return Clock::time_point(Clock::duration(oldest));
 }
 
-std::optional<Clock::time_point> ValueFold::readAt(const Variable& fold) const
+std::optional<Clock::time_point> ValueFold::readAt(size_t variable) const
 {
-    if (fold.places.size() > 1) {
-        return fold.shown.readAt;
+    const Single& single = singles_[variable];
+    if (!single.isOne) {
+        return folds_[variable].shown.readAt;
     }
-    const Slot& slot = groups_[fold.group].places[fold.places.front()];
-    return slot.readAt == 0 ? std::nullopt
-                            : std::make_optional(Clock::time_point(Clock::duration(slot.readAt)));
+    const Clock::rep at = slotOf(single).readAt;
+    return at == 0 ? std::nullopt : std::make_optional(Clock::time_point(Clock::duration(at)));
 }
 
 FoldedValue ValueFold::value(size_t variable) const
@@ -305,23 +323,19 @@ FoldedValue ValueFold::value(size_t variable) const
     if (fold.places.size() > 1) {
         return fold.shown;
     }
-    const std::optional<Clock::time_point> at = readAt(fold);
+    const std::optional<Clock::time_point> at = readAt(variable);
     return at ? FoldedValue{valueBytes(variables_[variable].element, bytesOf(fold)), at}
               : FoldedValue();
 }
 
 std::optional<quint32> ValueFold::number(size_t variable) const
 {
-    const Variable& fold = folds_[variable];
-    if (fold.places.size() > 1) {
+    const Single& single = singles_[variable];
+    if (!single.isOne || slotOf(single).readAt == 0) {
         return std::nullopt;
     }
-    const Slot& slot = groups_[fold.group].places[fold.places.front()];
-    if (slot.readAt == 0) {
-        return std::nullopt;
-    }
-    const std::optional<int> bit = variables_[variable].element.bitNumber;
-    return bit ? slot.number >> *bit & 1 : slot.number;
+    const quint32 number = slotOf(single).number;
+    return single.bit < 0 ? number : number >> single.bit & 1;
 }
 
 size_t ValueFold::missingParts(size_t variable) const
@@ -330,7 +344,7 @@ size_t ValueFold::missingParts(size_t variable) const
     if (fold.places.size() > 1) {
         return fold.missing;
     }
-    return readAt(fold) ? 0 : 1;
+    return readAt(variable) ? 0 : 1;
 }
 
 std::vector<ReadPlace> ValueFold::placesOf(const Variable& fold) const
@@ -346,9 +360,9 @@ std::vector<ReadPlace> ValueFold::placesOf(const Variable& fold) const
 
 ValueQuality ValueFold::quality(size_t variable, Clock::time_point now) const
 {
-    const Variable& fold = folds_[variable];
-    const auto places = qualities_.isUntroubled() ? std::vector<ReadPlace>() : placesOf(fold);
-    return qualities_.of(variable, places, readAt(fold), now);
+    const auto places =
+        qualities_.isUntroubled() ? std::vector<ReadPlace>() : placesOf(folds_[variable]);
+    return qualities_.of(variable, places, readAt(variable), now);
 }
 
 } // namespace tavmir::host

@@ -51,10 +51,7 @@ public:
     std::optional<quint32> number(size_t variable) const;
     ValueQuality quality(size_t variable, Clock::time_point now) const;
     // When the oldest part of what is shown was read; none: nothing is shown.
-    std::optional<Clock::time_point> readAt(size_t variable) const
-    {
-        return readAt(folds_[variable]);
-    }
+    std::optional<Clock::time_point> readAt(size_t variable) const;
     // Its elements on the wire, and how many of them have not come since it was shown last; of a
     // variable of one element none or all.
     size_t parts(size_t variable) const { return folds_[variable].places.size(); }
@@ -78,6 +75,7 @@ private:
         std::vector<quint32> users;     // variables
         std::vector<bool> ofMany;       // the slot is part of a variable of several elements
         bool hasMany = false;           // some slot is
+        size_t latest = 0;              // that a reply brought: the next reply goes on behind it
     };
     struct Variable {
         quint32 group = 0;
@@ -87,10 +85,18 @@ private:
         size_t missing = 0;
         FoldedValue shown;
     };
+    // What who looks at all variables needs of each: small, in one piece of memory.
+    struct Single {
+        quint32 group = 0;
+        quint32 place = 0;
+        qint8 bit = -1;     // of the element; -1: all of it
+        bool isOne = false; // the variable has one element
+    };
 
     static size_t find(const Group& group, qint32 address); // the number of places: not there
     static quint32 groupOf(std::vector<Group>& groups, const WireElement& element);
     static void keepKnown(const std::vector<Group>& from, std::vector<Group>& to);
+    static Single singleOf(const Variable& fold, const project::Element& element);
     static void findUsers(std::vector<Group>& groups, std::vector<Variable>& folds);
     void keepShown(const std::vector<PolledElement>& variables, std::vector<Variable>& folds) const;
 
@@ -102,11 +108,15 @@ private:
     QByteArray bytesOf(const Variable& fold) const;
     Clock::time_point oldestOf(const Variable& fold) const;
     std::vector<ReadPlace> placesOf(const Variable& fold) const;
-    std::optional<Clock::time_point> readAt(const Variable& fold) const;
+    const Slot& slotOf(const Single& single) const
+    {
+        return groups_[single.group].places[single.place];
+    }
 
     std::shared_ptr<const PolledGeneration> plan_; // null: they were given otherwise
     std::vector<PolledElement> variables_;
     std::vector<Variable> folds_;
+    std::vector<Single> singles_; // by variable
     std::vector<Group> groups_;
     QualityFold qualities_;
     std::vector<quint32> changed_; // by the reply that is being taken

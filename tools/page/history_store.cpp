@@ -4,7 +4,8 @@
 #include "sample_buckets.h"
 
 #include <algorithm>
-#include <limits>
+#include <cmath>
+#include <utility>
 
 namespace tavmir::host
 {
@@ -13,7 +14,7 @@ namespace
 {
 
 constexpr qint64 kOpen = std::numeric_limits<qint64>::max();
-constexpr size_t kBlockBytes = 240;
+constexpr size_t kBlockBytes = 480;
 constexpr size_t kLongestSample = 15; // ten bytes of time, five of the number
 // Of a piece of memory, and of its place in the lists.
 constexpr size_t kOverhead = 48;
@@ -57,39 +58,65 @@ quint32 unfolded(quint32 number)
 
 } // namespace
 
-size_t HistoryStore::addTrack()
+size_t HistoryStore::addTrack(NumberShape shape)
 {
     tracks_.emplace_back();
+    tracks_.back().shape = shape;
+    bytes_ += sizeof(Track);
     return tracks_.size() - 1;
+}
+
+void HistoryStore::setShape(size_t track, NumberShape shape)
+{
+    tracks_[track].shape = shape;
 }
 
 void HistoryStore::beginBlock(size_t track, qint64 at, quint32 number)
 {
-    Block block;
-    block.firstAt = at;
-    block.lastAt = at;
-    block.firstNumber = number;
-    block.lastNumber = number;
-    bytes_ += sizeof(Block) + kOverhead;
-    tracks_[track].blocks.push_back(std::move(block));
+    Track& one = tracks_[track];
+    if (!one.isEmpty) {
+        const size_t before = one.older.bytes();
+        one.older.push_back(std::move(one.newest));
+        bytes_ += one.older.bytes() - before;
+    }
+    one.newest = Block();
+    one.isEmpty = false;
+    one.newest.firstAt = at;
+    one.newest.lastAt = at;
+    one.newest.firstNumber = number;
+    one.newest.lastNumber = number;
+    one.newest.shape = one.shape;
+    count(one.newest, number);
+    bytes_ += kOverhead;
     droppable_.push_back({track, false});
+}
+
+void HistoryStore::count(Block& block, quint32 number)
+{
+    const double value = numberOf(block.shape, number);
+    if (value < block.low || std::isnan(block.low)) {
+        block.low = value;
+    }
+    if (value > block.high || std::isnan(block.high)) {
+        block.high = value;
+    }
 }
 
 void HistoryStore::addSample(size_t track, qint64 at, quint32 number)
 {
-    std::deque<Block>& blocks = tracks_[track].blocks;
-    const bool isFull =
-        blocks.empty() || blocks.back().differences.size() + kLongestSample > kBlockBytes;
-    if (isFull) {
-        beginBlock(track, blocks.empty() ? at : std::max(at, blocks.back().lastAt), number);
+    Track& one = tracks_[track];
+    Block& block = one.newest;
+    const qint64 later = one.isEmpty ? at : std::max(at, block.lastAt);
+    const bool isFull = block.differences.size() + kLongestSample > kBlockBytes;
+    if (one.isEmpty || isFull || block.shape != one.shape) {
+        beginBlock(track, later, number);
     } else {
-        Block& block = blocks.back();
         const size_t before = block.differences.capacity();
-        const qint64 later = std::max(at, block.lastAt);
         append(block.differences, static_cast<quint64>(later - block.lastAt));
         append(block.differences, folded(number - block.lastNumber));
         block.lastAt = later;
         block.lastNumber = number;
+        count(block, number);
         bytes_ += block.differences.capacity() - before;
     }
     while (bytes_ > mostBytes_ && droppable_.size() > 1) {
@@ -99,7 +126,7 @@ void HistoryStore::addSample(size_t track, qint64 at, quint32 number)
 
 void HistoryStore::setGap(size_t track, qint64 at, const QString& reason)
 {
-    std::deque<HistoryGap>& gaps = tracks_[track].gaps;
+    FrontRow<HistoryGap>& gaps = tracks_[track].gaps;
     if (!gaps.empty() && gaps.back().to == kOpen) {
         if (gaps.back().reason == reason) {
             return;
@@ -114,98 +141,141 @@ void HistoryStore::setGap(size_t track, qint64 at, const QString& reason)
     droppable_.push_back({track, true});
 }
 
+void HistoryStore::dropOldestGap(const Droppable& oldest)
+{
+    FrontRow<HistoryGap>& gaps = tracks_[oldest.track].gaps;
+    const HistoryGap gap = gaps.front();
+    gaps.pop_front();
+    if (gap.to == kOpen) { // it still holds: kept as the newest
+        gaps.push_back(gap);
+        droppable_.push_back(oldest);
+        return;
+    }
+    bytes_ -= bytesOf(gap);
+    from_ = std::max(from_, gap.to);
+}
+
 void HistoryStore::dropOldest()
 {
     const Droppable oldest = droppable_.front();
     droppable_.pop_front();
-    Track& track = tracks_[oldest.track];
     if (oldest.isGap) {
-        const HistoryGap gap = track.gaps.front();
-        track.gaps.pop_front();
-        bytes_ -= bytesOf(gap);
-        if (gap.to == kOpen) { // it still holds: kept as the newest
-            track.gaps.push_back(gap);
-            bytes_ += bytesOf(gap);
-            droppable_.push_back(oldest);
-        } else {
-            from_ = std::max(from_, gap.to);
-        }
+        dropOldestGap(oldest);
         return;
     }
-    const Block& block = track.blocks.front();
+    Track& track = tracks_[oldest.track];
+    Block& block = track.older.empty() ? track.newest : track.older.front();
     from_ = std::max(from_, block.lastAt);
-    bytes_ -= sizeof(Block) + kOverhead + block.differences.capacity();
-    const qint64 lastAt = block.lastAt;
-    const quint32 lastNumber = block.lastNumber;
-    track.blocks.pop_front();
-    if (track.blocks.empty()) { // its value still stands
-        beginBlock(oldest.track, lastAt, lastNumber);
+    bytes_ -= kOverhead + block.differences.capacity();
+    if (track.older.empty()) { // its value still stands
+        track.isEmpty = true;
+        beginBlock(oldest.track, block.lastAt, block.lastNumber);
+        return;
     }
+    const size_t before = track.older.bytes();
+    track.older.pop_front();
+    bytes_ -= before - track.older.bytes();
 }
 
-void HistoryStore::each(const Track& track, qint64 from, qint64 to, const Take& take)
+const HistoryStore::Block& HistoryStore::blockOf(const Track& track, size_t index)
 {
-    // The last block that begins no later than `from` holds the sample before it.
-    auto block = std::upper_bound(track.blocks.begin(), track.blocks.end(), from,
-                                  [](qint64 at, const Block& one) { return at < one.firstAt; });
-    block = block == track.blocks.begin() ? block : block - 1;
+    return index < track.older.size() ? track.older[index] : track.newest;
+}
+
+size_t HistoryStore::blocksOf(const Track& track)
+{
+    return track.isEmpty ? 0 : track.older.size() + 1;
+}
+
+// The last block that begins no later, which holds the sample that stood there; or the first.
+size_t HistoryStore::blockAt(const Track& track, qint64 moment)
+{
+    size_t first = 0;
+    for (size_t behind = blocksOf(track); behind > first + 1;) {
+        const size_t middle = first + (behind - first) / 2;
+        (blockOf(track, middle).firstAt <= moment ? first : behind) = middle;
+    }
+    return first;
+}
+
+// The last sample before `from`, then those until `to`: one(at, number), which is false when it has
+// seen enough. Not those of a block behind `from` that whole(block) takes as a whole.
+template <typename Whole, typename One>
+void HistoryStore::each(const Track& track, qint64 from, qint64 to, Whole whole, One one)
+{
     bool hasBefore = false;
     qint64 beforeAt = 0;
     quint32 before = 0;
-    const auto one = [&](qint64 at, quint32 number) {
+    const auto goOn = [&](qint64 at, quint32 number) {
         if (at <= from) {
             hasBefore = true;
             beforeAt = at;
             before = number;
-            return;
+            return true;
         }
-        if (hasBefore) {
-            take(beforeAt, before);
-            hasBefore = false;
-        }
-        take(at, number);
+        const bool isFirst = std::exchange(hasBefore, false);
+        return (!isFirst || one(beforeAt, before)) && one(at, number);
     };
-    for (; block != track.blocks.end() && block->firstAt <= to; ++block) {
-        qint64 at = block->firstAt;
-        quint32 number = block->firstNumber;
-        one(at, number);
-        const char* byte = block->differences.data();
-        const char* const end = byte + block->differences.size();
-        while (byte < end) {
-            at += static_cast<qint64>(host::take(byte));
-            number += unfolded(static_cast<quint32>(host::take(byte)));
-            if (at > to) {
-                break;
+    const size_t blocks = blocksOf(track);
+    for (size_t i = blockAt(track, from); i < blocks && blockOf(track, i).firstAt <= to; ++i) {
+        const Block& block = blockOf(track, i);
+        if (!hasBefore && block.firstAt > from && block.lastAt <= to && whole(block)) {
+            continue;
+        }
+        qint64 at = block.firstAt;
+        quint32 number = block.firstNumber;
+        const char* byte = block.differences.data();
+        const char* const end = byte + block.differences.size();
+        for (bool isThere = true; isThere && at <= to;) {
+            if (!goOn(at, number)) {
+                return;
             }
-            one(at, number);
+            isThere = byte < end;
+            if (isThere) {
+                at += static_cast<qint64>(take(byte));
+                number += unfolded(static_cast<quint32>(take(byte)));
+            }
         }
     }
     if (hasBefore) {
-        take(beforeAt, before);
+        one(beforeAt, before);
     }
 }
 
-HistoryPiece HistoryStore::piece(size_t track, qint64 from, qint64 to, size_t points,
-                                 const NumberOf& numberOf) const
+HistoryPiece HistoryStore::piece(size_t track, qint64 from, qint64 to, size_t points) const
 {
     HistoryPiece piece;
     const Track& one = tracks_[track];
-    if (!one.blocks.empty() || !one.gaps.empty()) {
+    if (!one.isEmpty || !one.gaps.empty()) {
         piece.oldest = from_;
     }
+    const auto byOne = [](const Block&) { return false; };
     size_t count = 0;
-    each(one, from, to, [&](qint64, quint32) { ++count; });
+    each(one, from, to, byOne, [&](qint64, quint32) { return ++count <= points; });
     if (count <= points) {
-        each(one, from, to, [&](qint64 at, quint32 number) {
-            const double value = numberOf(number);
+        each(one, from, to, byOne, [&](qint64 at, quint32 number) {
+            const double value = numberOf(one.shape, number);
             piece.add(static_cast<double>(at), value, value, value);
+            return true;
         });
     } else {
         SampleBuckets buckets(from, to, std::max<size_t>(1, points - 1), piece);
-        each(one, from, to, [&](qint64 at, quint32 number) { buckets.add(at, numberOf(number)); });
+        const auto isWhole = [&](const Block& block) {
+            if (block.shape != one.shape || !buckets.isOneSpan(block.firstAt, block.lastAt)) {
+                return false;
+            }
+            buckets.add(block.firstAt, block.low, block.high,
+                        numberOf(one.shape, block.lastNumber));
+            return true;
+        };
+        each(one, from, to, isWhole, [&](qint64 at, quint32 number) {
+            buckets.add(at, numberOf(one.shape, number));
+            return true;
+        });
         buckets.end();
     }
-    for (const HistoryGap& gap : one.gaps) {
+    for (size_t i = 0; i < one.gaps.size(); ++i) {
+        const HistoryGap& gap = one.gaps[i];
         if (gap.from <= to && gap.to > from) {
             piece.gaps.push_back({gap.from, std::min(gap.to, to), gap.reason});
         }

@@ -5,11 +5,14 @@
 #ifndef TAVMIR_PAGE_HISTORY_STORE_H
 #define TAVMIR_PAGE_HISTORY_STORE_H
 
+#include "front_row.h"
 #include "history_source.h"
+#include "number_shape.h"
 
 #include <deque>
-#include <functional>
+#include <limits>
 #include <string>
+#include <vector>
 
 namespace tavmir::host
 {
@@ -26,7 +29,9 @@ public:
     }
 
     // A further variable, of which nothing is known; they are counted from 0 on.
-    size_t addTrack();
+    size_t addTrack(NumberShape shape = NumberShape::unsignedNumber);
+    // From now on its samples are such numbers.
+    void setShape(size_t track, NumberShape shape);
 
     // A change; moments of one track ascend, one that does not counts as the latest.
     //   number  the value's bits
@@ -40,11 +45,9 @@ public:
     size_t bytes() const { return bytes_; }
     size_t mostBytes() const { return mostBytes_; }
 
-    // What is kept of a track between two moments.
-    //   numberOf  the value behind the bits
-    using NumberOf = std::function<double(quint32 number)>;
-    HistoryPiece piece(size_t track, qint64 from, qint64 to, size_t points,
-                       const NumberOf& numberOf) const;
+    // What is kept of a track between two moments, as the numbers that its samples are now. Takes
+    // about as long for any number of samples: they are looked at where spans meet.
+    HistoryPiece piece(size_t track, qint64 from, qint64 to, size_t points) const;
 
 private:
     // Samples behind the first one are differences: of time, then of the number.
@@ -53,25 +56,36 @@ private:
         qint64 lastAt = 0;
         quint32 firstNumber = 0;
         quint32 lastNumber = 0;
+        // Of all its samples, as numbers of this shape; NaN: none is a number.
+        double low = std::numeric_limits<double>::quiet_NaN();
+        double high = std::numeric_limits<double>::quiet_NaN();
+        NumberShape shape = NumberShape::unsignedNumber;
         std::string differences;
     };
     struct Track {
-        std::deque<Block> blocks;
-        std::deque<HistoryGap> gaps; // `to` of one that goes on is kOpen
+        Block newest; // is filled; here, since each sample of many tracks goes there
+        bool isEmpty = true;
+        NumberShape shape = NumberShape::unsignedNumber;
+        FrontRow<Block> older;
+        FrontRow<HistoryGap> gaps; // `to` of one that goes on is kOpen
     };
     // What can be dropped, in the order in which it came.
     struct Droppable {
         size_t track;
         bool isGap;
     };
-    using Take = std::function<void(qint64 at, quint32 number)>;
 
     void beginBlock(size_t track, qint64 at, quint32 number);
+    static void count(Block& block, quint32 number);
     void dropOldest();
-    // The last sample before `from`, then those until `to`.
-    static void each(const Track& track, qint64 from, qint64 to, const Take& take);
+    void dropOldestGap(const Droppable& oldest);
+    static const Block& blockOf(const Track& track, size_t index);
+    static size_t blocksOf(const Track& track);
+    static size_t blockAt(const Track& track, qint64 moment);
+    template <typename Whole, typename One>
+    static void each(const Track& track, qint64 from, qint64 to, Whole whole, One one);
 
-    std::deque<Track> tracks_;
+    std::vector<Track> tracks_;
     std::deque<Droppable> droppable_;
     qint64 from_;
     size_t bytes_ = 0;

@@ -1,8 +1,10 @@
 // Characters into bytes.
 #include "json_writer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 
 namespace tavmir::host
 {
@@ -12,6 +14,7 @@ namespace
 
 constexpr char kDigits[] = "0123456789abcdef";
 constexpr uint kReplacement = 0xFFFD;
+constexpr double kShortWhole = 1e5;
 constexpr uint kLineSeparator = 0x2028;
 constexpr uint kParagraphSeparator = 0x2029;
 
@@ -19,6 +22,22 @@ constexpr uint kParagraphSeparator = 0x2029;
 bool isPlain(uint character)
 {
     return character >= 0x20 && character < 0x7F && character != '"' && character != '\\';
+}
+
+// As many of them as can be, by and by in pieces; returns how many.
+int appendPlain(std::string& out, const QChar* characters, int size)
+{
+    char piece[64];
+    int done = 0;
+    while (done < size && isPlain(characters[done].unicode())) {
+        const int most = std::min(size, done + static_cast<int>(sizeof piece));
+        size_t length = 0;
+        for (; done < most && isPlain(characters[done].unicode()); ++done) {
+            piece[length++] = static_cast<char>(characters[done].unicode());
+        }
+        out.append(piece, length);
+    }
+    return done;
 }
 
 void appendEscape(std::string& out, uint character)
@@ -60,7 +79,7 @@ template <typename Number> void appendNumber(std::string& out, Number number)
 {
     char text[32];
     const std::to_chars_result end = std::to_chars(text, text + sizeof text, number);
-    out.append(text, end.ptr);
+    out.append(text, static_cast<size_t>(end.ptr - text));
 }
 
 } // namespace
@@ -70,7 +89,7 @@ void appendJsonText(std::string& out, const QString& text)
     out += '"';
     const int size = text.size();
     const QChar* characters = text.constData();
-    for (int i = 0; i < size; ++i) {
+    for (int i = appendPlain(out, characters, size); i < size; ++i) {
         const QChar character = characters[i];
         if (isPlain(character.unicode())) {
             out += static_cast<char>(character.unicode());
@@ -102,14 +121,6 @@ JsonWriter& JsonWriter::close(char bracket)
     out_ += bracket;
     isFirst_ = false;
     return *this;
-}
-
-void JsonWriter::separate()
-{
-    if (!isFirst_) {
-        out_ += ',';
-    }
-    isFirst_ = false;
 }
 
 JsonWriter& JsonWriter::key(const char* name)
@@ -144,7 +155,13 @@ JsonWriter& JsonWriter::number(double number)
         return null();
     }
     separate();
-    appendNumber(out_, number);
+    // So short a whole number has no shorter text than its digits, which are found faster so.
+    const int whole = std::abs(number) < kShortWhole ? static_cast<int>(number) : 0;
+    if (whole != 0 && static_cast<double>(whole) == number) {
+        appendNumber(out_, whole);
+    } else {
+        appendNumber(out_, number);
+    }
     return *this;
 }
 

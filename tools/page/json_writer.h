@@ -50,7 +50,13 @@ public:
 private:
     JsonWriter& open(char bracket);
     JsonWriter& close(char bracket);
-    void separate();
+    void separate()
+    {
+        if (!isFirst_) {
+            out_ += ',';
+        }
+        isFirst_ = false;
+    }
 
     std::string& out_;
     bool isFirst_ = true; // nothing to be separated from

@@ -11,35 +11,52 @@ namespace tavmir::host
 namespace
 {
 
-constexpr size_t kMostSpare = 16;
 constexpr size_t kHead = offsetof(Exchange, request);
+constexpr size_t kWall = sizeof(WallClock::time_point);
+constexpr size_t kLongest = kWall + kHead + 2 * Exchange::kMostBytes;
+constexpr size_t kMostOfABlock = 64 << 10;
+constexpr size_t kBlocks = 8;  // at least, where there is little room
+constexpr size_t kMemory = 16; // that a piece of memory costs beside its bytes
 
-// What is set of an exchange: its head, then the bytes of its frames.
-void pack(const Exchange& exchange, std::vector<unsigned char>& bytes)
+size_t packedBytes(const Exchange& exchange)
 {
-    const auto* const head = reinterpret_cast<const unsigned char*>(&exchange);
-    bytes.clear();
-    bytes.reserve(kHead + exchange.requestKept() + exchange.replyKept());
-    bytes.insert(bytes.end(), head, head + kHead);
-    bytes.insert(bytes.end(), exchange.request, exchange.request + exchange.requestKept());
-    bytes.insert(bytes.end(), exchange.reply, exchange.reply + exchange.replyKept());
+    return kWall + kHead + exchange.requestKept() + exchange.replyKept();
 }
 
-void unpack(const std::vector<unsigned char>& bytes, Exchange& exchange)
+// The moment, then what is set of the exchange: its head, then the bytes of its frames.
+void pack(const FeedEntry& entry, unsigned char* bytes)
 {
-    std::memcpy(static_cast<void*>(&exchange), bytes.data(), kHead);
+    const Exchange& exchange = entry.exchange;
     const size_t request = exchange.requestKept();
-    std::memcpy(exchange.request, bytes.data() + kHead, request);
-    std::memcpy(exchange.reply, bytes.data() + kHead + request, exchange.replyKept());
+    std::memcpy(bytes, &entry.wall, kWall);
+    std::memcpy(bytes + kWall, &exchange, kHead);
+    copyBytes(bytes + kWall + kHead, exchange.request, request);
+    copyBytes(bytes + kWall + kHead + request, exchange.reply, exchange.replyKept());
+}
+
+void unpack(const unsigned char* bytes, FeedEntry& entry)
+{
+    Exchange& exchange = entry.exchange;
+    std::memcpy(static_cast<void*>(&entry.wall), bytes, kWall);
+    std::memcpy(static_cast<void*>(&exchange), bytes + kWall, kHead);
+    const size_t request = exchange.requestKept();
+    copyBytes(exchange.request, bytes + kWall + kHead, request);
+    copyBytes(exchange.reply, bytes + kWall + kHead + request, exchange.replyKept());
 }
 
 } // namespace
 
-size_t KeptEntries::Kept::bytes() const
+KeptEntries::KeptEntries(size_t mostBytes)
+    : mostBytes_(mostBytes),
+      blockBytes_(std::max(kLongest, std::min(kMostOfABlock, mostBytes / kBlocks)))
 {
-    constexpr size_t kMemory = 16; // that a piece of memory costs beside its bytes
-    const size_t whole = other ? sizeof(FeedEntry) + kMemory + other->received.size() : 0;
-    return sizeof(Kept) + kMemory + exchange.capacity() + whole;
+}
+
+size_t KeptEntries::bytesOf(const Block& block) const
+{
+    const size_t exchanges = block.exchanges ? blockBytes_ + kMemory : 0;
+    return sizeof(Block) + exchanges + block.places.capacity() * sizeof(Place) +
+           block.others.capacity() * sizeof(Other) + 2 * kMemory + block.otherBytes;
 }
 
 bool KeptEntries::isLink(const FeedEntry& entry)
@@ -53,73 +70,120 @@ void KeptEntries::take(const FeedEntry& entry)
     if (entry.kind == FeedKind::planChanged) {
         return;
     }
-    Kept kept;
-    kept.at = entry.at;
-    kept.wall = entry.wall;
-    if (entry.kind == FeedKind::exchange && entry.received.empty()) {
-        if (!spare_.empty()) {
-            kept.exchange = std::move(spare_.back());
-            spare_.pop_back();
+    if (entry.kind != FeedKind::exchange || !entry.received.empty()) {
+        if (isLink(entry)) {
+            links_.push_back(end_);
         }
-        pack(entry.exchange, kept.exchange);
-    } else {
-        kept.other = std::make_unique<FeedEntry>(entry);
+        add({std::make_unique<const FeedEntry>(entry), 0}, entry.at);
+        return;
     }
-    if (isLink(entry)) {
-        links_.push_back(end());
+    const size_t bytes = packedBytes(entry.exchange);
+    Block& block = blockWithRoom(bytes);
+    if (!block.exchanges) {
+        block.exchanges = std::make_unique<unsigned char[]>(blockBytes_);
     }
-    add(std::move(kept));
+    pack(entry, block.exchanges.get() + block.used);
+    block.places.push_back({entry.at, static_cast<quint32>(block.used), false});
+    block.used += bytes;
+    ++end_;
 }
 
 void KeptEntries::gap(quint64 missed)
 {
-    Kept kept;
-    kept.at = entries_.empty() ? Clock::now() : entries_.back().at;
-    kept.missed = missed;
-    add(std::move(kept));
+    const bool isFirst = begin() == end_;
+    add({nullptr, missed}, isFirst ? Clock::now() : blocks_.back().places.back().at);
 }
 
-void KeptEntries::add(Kept kept)
+void KeptEntries::add(Other other, Clock::time_point at)
 {
-    bytes_ += kept.bytes();
-    entries_.push_back(std::move(kept));
-    while (bytes_ > mostBytes_ && entries_.size() > 1) {
-        Kept& oldest = entries_.front();
-        if (!links_.empty() && links_.front() == begin_) {
-            connection_ = *oldest.other;
-            connection_->standing = true;
-            links_.pop_front();
-        }
-        bytes_ -= oldest.bytes();
-        if (spare_.size() < kMostSpare && oldest.exchange.capacity() > 0) {
-            spare_.push_back(std::move(oldest.exchange));
-        }
-        entries_.pop_front();
-        ++begin_;
+    const size_t bytes =
+        kMemory + (other.entry ? sizeof(FeedEntry) + other.entry->received.size() : 0);
+    Block& block = blockWithRoom(bytes);
+    block.places.push_back({at, static_cast<quint32>(block.others.size()), true});
+    block.others.push_back(std::move(other));
+    block.otherBytes += bytes;
+    ++end_;
+}
+
+KeptEntries::Block& KeptEntries::blockWithRoom(size_t bytes)
+{
+    const bool hasRoom = !blocks_.empty() &&
+                         (blocks_.back().places.empty() ||
+                          blocks_.back().used + blocks_.back().otherBytes + bytes <= blockBytes_);
+    if (!hasRoom) {
+        beginBlock();
     }
+    return blocks_.back();
+}
+
+void KeptEntries::beginBlock()
+{
+    bytes_ += blocks_.empty() ? 0 : bytesOf(blocks_.back());
+    // The new one may hold as much again beside exchanges.
+    while (bytes_ + 2 * blockBytes_ > mostBytes_ && blocks_.size() > 1) {
+        dropOldest();
+    }
+    blocks_.push_back(spare_ ? std::move(*spare_) : Block());
+    spare_.reset();
+    blocks_.back().first = end_;
+}
+
+void KeptEntries::dropOldest()
+{
+    Block& oldest = blocks_.front();
+    const quint64 next = oldest.first + oldest.places.size();
+    for (; !links_.empty() && links_.front() < next; links_.pop_front()) {
+        connection_ = at(links_.front());
+        connection_->standing = true;
+    }
+    bytes_ -= bytesOf(oldest);
+    oldest.places.clear();
+    oldest.others.clear();
+    oldest.used = 0;
+    oldest.otherBytes = 0;
+    spare_ = std::move(oldest);
+    blocks_.pop_front();
+}
+
+const KeptEntries::Block& KeptEntries::blockOf(quint64 number) const
+{
+    const auto behind =
+        std::upper_bound(blocks_.begin(), blocks_.end(), number,
+                         [](quint64 wanted, const Block& block) { return wanted < block.first; });
+    return *(behind - 1);
+}
+
+quint64 KeptEntries::missedAt(quint64 number) const
+{
+    const Block& block = blockOf(number);
+    const Place& place = block.places[static_cast<size_t>(number - block.first)];
+    return place.isOther ? block.others[place.index].missed : 0;
 }
 
 std::optional<FeedEntry> KeptEntries::at(quint64 number) const
 {
-    const Kept& found = kept(number);
-    if (found.missed > 0) {
-        return std::nullopt;
-    }
-    if (found.other) {
-        return *found.other;
+    const Block& block = blockOf(number);
+    const Place& place = block.places[static_cast<size_t>(number - block.first)];
+    if (place.isOther) {
+        const Other& other = block.others[place.index];
+        return other.entry ? std::make_optional(*other.entry) : std::nullopt;
     }
     FeedEntry entry;
-    entry.at = found.at;
-    entry.wall = found.wall;
-    unpack(found.exchange, entry.exchange);
+    entry.at = place.at;
+    unpack(block.exchanges.get() + place.index, entry);
     return entry;
 }
 
 quint64 KeptEntries::firstAt(Clock::time_point moment) const
 {
-    const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                    [&](const Kept& kept) { return kept.at >= moment; });
-    return begin_ + static_cast<quint64>(found - entries_.begin());
+    for (const Block& block : blocks_) {
+        const auto found = std::find_if(block.places.begin(), block.places.end(),
+                                        [&](const Place& place) { return place.at >= moment; });
+        if (found != block.places.end()) {
+            return block.first + static_cast<quint64>(found - block.places.begin());
+        }
+    }
+    return end_;
 }
 
 std::optional<FeedEntry> KeptEntries::connectionBefore(quint64 number) const
@@ -128,14 +192,14 @@ std::optional<FeedEntry> KeptEntries::connectionBefore(quint64 number) const
     if (behind == links_.begin()) {
         return connection_;
     }
-    FeedEntry entry = *kept(*(behind - 1)).other;
-    entry.standing = true;
+    std::optional<FeedEntry> entry = at(*(behind - 1));
+    entry->standing = true;
     return entry;
 }
 
 void KeptEntries::visit(quint64 from, const Take& take, const Gap& gap) const
 {
-    for (quint64 number = std::max(from, begin_); number < end(); ++number) {
+    for (quint64 number = std::max(from, begin()); number < end_; ++number) {
         if (const std::optional<FeedEntry> entry = at(number)) {
             take(*entry, number);
         } else {

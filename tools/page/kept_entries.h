@@ -1,6 +1,6 @@
 // The latest of what the feed told, for whoever asks for frames or a capture. What is put into
-// words is put so when it is asked for: keeping an exchange costs a copy of its bytes. Bounded in
-// bytes, the oldest go first. One thread.
+// words is put so when it is asked for: keeping an exchange costs a copy of its bytes, into blocks
+// that are used again. Bounded in bytes, the oldest go first, a block at a time. One thread.
 #ifndef TAVMIR_PAGE_KEPT_ENTRIES_H
 #define TAVMIR_PAGE_KEPT_ENTRIES_H
 
@@ -18,22 +18,22 @@ namespace tavmir::host
 class KeptEntries
 {
 public:
-    // Some 80,000 exchanges.
+    // Some 60,000 exchanges of 38 words.
     static constexpr size_t kMostBytes = 32 << 20;
 
-    explicit KeptEntries(size_t mostBytes = kMostBytes) : mostBytes_(mostBytes) {}
+    explicit KeptEntries(size_t mostBytes = kMostBytes);
 
     void take(const FeedEntry& entry);
     // So many entries are missing here.
     void gap(quint64 missed);
 
     // Numbers of entries: of the oldest that is kept, and of the one to come.
-    quint64 begin() const { return begin_; }
-    quint64 end() const { return begin_ + entries_.size(); }
+    quint64 begin() const { return blocks_.empty() ? end_ : blocks_.front().first; }
+    quint64 end() const { return end_; }
 
     // The entry of that number, which must be kept. None: entries are missing there.
     std::optional<FeedEntry> at(quint64 number) const;
-    quint64 missedAt(quint64 number) const { return kept(number).missed; }
+    quint64 missedAt(quint64 number) const;
     // The number of the first kept entry at or behind the moment.
     quint64 firstAt(Clock::time_point moment) const;
 
@@ -46,29 +46,40 @@ public:
     void visit(quint64 from, const Take& take, const Gap& gap) const;
 
 private:
-    // An exchange packed, or another entry as it is, or a gap.
-    struct Kept {
-        Clock::time_point at;
-        WallClock::time_point wall;
-        std::vector<unsigned char> exchange;
-        std::unique_ptr<const FeedEntry> other;
+    // What is no exchange, or one whose reply is longer than usual; or a gap.
+    struct Other {
+        std::unique_ptr<const FeedEntry> entry;
         quint64 missed = 0;
-
-        size_t bytes() const;
+    };
+    struct Place {
+        Clock::time_point at;
+        quint32 index = 0; // of the first byte of an exchange, or in `others`
+        bool isOther = false;
+    };
+    // Entries that follow each other, and go together.
+    struct Block {
+        quint64 first = 0; // number of the first entry
+        std::vector<Place> places;
+        std::unique_ptr<unsigned char[]> exchanges; // packed
+        size_t used = 0;                            // bytes of them
+        std::vector<Other> others;
+        size_t otherBytes = 0;
     };
 
-    const Kept& kept(quint64 number) const
-    {
-        return entries_[static_cast<size_t>(number - begin_)];
-    }
-    void add(Kept kept);
+    size_t bytesOf(const Block& block) const;
+    const Block& blockOf(quint64 number) const;
+    Block& blockWithRoom(size_t bytes);
+    void beginBlock();
+    void add(Other other, Clock::time_point at);
+    void dropOldest();
     static bool isLink(const FeedEntry& entry);
 
     const size_t mostBytes_;
-    size_t bytes_ = 0;
-    std::deque<Kept> entries_;
-    quint64 begin_ = 1;
-    std::vector<std::vector<unsigned char>> spare_; // of exchanges that went
+    const size_t blockBytes_; // for packed exchanges, of a block
+    size_t bytes_ = 0;        // of all blocks but the last one
+    std::deque<Block> blocks_;
+    quint64 end_ = 1;
+    std::optional<Block> spare_;          // one that went
     std::deque<quint64> links_;           // numbers of kept entries that tell of the connection
     std::optional<FeedEntry> connection_; // before all that are kept
 };

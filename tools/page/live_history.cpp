@@ -1,11 +1,9 @@
 // The past of one value, out of memory and recording.
 #include "live_content.h"
 #include "polled_place.h"
-#include "project/value_format.h"
 #include "query_numbers.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace tavmir::host
 {
@@ -23,16 +21,7 @@ HistoryPiece LiveContent::memory(size_t variable, qint64 from, qint64 to, size_t
     if (!track) {
         return HistoryPiece();
     }
-    const PolledElement& shown = state_.polled()[variable];
-    const auto numberOf = [&shown](quint32 bits) {
-        QByteArray bytes(4, '\0');
-        for (int i = 0; i < 4; ++i) {
-            bytes[i] = static_cast<char>(bits >> (8 * i) & 0xFF);
-        }
-        return project::decodeNumber(shown.element, shown.format, bytes)
-            .value_or(std::numeric_limits<double>::quiet_NaN());
-    };
-    return state_.history().piece(*track, from, to, points, numberOf);
+    return state_.history().piece(*track, from, to, points);
 }
 
 // What the memory has of it.

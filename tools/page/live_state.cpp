@@ -147,6 +147,7 @@ void LiveState::takeLink(const FeedEntry& entry)
 void LiveState::takePlan(const PolledGeneration& plan)
 {
     asked_ = askedOf(plan);
+    askedOnWire_ = wireOrder(asked_).size();
     frames_ = expectedFrames(asked_);
     setAside_.clear();
     for (const SetAside& one : plan.setAside) {
@@ -177,11 +178,13 @@ void LiveState::list(WallClock::time_point since)
             continue;
         }
         const QString address = project::shownAddress(variables[i].element);
+        const NumberShape shape = shapeOf(variables[i].element, variables[i].format);
         const auto found = tracks_.find(address);
-        trackOf_[i] = found != tracks_.end() ? found->second : history_.addTrack();
+        trackOf_[i] = found != tracks_.end() ? found->second : history_.addTrack(shape);
         if (found == tracks_.end()) {
             history_.setGap(*trackOf_[i], wholeMsOf(since), kNotReadYet);
         }
+        history_.setShape(*trackOf_[i], shape);
         tracks_[address] = *trackOf_[i];
     }
 }
@@ -253,13 +256,14 @@ void LiveState::showQualities(Clock::time_point now)
         }
         isOther_ = rows_.setQuality(variable, quality, at, refresh, next_) || isOther_;
     };
-    for (const size_t variable : changed_) {
-        show(variable, true);
-    }
-    changed_.clear();
     if (!isTime) {
+        for (const size_t variable : changed_) {
+            show(variable, true);
+        }
+        changed_.clear();
         return;
     }
+    changed_.clear(); // they are among all
     // Twice as many, as only each second look at ten a second comes here.
     const size_t refreshed = std::min(count, std::max(kRefreshed, 2 * count / kLooksForAll + 1));
     for (size_t i = 0; i < count; ++i) {

@@ -57,6 +57,7 @@ public:
 
     // What the controller is asked for, the requests, and what is left out.
     const std::vector<PolledElement>& asked() const { return asked_; }
+    size_t askedOnWire() const { return askedOnWire_; } // elements
     const std::vector<PlannedFrame>& frames() const { return frames_; }
     const std::map<size_t, QString>& setAside() const { return setAside_; }
 
@@ -102,6 +103,7 @@ private:
 
     std::shared_ptr<const PolledGeneration> plan_; // told again behind what was missed
     std::vector<PolledElement> asked_;
+    size_t askedOnWire_ = 0;
     std::vector<PlannedFrame> frames_;
     std::map<size_t, QString> setAside_;
     std::map<QString, size_t> tracks_;           // by address

@@ -20,13 +20,13 @@ qint64 SampleBuckets::spanOf(qint64 at) const
                       : static_cast<qint64>(std::floor(static_cast<double>(at - from_) / length_));
 }
 
-void SampleBuckets::add(qint64 at, double value)
+void SampleBuckets::add(qint64 at, double low, double high, double last)
 {
     const qint64 span = spanOf(at);
     if (any_ && span == span_ && span >= 0) {
-        min_ = std::fmin(min_, value);
-        max_ = std::fmax(max_, value);
-        last_ = value;
+        min_ = std::fmin(min_, low);
+        max_ = std::fmax(max_, high);
+        last_ = last;
         return;
     }
     end();
@@ -34,9 +34,9 @@ void SampleBuckets::add(qint64 at, double value)
     // At the span's beginning, unless nothing was known then.
     const double begin = static_cast<double>(from_) + static_cast<double>(span) * length_;
     at_ = stayed ? static_cast<qint64>(begin) : at;
-    min_ = stayed ? std::fmin(last_, value) : value;
-    max_ = stayed ? std::fmax(last_, value) : value;
-    last_ = value;
+    min_ = stayed ? std::fmin(last_, low) : low;
+    max_ = stayed ? std::fmax(last_, high) : high;
+    last_ = last;
     span_ = span;
     any_ = true;
 }

@@ -15,7 +15,14 @@ public:
     // piece  outlives it; samples are added to it
     SampleBuckets(qint64 from, qint64 to, size_t count, HistoryPiece& piece);
 
-    void add(qint64 at, double value);
+    void add(qint64 at, double value) { add(at, value, value, value); }
+    // Samples that follow each other, the first of them at that moment, in one span: they count as
+    // one by one.
+    void add(qint64 at, double low, double high, double last);
+    bool isOneSpan(qint64 first, qint64 last) const
+    {
+        return first >= from_ && spanOf(first) == spanOf(last);
+    }
     // Adds the last span.
     void end();
 

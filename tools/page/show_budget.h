@@ -1,5 +1,5 @@
 // How often the page puts what it knows into words. With each look, as long as that costs little;
-// where much changes it does so less often, so that words take no more than a fortieth of one
+// where much changes it does so less often, so that words take no more than a hundredth of one
 // processor, but once a second in any case. What happened is taken in with each look all the same.
 #ifndef TAVMIR_PAGE_SHOW_BUDGET_H
 #define TAVMIR_PAGE_SHOW_BUDGET_H
@@ -14,7 +14,7 @@ namespace tavmir::host
 class ShowBudget
 {
 public:
-    static constexpr int kShare = 40;
+    static constexpr int kShare = 100;
     // With looks ten times a second: once a second.
     static constexpr std::chrono::milliseconds kLongest{850};
 

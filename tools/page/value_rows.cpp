@@ -30,16 +30,25 @@ void writeNumber(JsonWriter& json, const std::optional<double>& number)
     json.raw(std::string(text, end.ptr));
 }
 
-void writeTime(JsonWriter& json, qint64 ms)
-{
-    if (ms == 0) {
-        json.null();
-    } else {
-        json.whole(ms);
-    }
-}
-
 } // namespace
+
+// Many rows in a row have the same times: these are put into words once.
+class ValueRows::TimeText
+{
+public:
+    const std::string& of(qint64 ms)
+    {
+        if (ms != ms_) {
+            ms_ = ms;
+            text_ = ms == 0 ? "null" : std::to_string(ms);
+        }
+        return text_;
+    }
+
+private:
+    qint64 ms_ = 0;
+    std::string text_ = "null";
+};
 
 void ValueRows::reset(size_t count, quint64 sequence)
 {
@@ -77,25 +86,32 @@ bool ValueRows::setQuality(size_t index, const ValueQuality& quality, qint64 rea
 
 void ValueRows::write(size_t index, std::string& out) const
 {
+    TimeText read;
+    TimeText changed;
+    write(index, read, changed, out);
+}
+
+void ValueRows::write(size_t index, TimeText& read, TimeText& changed, std::string& out) const
+{
     const Row& row = rows_[index];
     JsonWriter json(out);
     json.beginArray().whole(static_cast<qint64>(index)).text(row.text);
     writeNumber(json, row.number);
     json.word(qualityWord(row.quality)).text(row.reason);
-    writeTime(json, row.readAt);
-    writeTime(json, row.changedAt);
-    json.endArray();
+    json.raw(read.of(row.readAt)).raw(changed.of(row.changedAt)).endArray();
 }
 
 bool ValueRows::writeSince(quint64 since, std::string& out) const
 {
+    TimeText read;
+    TimeText changed;
     bool any = false;
     out += '[';
     for (size_t i = 0; i < rows_.size(); ++i) {
         if (rows_[i].sequence > since) {
             out += any ? "," : "";
             any = true;
-            write(i, out);
+            write(i, read, changed, out);
         }
     }
     out += ']';

@@ -58,6 +58,10 @@ private:
         quint64 sequence = 0;
     };
 
+    class TimeText;
+
+    void write(size_t index, TimeText& read, TimeText& changed, std::string& out) const;
+
     std::vector<Row> rows_;
 };
 

@@ -4,6 +4,7 @@
 #include "value_bytes.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
 
 namespace tavmir::project
@@ -27,6 +28,14 @@ int widthOf(const Element& element)
     return std::min(valueBytes(element), 4);
 }
 
+// As QString::number() has it, in half the time.
+QString decimal(qint64 number)
+{
+    char text[24];
+    const char* const end = std::to_chars(text, text + sizeof text, number).ptr;
+    return QString::fromLatin1(text, static_cast<int>(end - text));
+}
+
 QString decodeText(const QByteArray& bytes)
 {
     const int end = bytes.indexOf('\0');
@@ -38,10 +47,22 @@ QString decodeHex(quint32 number, int width)
     return "0x" + QString::number(number, 16).toUpper().rightJustified(2 * width, '0');
 }
 
+// Fewer digits do not bring the float back.
+int leastDigits(float value)
+{
+    char text[32];
+    const char* const end =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::scientific).ptr;
+    const char* const mantissa = std::find(static_cast<const char*>(text), end, 'e');
+    return static_cast<int>(std::count_if(static_cast<const char*>(text), mantissa,
+                                          [](char one) { return one >= '0' && one <= '9'; }));
+}
+
 // Up to nine digits bring every float back exactly; fewer are shown when they do too.
 QString decodeFloat(float value)
 {
-    for (int digits = 6; digits < std::numeric_limits<float>::max_digits10; ++digits) {
+    for (int digits = std::max(6, leastDigits(value));
+         digits < std::numeric_limits<float>::max_digits10; ++digits) {
         const QString text = QString::number(static_cast<double>(value), 'g', digits);
         if (floatBits(static_cast<float>(text.toDouble())) == floatBits(value)) {
             return text;
@@ -53,8 +74,8 @@ QString decodeFloat(float value)
 
 QString decodeSigned(quint32 number, int width)
 {
-    return width == 2 ? QString::number(static_cast<qint16>(number & 0xFFFF))
-                      : QString::number(static_cast<qint32>(number));
+    return width == 2 ? decimal(static_cast<qint16>(number & 0xFFFF))
+                      : decimal(static_cast<qint32>(number));
 }
 
 std::vector<FormatRow> rows()
@@ -70,7 +91,7 @@ std::vector<FormatRow> rows()
          }},
         {Format::unsignedNumber, "unsigned", isWhole,
          [](const Element& element, const QByteArray& bytes) {
-             return QString::number(numberFrom(bytes, widthOf(element)));
+             return decimal(numberFrom(bytes, widthOf(element)));
          }},
         {Format::hex, "hex",
          [](const Element& element) { return isWhole(element) || hasFloatBits(element); },

@@ -8,7 +8,10 @@ namespace tavmir::project
 
 QString printable(const QString& text)
 {
-    const auto isPrint = [](QChar character) { return character.isPrint(); };
+    const auto isPrint = [](QChar character) {
+        const ushort code = character.unicode();
+        return (code >= 0x20 && code < 0x7F) || character.isPrint();
+    };
     if (std::all_of(text.begin(), text.end(), isPrint)) {
         return text;
     }
