@@ -14,7 +14,6 @@ namespace tavmir::recorder
 namespace
 {
 
-using project::DataType;
 using project::Element;
 using project::Format;
 
