@@ -79,7 +79,17 @@ else()
   set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${same_library}")
 endif()
 
-# Every package says what is known about its licence, and what changed.
+# Every package says what is known about its licence, and what changed; the tools', whose page has a
+# chart built in, that of the chart.
+set(copyright packaging/copyright)
+set(tools_copyright ${copyright})
+if(TAVMIR_PAGE)
+  set(tools_copyright ${CMAKE_CURRENT_BINARY_DIR}/tools/copyright)
+  file(READ ${copyright} own_copyright)
+  file(READ tools/page/web/node_modules/uplot/LICENSE chart_licence)
+  file(WRITE ${tools_copyright} "${own_copyright}\n\
+The page of tavmir-host has uPlot built in, which is under this licence:\n\n${chart_licence}\n")
+endif()
 set(change_log ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian)
 configure_file(packaging/changelog ${change_log} COPYONLY)
 execute_process(COMMAND gzip -9nf ${change_log} RESULT_VARIABLE packed)
@@ -91,7 +101,12 @@ foreach(pair runtime:libtavmir-kx-tcp1 development:libtavmir-kx-tcp-dev
   string(REPLACE ":" ";" pair ${pair})
   list(GET pair 0 component)
   list(GET pair 1 package)
-  install(FILES packaging/copyright ${change_log}.gz
+  if(component STREQUAL "tools")
+    set(copyright ${tools_copyright})
+  else()
+    set(copyright packaging/copyright)
+  endif()
+  install(FILES ${copyright} ${change_log}.gz
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package} COMPONENT ${component})
 endforeach()
 

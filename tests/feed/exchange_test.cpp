@@ -107,6 +107,9 @@ TEST(Exchange, EachEndInWords)
     Exchange late = madeEnd(ExchangeEnd::timeout, 13);
     late.replyTimeoutMs = 350;
     EXPECT_EQ("the controller did not answer within 350 ms", words(late));
+    late.foreignFrames = 1;
+    EXPECT_EQ("the controller did not answer within 350 ms; 1 late or foreign reply came instead",
+              words(late));
     late.foreignFrames = 2;
     EXPECT_EQ("the controller did not answer within 350 ms; 2 late or foreign replies came instead",
               words(late));

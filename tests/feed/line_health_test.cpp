@@ -114,10 +114,14 @@ TEST_F(Line, OneThatRefusesEverythingSaysSo)
     take(FeedKind::connected, 0);
     take(ExchangeEnd::exception, 10);
     EXPECT_EQ(refuses, words(10));
+    EXPECT_TRUE(line_.isRefusing());
     take(ExchangeEnd::reply, 20);
     EXPECT_EQ("connected to plant:5020", words(20));
     take(ExchangeEnd::exception, 30);
+    EXPECT_EQ("connected to plant:5020", words(9000)) << "nothing was asked since";
+    take(ExchangeEnd::exception, 2020);
     EXPECT_EQ("connected to plant:5020", words(2020)) << "some of it is answered";
+    take(ExchangeEnd::exception, 2021);
     EXPECT_EQ(refuses, words(2021));
 }
 

@@ -83,7 +83,7 @@ TEST_F(ReportOfACheck, AsTableNamesWhatAnsweredAndWhatDidNot)
     EXPECT_TRUE(lines[2].endsWith("–"));
     EXPECT_TRUE(lines[3].contains("not asked: station 2 does not answer"));
     EXPECT_EQ(
-        (QStringList{"3 variables in 1 requests",
+        (QStringList{"3 variables in 1 request",
                      "alone: 1 answered, 1 refused, 0 no answer, 1 not asked",
                      "in their requests: 2 answered, 0 refused, 0 no answer, 1 not asked",
                      "station 2 never answered", "M.at16 and M.at32 share the bits 32 to 47"}),

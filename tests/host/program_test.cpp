@@ -403,7 +403,7 @@ TEST(HostProgram, ExplainWithoutAddressesIsThePlanOfRequests)
     const QStringList lines = result.output.split('\n');
     ASSERT_GE(lines.size(), 10);
     EXPECT_EQ("42 variables, 44 elements on the wire, 3 requests a pass", lines[0].toStdString());
-    EXPECT_EQ("request 1: function 'd', 1 bits of station 1, 13 bytes out, 14 back",
+    EXPECT_EQ("request 1: function 'd', 1 bit of station 1, 13 bytes out, 14 back",
               lines[1].toStdString());
     EXPECT_EQ("  variables: L.b", lines[2].toStdString());
     EXPECT_EQ("  ends because the next element has another data type", lines[3].toStdString());

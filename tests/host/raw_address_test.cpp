@@ -109,7 +109,7 @@ TEST_F(RawAddresses, ThatAreNoneSayWhatIsAllowed)
         "not at 3017\n",
         refused("read", "@word:3017"));
     EXPECT_EQ("tavmir-host: address \"@dword:4294967296\": \"4294967296\" is no bit address of a "
-              "double word: 0 to 4294967264\n",
+              "dword: 0 to 4294967264\n",
               refused("write", "@dword:4294967296=1"));
     EXPECT_EQ("tavmir-host: address \"@word:16:2\": stands for 2 elements\n",
               refused("write", "@word:16:2=1"));

@@ -144,6 +144,21 @@ TEST_F(Replayed, WhatWasNotGoodSaysSinceWhen)
     EXPECT_EQ("good", row(1)[3].toString());
 }
 
+TEST_F(Replayed, ASampleIsNoReading)
+{
+    goTo(1500);
+    for (const QJsonValue& step : ask("explain", {{"address", "Main.A"}})["steps"].toArray()) {
+        if (step.toObject()["step"] == "value") {
+            EXPECT_EQ(
+                "5, recorded at 2026-01-01T00:00:01.000Z, 500 ms before this moment; there "
+                "is one at each change and one a minute, also of what was not read in between",
+                step.toObject()["text"].toString());
+            return;
+        }
+    }
+    ADD_FAILURE() << "no such step";
+}
+
 TEST_F(Replayed, InAGapOfTheRecordingNothingIsGood)
 {
     goTo(8500);

@@ -228,7 +228,7 @@ TEST_F(Monitor, GapsAmongChangesAreTold)
     for (size_t i = 0; i < Feed::kMostEntries + 1; ++i) {
         feed_.publish(madeEnd(ExchangeEnd::timeout, 1));
     }
-    EXPECT_EQ(Lines{"64 events were missed: changes among them are not shown"}, messagesOf({}));
+    EXPECT_EQ(Lines{"64 events were missed: changes meanwhile are not shown"}, messagesOf({}));
     EXPECT_EQ(64u, monitor_->figures().missed);
     EXPECT_EQ(Feed::kMostEntries + 1 - 64, monitor_->figures().timeouts);
 }

@@ -23,7 +23,8 @@ QString withoutAccidents(QString text)
 {
     text.replace(QRegularExpression("127\\.0\\.0\\.1(:| port )[0-9]+"), "HOST:PORT");
     text.replace(QRegularExpression("[0-9-]{10}T[0-9:.]{12}Z"), "TIME");
-    text.replace(QRegularExpression("[0-9]+ (late or foreign replies)"), "N \\1");
+    text.replace(QRegularExpression("[0-9]+ late or foreign repl(y|ies)"),
+                 "N late or foreign replies");
     text.replace(QRegularExpression("(for|since|last reply) [0-9.]+ (ms|s|min)\\b"), "\\1 N \\2");
     return text;
 }

@@ -81,7 +81,7 @@ TEST(Statistics, AsLines)
               "  bytes received: 117\n"
               "  events missed by these statistics: 118\n"
               "  events were missed: what they held is in none of these figures\n"
-              "  exceptions by code: 7 times exception 2 (illegal data address), 1 times exception "
+              "  exceptions by code: 7 times exception 2 (illegal data address), 1 time exception "
               "99\n"
               "  last error: 1970-01-01T00:00:05.000Z the controller did not answer within 500 ms\n"
               "  round trip: minimum 1.0 us, mean 5.2 us, p99 12.5 us\n"

@@ -42,7 +42,7 @@ NO_QT = ["wire", "capture", "diagnose", "judge", "page/server"]
 # Parts that have no name of their own in front: their files.
 FILES = {
     "page/server": ["access_rules", "ascii_text", "built_in_assets", "connections", "greeting",
-                    "http_answers", "http_session", "live_messages", "live_session", "page_content",
+                    "http_answers", "http_session", "listening", "live_messages", "live_session", "page_content",
                     "page_limits", "page_server", "polling_first", "query", "request_rules", "return_path",
                     "send_progress", "session", "token"],
 }

@@ -105,8 +105,12 @@ in_root=(dpkg --root="$root" --force-not-root --force-depends --force-architectu
 for package in "${packages[@]}"; do
   [ "$(dpkg-query --admindir="$root/var/lib/dpkg" -W -f '${db:Status-Status}' "$package")" = installed ] ||
     fail "$package is not installed"
-  [ "$(cat "$root/usr/share/doc/$package/copyright")" = "No licence has been chosen for this project." ] ||
+  [ "$(head -1 "$root/usr/share/doc/$package/copyright")" = "No licence has been chosen for this project." ] ||
     fail "$package: copyright"
+done
+# The page has a chart built in.
+for words in 'uPlot' 'Copyright (c) [0-9]* Leon Sorokin' 'Permission is hereby granted' 'THE SOFTWARE IS PROVIDED'; do
+  grep -q "$words" "$root/usr/share/doc/tavmir-tools/copyright" || fail "tavmir-tools: copyright lacks \"$words\""
 done
 
 for document in libtavmir-kx-tcp-dev/{panel,binary-interface,host-duties,integration,protocol}.md \

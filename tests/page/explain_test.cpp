@@ -134,11 +134,10 @@ TEST_F(Why, ATextThatIsNotWholeYet)
     connect(0);
     read(100, kReadWords, {{6000, 0x4142}, {6016, 0x4344}});
     lookAt(200);
-    EXPECT_EQ("There is no value: only 2 of its 3 words have come, and a text is shown when it is "
+    EXPECT_EQ("There is no value: only 2 of its 3 words came, and a text is shown when it is "
               "whole.",
               conclusion("Main.Title"));
-    EXPECT_EQ("- 2 of its 3 words have come: it is shown when all have",
-              step("Main.Title", "value"));
+    EXPECT_EQ("- 2 of its 3 words came: it is shown when all have", step("Main.Title", "value"));
 }
 
 TEST_F(Why, AWriteOfItIsNotAcknowledged)
@@ -171,6 +170,12 @@ TEST_F(Why, AnAddressInAnotherSpelling)
     EXPECT_EQ("+ variable 8 of 8 in the polled list", step("Main.Grid[C]", "polled"));
     EXPECT_EQ("+ variable 8 of 8 in the polled list", step("Main.Grid[c]", "polled"));
     EXPECT_EQ("- not in the project's polled list", step("Main.Grid[b]", "polled"));
+}
+
+TEST_F(Why, WhatIsNotPolledIsNamedAsTheProjectFileNamesIt)
+{
+    EXPECT_EQ("+ a dword at bit address 4000", step("@dword:4000", "resolved"));
+    EXPECT_EQ("+ bit 3 of the word at bit address 3032", step("Main.Mode.b[3]", "resolved"));
 }
 
 TEST_F(Why, AnAddressThatMeansNothingOrIsNotPolled)

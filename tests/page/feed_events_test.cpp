@@ -73,9 +73,9 @@ TEST_F(Events, ManyOfAKindWithinASecondAreCounted)
     for (int i = 0; i < 60; ++i) {
         fails(3000 + i, ExchangeEnd::timeout, {{3000, 0}});
     }
-    EXPECT_EQ(FeedEvents::kMostOfAKind, textsAt(3500).size()) << "the second is not over";
+    EXPECT_EQ(EventFlood::kMostOfAKind, textsAt(3500).size()) << "the second is not over";
     const QStringList texts = textsAt(4100);
-    EXPECT_EQ(FeedEvents::kMostOfAKind + 1, texts.size());
+    EXPECT_EQ(EventFlood::kMostOfAKind + 1, texts.size());
     EXPECT_EQ("55 more of this kind within a second", texts.last());
 }
 

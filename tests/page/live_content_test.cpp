@@ -166,6 +166,31 @@ TEST_F(LivePage, ASilentLineIsNoneThatIsConnected)
               link["text"].toString());
 }
 
+TEST_F(LivePage, ALineThatRefusesEverythingIsNoneThatIsConnected)
+{
+    const auto state = [this] {
+        return object(get("status"), "link")["state"].toString().toStdString();
+    };
+    plan();
+    connect(0);
+    fails(600, ExchangeEnd::exception, {{3000, 0}}, 2);
+    lookAt(700);
+    EXPECT_EQ("refusing", state());
+    EXPECT_EQ("connected to 127.0.0.1:502, which refuses what it is asked: exception 2 (illegal "
+              "data address)",
+              object(get("status"), "link")["text"].toString());
+    word(800, 3000, 7);
+    fails(900, ExchangeEnd::exception, {{3016, 0}}, 2);
+    lookAt(1000);
+    EXPECT_EQ("connected", state()) << "some of it is answered";
+    fails(2900, ExchangeEnd::exception, {{3016, 0}}, 2);
+    lookAt(2950);
+    EXPECT_EQ("refusing", state());
+    fails(3000, ExchangeEnd::timeout, {{3000, 0}});
+    lookAt(3100);
+    EXPECT_EQ("silent", state());
+}
+
 TEST_F(LivePage, BeforeTheFirstAttemptItConnects)
 {
     lookAt(1);
@@ -502,8 +527,9 @@ TEST_F(LivePage, EntriesThatWereMissedAreSaid)
     }
     lookAt(10);
     EXPECT_GT(get("status")["missed"].toInt(), 1000);
-    EXPECT_NE(-1, eventTexts().indexOf(QRegExp("[0-9]+ events were missed: what they held is not "
-                                               "shown")));
+    EXPECT_NE(-1,
+              eventTexts().indexOf(QRegExp("[0-9]+ events were missed: what happened meanwhile is "
+                                           "not shown")));
 }
 
 } // namespace tavmir::host

@@ -204,6 +204,13 @@ class PageInterface(unittest.TestCase):
         self.assertEqual(status, 200)
         self.assertIn(b"<html", body.lower())
 
+    def test_the_chart_comes_with_its_licence(self):
+        page = self.page(self.controller().place)
+        self.assertEqual(page.ask("/vendor/uPlot.esm.js")[0], 200)
+        status, licence = page.ask("/vendor/uPlot.LICENSE.txt")
+        self.assertEqual(status, 200)
+        self.assertIn(b"Permission is hereby granted", licence)
+
     def test_the_requests_foretold_are_those_on_the_wire(self):
         page = self.page(self.controller().place)
         self.await_good(page)
@@ -427,12 +434,13 @@ class PageInterface(unittest.TestCase):
 
     def test_what_cannot_be_is_said_at_the_start(self):
         self.assertIn('address "Main.Nothing"', self.refused("--page", "--allow-writes=Main.Nothing"))
-        self.assertIn("never writable", self.refused("--page=0.0.0.0:0", "--allow-writes"))
         with socket.socket() as taken:
             taken.bind(("127.0.0.1", 0))
             taken.listen()
-            place = f"127.0.0.1:{taken.getsockname()[1]}"
-            self.assertIn(place, self.refused(f"--page={place}"))
+            port = taken.getsockname()[1]
+            self.assertIn(f"127.0.0.1:{port}", self.refused(f"--page=127.0.0.1:{port}"))
+            self.assertIn("never writable",
+                          self.refused(f"--page=0.0.0.0:{port}", "--allow-writes"))
 
     def test_two_pages_at_once_are_strangers(self):
         controller = self.controller()

@@ -128,6 +128,28 @@ TEST_F(Writes, AValueThatIsAnotherOneByNowIsNotOverwritten)
     EXPECT_EQ(1, desk_.taken_.size());
 }
 
+TEST_F(Writes, WhatWasExpectedHoldsHoweverTheAddressIsSpelt)
+{
+    plan({}, kPolled + 1);
+    read(40, kReadWords, {{6832, 8}});
+    lookAt(50);
+    for (const char* address : {"Main.Grid[C]", "Main.Grid[c]", "Main.Grid[0C]", "@word:6832"}) {
+        const std::string asked = std::string(R"({"address":")") + address + R"(","value":"5",)";
+        EXPECT_EQ(409, post(asked + R"("expect":"7"})").status) << address;
+        EXPECT_EQ(0, post(asked + R"("expect":"8"})").status) << address << " is under way";
+        end(OutcomeState::done, QString(), "written");
+        EXPECT_EQ("8", parsed(answer_.body)["old"].toString()) << address;
+    }
+    EXPECT_EQ(4, desk_.taken_.size());
+}
+
+TEST_F(Writes, NothingIsExpectedOfWhatIsNotPolled)
+{
+    EXPECT_EQ(409, post(R"({"address":"Main.Off","value":"5","expect":"7"})").status);
+    EXPECT_TRUE(desk_.taken_.empty());
+    EXPECT_EQ(0, post(R"({"address":"Main.Off","value":"5"})").status) << "it is under way";
+}
+
 TEST_F(Writes, BadValuesAndAddressesAreRefused)
 {
     EXPECT_EQ(400, post(R"({"address":"Main.W","value":"bad"})").status);

@@ -97,7 +97,7 @@ TEST(FramePlan, InWords)
     rest.end = BatchEnd::endOfList;
     EXPECT_EQ((std::vector<std::string>{
                   "4 variables, 5 elements on the wire, 3 requests a pass",
-                  "request 1: function 'd', 1 bits of station 1, 13 bytes out, 14 back",
+                  "request 1: function 'd', 1 bit of station 1, 13 bytes out, 14 back",
                   "  variables: M.bit", "  ends because the next element has another data type",
                   "request 2: function 'f', 3 words of station 1, 21 bytes out, 27 back",
                   "  variables: flag, title (2 of 3 words), M.inText",

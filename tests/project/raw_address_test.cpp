@@ -83,12 +83,12 @@ TEST(RawAddress, SaysWhatIsAllowed)
     EXPECT_EQ("\" 16\" is no bit address of a word: 0 to 4294967280", refused("@word: 16"));
     EXPECT_EQ("\"4294967296\" is no bit address of a bit: 0 to 4294967295",
               refused("@bit:4294967296"));
-    EXPECT_EQ("\"4294967288\" is no bit address of a double word: 0 to 4294967264",
+    EXPECT_EQ("\"4294967288\" is no bit address of a dword: 0 to 4294967264",
               refused("@dword:4294967288"));
     EXPECT_EQ("\"99999999999999999999\" is no bit address of a bit: 0 to 4294967295",
               refused("@bit:99999999999999999999"));
     EXPECT_EQ("a word begins at a multiple of 8, such as 3016, not at 3017", refused("@word:3017"));
-    EXPECT_EQ("a double word begins at a multiple of 8, such as 4000, not at 4007",
+    EXPECT_EQ("a dword begins at a multiple of 8, such as 4000, not at 4007",
               refused("@dword:4007"));
     EXPECT_TRUE(rawElements("@word:4294967280").ok);
     EXPECT_TRUE(rawElements("@bit:4294967295").ok);

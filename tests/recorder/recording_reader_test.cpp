@@ -74,10 +74,15 @@ TEST_F(RecordingReaderTest, CoversFromTheFirstToTheLast)
     EXPECT_EQ(stretches[2].from, momentOf(20000));
 }
 
-TEST_F(RecordingReaderTest, GivesTheNewestProjectAndAllVariablesOnce)
+TEST_F(RecordingReaderTest, TheNewestFileHasProjectAndControllerOfItsOwn)
 {
-    EXPECT_EQ(reader->project(), "project 2");
-    EXPECT_EQ(reader->controller(), "10.0.0.2:502");
+    const std::unique_ptr<RecordingPart> newest = reader->newestPart();
+    EXPECT_EQ(newest->project(), "project 2");
+    EXPECT_EQ(newest->about("controller"), "10.0.0.2:502");
+}
+
+TEST_F(RecordingReaderTest, GivesAllVariablesOnce)
+{
     const std::vector<RecordedVariable> variables = reader->variables();
     ASSERT_EQ(variables.size(), 2u);
     EXPECT_EQ(variables[0].address, "Main.T");

@@ -52,6 +52,9 @@ TEST(FrameLayout, OtherFunctionCodesAreUnknown)
 
 TEST(FrameLayout, ElementsHaveNames)
 {
+    EXPECT_STREQ("bit", elementName(ElementClass::bits));
+    EXPECT_STREQ("word", elementName(ElementClass::words));
+    EXPECT_STREQ("double word", elementName(ElementClass::doubleWords));
     EXPECT_STREQ("bits", elementsName(ElementClass::bits));
     EXPECT_STREQ("words", elementsName(ElementClass::words));
     EXPECT_STREQ("double words", elementsName(ElementClass::doubleWords));

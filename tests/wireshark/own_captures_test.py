@@ -16,12 +16,12 @@ import real_run
 import tshark
 
 TOOLS = None
-SECONDS = 4
+SECONDS = 7
 EARLY = (3, 7, 10, 14, 20)
 # Faults after which each side still gets every byte that the other sent.
 CASES = {
     "none": [],
-    "late": [*(part for at in EARLY for part in ("--fault", f"late@{at}")), "--late-ms", "450"],
+    "late": [*(part for at in EARLY for part in ("--fault", f"late@{at}")), "--late-ms", "900"],
     "duplicate": [part for at in EARLY for part in ("--fault", f"duplicate@{at}")],
     "cut": [part for at in EARLY for part in ("--fault", f"cut@{at}")],
     "oversize": [part for at in EARLY for part in ("--fault", f"oversize@{at}")],

@@ -8,6 +8,9 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 PLANT = ROOT / "examples" / "plant.json"
+# tcpdump's buffer has a place of the longest packet's size for each packet: 4,000 of them, so that it
+# may be kept waiting for seconds.
+WITH_ROOM = ("-s", "8192", "-B", "32768")
 
 
 class Controller:
@@ -38,7 +41,7 @@ class Recording:
     def __init__(self, path, port, *options):
         self.path, self.dropped = path, 0
         self.process = subprocess.Popen(
-            ["tcpdump", "-i", "lo", "-U", "--immediate-mode", "-B", "16384", "-w", str(path),
+            ["tcpdump", "-i", "lo", "-U", "--immediate-mode", *WITH_ROOM, "-w", str(path),
              *options, f"tcp port {port}"], stderr=subprocess.PIPE, text=True)
         for line in self.process.stderr:
             if "listening on" in line:

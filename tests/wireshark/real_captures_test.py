@@ -15,7 +15,7 @@ import dissected
 import real_run
 
 TOOLS = None
-SECONDS = 4
+SECONDS = 7
 # Requests that meet the fault: early, so that the run ends in peace, and not two in a row, so that
 # it is the repetition that is answered.
 EARLY = (3, 7, 10, 14, 20)
@@ -30,7 +30,7 @@ CASES = {
     "lose": at_each("lose"),
     "drop": at_each("drop"),
     "delay": at_each("delay"),
-    "late": [*at_each("late"), "--late-ms", "450"],
+    "late": [*at_each("late"), "--late-ms", "900"],
     "truncate": at_each("truncate"),
     "oversize": at_each("oversize"),
     "cut": at_each("cut"),
@@ -44,7 +44,7 @@ CASES = {
     "rate": ["--max-rate", "30"],
     "all kinds": [part for number, kind in enumerate(
         ("lose", "late", "drop", "duplicate", "cut", "truncate", "disconnect", "oversize"))
-        for part in ("--fault", f"{kind}@{3 + 3 * number}")] + ["--late-ms", "450"],
+        for part in ("--fault", f"{kind}@{3 + 3 * number}")] + ["--late-ms", "900"],
 }
 
 

@@ -9,19 +9,6 @@ namespace
 
 constexpr std::size_t kMostNames = 4;
 
-const char* oneOf(wire::ElementClass elements)
-{
-    switch (elements) {
-    case wire::ElementClass::bits:
-        return "bit";
-    case wire::ElementClass::words:
-        return "word";
-    case wire::ElementClass::doubleWords:
-        break;
-    }
-    return "double word";
-}
-
 wire::ElementInFrame inFrame(const PlaceAndValue& place)
 {
     return {place.place.address, place.bits, place.value};
@@ -107,7 +94,7 @@ std::string requestName(const Bytes& request, const wire::DescribeElements& desc
 std::string placeName(const PlaceAndValue& place, const wire::DescribeElements& describe)
 {
     const wire::ElementInFrame element = inFrame(place);
-    const std::string where = std::string(oneOf(place.place.elements)) + " at " +
+    const std::string where = std::string(wire::elementName(place.place.elements)) + " at " +
                               std::to_string(place.place.address) + " of station " +
                               std::to_string(place.place.station);
     const std::string name = describe(&element, 1).name;

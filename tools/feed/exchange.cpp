@@ -1,6 +1,7 @@
 // Exchanges copied, and in words.
 #include "exchange.h"
 
+#include "project/counted.h"
 #include "wire/frame_layout.h"
 
 #include <cstring>
@@ -28,8 +29,11 @@ namespace
 
 QString foreignInWords(quint32 frames)
 {
-    return frames == 0 ? QString()
-                       : QString("; %1 late or foreign replies came instead").arg(frames);
+    return frames == 0
+               ? QString()
+               : "; " +
+                     project::counted(frames, "late or foreign reply", "late or foreign replies") +
+                     " came instead";
 }
 
 } // namespace
@@ -45,8 +49,8 @@ QString endInWords(const Exchange& exchange, const QString& linkProblem)
 {
     switch (exchange.end) {
     case ExchangeEnd::reply:
-        return QString("the controller's reply has %1 bytes instead of %2")
-            .arg(exchange.replySize)
+        return QString("the controller's reply has %1 instead of %2")
+            .arg(project::counted(exchange.replySize, "byte", "bytes"))
             .arg(exchange.expectedReply);
     case ExchangeEnd::exception:
         return "the controller refused the request: " + exceptionInWords(exchange.exceptionCode);

@@ -1,6 +1,7 @@
 // Entries told as lines.
 #include "feed_lines.h"
 
+#include "project/counted.h"
 #include "wire/endpoint.h"
 
 #include <algorithm>
@@ -21,6 +22,11 @@ const unsigned char* replyOf(const FeedEntry& entry)
 size_t replySizeOf(const FeedEntry& entry)
 {
     return entry.received.empty() ? entry.exchange.replyKept() : entry.received.size();
+}
+
+std::string bytesInCount(size_t count)
+{
+    return project::counted(count, "byte", "bytes").toStdString();
 }
 
 const char* remarkOn(Stray stray)
@@ -118,8 +124,7 @@ void FeedLines::take(const FeedEntry& entry)
         return;
     case FeedKind::gaveUp:
         say(entry, LineKind::gaveUp,
-            "given up after " + std::to_string(attempt_) +
-                (attempt_ == 1 ? " attempt" : " attempts"));
+            "given up after " + project::counted(attempt_, "attempt", "attempts").toStdString());
         return;
     case FeedKind::framesDropped: // each of them was told
         release();
@@ -176,7 +181,7 @@ void FeedLines::showRequest(const FeedEntry& entry)
         line.remarks.push_back("attempt " + std::to_string(exchange.attempt));
     }
     if (exchange.sentBytes < exchange.requestSize) {
-        line.remarks.push_back(std::to_string(exchange.sentBytes) + " bytes of it sent");
+        line.remarks.push_back(bytesInCount(exchange.sentBytes) + " of it sent");
     }
     show(line, exchange.request, std::min<size_t>(exchange.sentBytes, exchange.requestKept()));
 }
@@ -197,8 +202,8 @@ void FeedLines::showAnswer(const FeedEntry& entry)
     }
     line.words = replyWords(replyOf(entry), replySizeOf(entry));
     if (exchange.end == ExchangeEnd::reply && !exchange.isGood()) {
-        line.remarks.push_back("wrong length: " + std::to_string(exchange.replySize) +
-                               " bytes instead of " + std::to_string(exchange.expectedReply));
+        line.remarks.push_back("wrong length: " + bytesInCount(exchange.replySize) +
+                               " instead of " + std::to_string(exchange.expectedReply));
     }
     show(line, replyOf(entry), replySizeOf(entry));
 }
@@ -238,7 +243,7 @@ void FeedLines::holdStray(const FeedEntry& entry)
 {
     FeedLine line = lineAt(entry.wall, TraceWay::fromController, strayKind(entry.stray));
     if (entry.stray == Stray::remainder && !beginsFrame(entry.received)) {
-        line.words = std::to_string(entry.received.size()) + " bytes";
+        line.words = bytesInCount(entry.received.size());
         line.remarks.emplace_back("no frame");
     } else {
         line.words = replyWords(entry.received.data(), entry.received.size());

@@ -7,7 +7,8 @@ namespace tavmir::host
 namespace
 {
 
-// Refusals count as the line's state when nothing good came for this long beside them.
+// Refusals count as the line's state when they go on for this long after the last good reply. What
+// waits for the next pass meanwhile says nothing.
 constexpr auto kRefusesFor = std::chrono::seconds(2);
 
 } // namespace
@@ -68,6 +69,7 @@ void LineHealth::takeExchange(const Exchange& exchange)
         refusal_ = 0;
     } else {
         refusal_ = exchange.exceptionCode;
+        refusedAt_ = exchange.endedAt;
     }
 }
 
@@ -77,6 +79,11 @@ void LineHealth::takeSilence(const Exchange& exchange)
     if (exchange.end == ExchangeEnd::timeout) {
         silence_ = endInWords(exchange, QString());
     }
+}
+
+bool LineHealth::isRefusing() const
+{
+    return isAlive() && refusal_ != 0 && (!goodOnThis_ || refusedAt_ - goodAt_ > kRefusesFor);
 }
 
 // What failed names its address by itself, unless it is a name that was looked up.
@@ -95,7 +102,7 @@ QString LineHealth::words(Clock::time_point now) const
                             .arg(controller_, durationText(quietFor(now)), silence_)
                       : QString("no reply from %1 yet: %2").arg(controller_, silence_);
     }
-    if (refusal_ != 0 && (!goodOnThis_ || now - goodAt_ > kRefusesFor)) {
+    if (isRefusing()) {
         return QString("connected to %1, which refuses what it is asked: %2")
             .arg(controller_, exceptionInWords(refusal_));
     }

@@ -23,6 +23,8 @@ public:
     bool wasConnected() const { return wasConnected_; }
     // Connected, and the last request was not answered.
     bool isSilent() const { return connected_ && !silence_.isNull(); }
+    // Connected, and nothing but refusals came of late.
+    bool isRefusing() const;
     // Connected, and nobody waits in vain.
     bool isAlive() const { return connected_ && silence_.isNull(); }
 
@@ -53,6 +55,7 @@ private:
     bool wasConnected_ = false;
     Clock::time_point heardAt_;
     Clock::time_point goodAt_;
+    Clock::time_point refusedAt_;
 };
 
 // "850 ms", "3.2 s", "5 min".

@@ -1,6 +1,7 @@
 // Columns, cells and keys.
 #include "check_report.h"
 
+#include "project/counted.h"
 #include "project/value_format.h"
 
 #include <QtCore/QJsonArray>
@@ -45,9 +46,11 @@ QString valueOf(const PolledElement& polled, const CheckedVariable& variable)
 
 QString requestOf(const PassCheck::Variable& together)
 {
-    return together.request == 0
-               ? QString()
-               : QString("request %1 (%2 elements): ").arg(together.request).arg(together.sharing);
+    return together.request == 0 ? QString()
+                                 : QString("request %1 (%2): ")
+                                       .arg(together.request)
+                                       .arg(project::counted(static_cast<quint64>(together.sharing),
+                                                             "element", "elements"));
 }
 
 QString padded(const QString& text, int width)
@@ -233,9 +236,10 @@ QStringList checkSummary(const CheckReport& report, OutputFormat format)
         return {summaryAsJson(report)};
     }
     QStringList lines;
-    lines << QString("%1 variables in %2 requests")
-                 .arg(report.polled.size())
-                 .arg(report.result.requests);
+    lines << QString("%1 in %2")
+                 .arg(project::counted(report.polled.size(), "variable", "variables"),
+                      project::counted(static_cast<quint64>(report.result.requests), "request",
+                                       "requests"));
     lines << "alone: " + countsInWords(report, true);
     lines << "in their requests: " + countsInWords(report, false);
     for (const int station : report.result.silentStations) {

@@ -4,6 +4,7 @@
 #include "check_report.h"
 #include "complain.h"
 #include "prepared_host.h"
+#include "project/counted.h"
 #include "until_signal.h"
 
 namespace tavmir::host
@@ -28,7 +29,8 @@ public:
         }
         last_ = now;
         console_.say(asked == 0
-                         ? QString("asked with %1 requests").arg(requests)
+                         ? "asked with " + project::counted(static_cast<quint64>(requests),
+                                                            "request", "requests")
                          : QString("asked for %1 of %2 variables alone").arg(asked).arg(all));
     }
 

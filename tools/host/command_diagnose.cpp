@@ -5,12 +5,12 @@
 #include "console.h"
 #include "diagnose_report.h"
 #include "exit_status.h"
+#include "own_command_line.h"
 #include "project/element_names.h"
 #include "project/project_reader.h"
 #include "value_row.h"
 #include "wire/endpoint.h"
 
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 
@@ -26,16 +26,10 @@ struct Options {
     int port = 0;
     bool asJson = false;
     QString problem; // not empty: refused
-    QString help;    // not empty: to be shown instead
 };
 
-Options parse(const QStringList& arguments)
+void addOptions(QCommandLineParser& parser)
 {
-    Options options;
-    QCommandLineParser parser;
-    parser.setApplicationDescription(kDiagnosePurpose);
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
     parser.addOption({"port",
                       "Judge what is said with controllers at this port, whatever it is; otherwise "
                       "every connection that speaks the protocol.",
@@ -45,18 +39,11 @@ Options parse(const QStringList& arguments)
                                  "diagnose FILE");
     parser.addPositionalArgument("PROJECT", "The project file, for names and formats.",
                                  "[PROJECT]");
-    if (!parser.parse(arguments)) {
-        options.problem = parser.errorText();
-        return options;
-    }
-    if (parser.isSet(help)) {
-        options.help = parser.helpText();
-        return options;
-    }
-    if (parser.isSet(version)) {
-        options.help = "tavmir-host " TAVMIR_VERSION "\n";
-        return options;
-    }
+}
+
+Options optionsOf(const QCommandLineParser& parser)
+{
+    Options options;
     const QStringList given = parser.positionalArguments();
     if (given.isEmpty() || given.size() > 2) {
         options.problem = QString("usage: tavmir-host diagnose %1").arg(kDiagnoseArguments);
@@ -109,11 +96,12 @@ bool readNames(const QString& file, project::ElementNames& names, int& port)
 
 int diagnoseCommand(const QStringList& arguments)
 {
-    const Options options = parse(arguments);
-    if (!options.help.isEmpty()) {
-        std::fputs(options.help.toLocal8Bit().constData(), stdout);
-        return kExitOk;
+    OwnCommandLine line(kDiagnosePurpose);
+    addOptions(line.parser());
+    if (const std::optional<int> ended = line.take(arguments)) {
+        return *ended;
     }
+    const Options options = optionsOf(line.parser());
     if (!options.problem.isEmpty()) {
         complain(options.problem);
         return kExitBadInput;
@@ -138,8 +126,8 @@ int diagnoseCommand(const QStringList& arguments)
         const QJsonDocument document(diagnosisJson(diagnosis, options.captureFile));
         console.print(QString::fromUtf8(document.toJson(QJsonDocument::Compact)));
     } else {
-        for (const QString& line : diagnosisLines(diagnosis, options.captureFile)) {
-            console.print(line);
+        for (const QString& text : diagnosisLines(diagnosis, options.captureFile)) {
+            console.print(text);
         }
     }
     return console.finish(stop) && !diagnosis.isWrong() ? kExitOk : kExitFailed;

@@ -8,7 +8,9 @@
 #include "plan/overlaps.h"
 #include "plan/wire_names.h"
 #include "prepared_host.h"
+#include "project/counted.h"
 #include "project/raw_address.h"
+#include "project/type_words.h"
 #include "project/value_format.h"
 #include "value_row.h"
 
@@ -29,29 +31,16 @@ namespace
 constexpr int kMaxListedElements = 100;
 constexpr int kMaxListedSharing = 10;
 
-QString typeName(const project::Element& element)
+// Of a bit in a word, that of the word.
+QString typeOf(const project::Element& element)
 {
-    switch (element.type) {
-    case project::DataType::bit:
-        return "bit";
-    case project::DataType::word:
-        return "word";
-    case project::DataType::dword:
-        return "dword";
-    case project::DataType::real:
-        return "real";
-    case project::DataType::text:
-        return QString("text of %1 words").arg(element.words);
-    case project::DataType::structure:
-        break;
-    }
-    return "structure";
+    return element.bitNumber ? project::typeWord(element.type) : project::typeInWords(element);
 }
 
 QString describe(const project::Element& element)
 {
     QString text = QString("%1: %2 (type %3) at bit address %4")
-                       .arg(project::shownAddress(element), typeName(element))
+                       .arg(project::shownAddress(element), typeOf(element))
                        .arg(element.typeCode())
                        .arg(element.address);
     if (element.bitNumber) {
@@ -61,7 +50,9 @@ QString describe(const project::Element& element)
         text += QString(", array element, the driver cuts counts to %1").arg(element.elementLimit);
     }
     if (element.type == project::DataType::text) {
-        text += QString(", polled as %1 words, %2").arg(element.words).arg(pollAddress(element));
+        text += QString(", polled as %1, %2")
+                    .arg(project::counted(static_cast<quint64>(element.words), "word", "words"),
+                         pollAddress(element));
     }
     return text;
 }
@@ -131,7 +122,8 @@ bool explainAddress(PreparedHost& host, const std::vector<project::Element>& all
         return false;
     }
     if (expansion.elements.size() > 1 || !resolution.ok) {
-        out << "  stands for " << expansion.elements.size() << " elements\n";
+        out << "  stands for " << project::counted(expansion.elements.size(), "element", "elements")
+            << '\n';
     }
     bool agreed = true;
     int listed = 0;
@@ -176,7 +168,10 @@ QStringList overlapLines(PreparedHost& host)
     const auto overlaps = findOverlaps(project::leafElements(host.project()));
     for (const Overlap& overlap : overlaps) {
         if (lines.size() == kMaxListedElements) {
-            lines << QString("… and %1 overlaps more").arg(overlaps.size() - kMaxListedElements);
+            lines << "… and " +
+                         project::counted(overlaps.size() - kMaxListedElements, "overlap",
+                                          "overlaps") +
+                         " more";
             break;
         }
         lines << QString("overlap: %1 and %2 share the bits %3 to %4")

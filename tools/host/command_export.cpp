@@ -6,10 +6,10 @@
 #include "exit_status.h"
 #include "export_rows.h"
 #include "link/wake_event.h"
+#include "own_command_line.h"
 #include "recorder/state_words.h"
 #include "value_row.h"
 
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QDateTime>
 
 #include <poll.h>
@@ -37,7 +37,6 @@ struct Options {
     TimeSpan span = {std::numeric_limits<Micros>::min() / 4,
                      std::numeric_limits<Micros>::max() / 4};
     QString problem; // not empty: refused
-    QString help;    // not empty: to be shown instead
 };
 
 // Without a zone it is UTC.
@@ -100,26 +99,9 @@ void addOptions(QCommandLineParser& parser)
                                  "[ADDRESS...]");
 }
 
-Options parse(const QStringList& arguments)
+Options optionsOf(const QCommandLineParser& parser)
 {
     Options options;
-    QCommandLineParser parser;
-    parser.setApplicationDescription(kExportPurpose);
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
-    addOptions(parser);
-    if (!parser.parse(arguments)) {
-        options.problem = parser.errorText();
-        return options;
-    }
-    if (parser.isSet(help)) {
-        options.help = parser.helpText();
-        return options;
-    }
-    if (parser.isSet(version)) {
-        options.help = "tavmir-host " TAVMIR_VERSION "\n";
-        return options;
-    }
     const QStringList given = parser.positionalArguments();
     if (given.isEmpty()) {
         options.problem = QString("usage: tavmir-host export %1").arg(kExportArguments);
@@ -268,11 +250,12 @@ void runUntilSignal(Export& work, wire::StopSignal& stop, Console& console)
 
 int exportCommand(const QStringList& arguments)
 {
-    const Options options = parse(arguments);
-    if (!options.help.isEmpty()) {
-        std::fputs(options.help.toLocal8Bit().constData(), stdout);
-        return kExitOk;
+    OwnCommandLine line(kExportPurpose);
+    addOptions(line.parser());
+    if (const std::optional<int> ended = line.take(arguments)) {
+        return *ended;
     }
+    const Options options = optionsOf(line.parser());
     QString problem = options.problem;
     std::unique_ptr<recorder::RecordingReader> reader;
     if (problem.isEmpty()) {

@@ -3,10 +3,7 @@
 
 #include "complain.h"
 #include "exit_status.h"
-
-#include <QtCore/QCommandLineParser>
-
-#include <cstdio>
+#include "own_command_line.h"
 
 namespace tavmir::host
 {
@@ -26,25 +23,16 @@ QStringList withEmptyPage(QStringList arguments)
 
 int replayCommand(const QStringList& arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(kReplayPurpose);
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
+    OwnCommandLine line(kReplayPurpose);
+    QCommandLineParser& parser = line.parser();
     parser.addOption({"page",
                       "Where the page is served: on this machine only, at any free port, unless "
                       "HOST:PORT says otherwise. Prints the page's address.",
                       "HOST:PORT"});
     parser.addOption({"open", "Open the page in the browser."});
     parser.addPositionalArgument("FOLDER", "A folder that was recorded into.", "replay FOLDER");
-    if (!parser.parse(withEmptyPage(arguments))) {
-        complain(parser.errorText());
-        return kExitBadInput;
-    }
-    if (parser.isSet(help) || parser.isSet(version)) {
-        const QString text =
-            parser.isSet(help) ? parser.helpText() : QString("tavmir-host " TAVMIR_VERSION "\n");
-        std::fputs(text.toLocal8Bit().constData(), stdout);
-        return kExitOk;
+    if (const std::optional<int> ended = line.take(withEmptyPage(arguments))) {
+        return *ended;
     }
     QString problem;
     PageOptions page;

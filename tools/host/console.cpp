@@ -2,6 +2,7 @@
 #include "console.h"
 
 #include "complain.h"
+#include "project/counted.h"
 
 #include <cerrno>
 #include <csignal>
@@ -84,8 +85,8 @@ bool Console::report()
     }
     const bool whole = error == EPIPE || (error == 0 && out_.dropped() == 0 && !out_.isBehind());
     if (err_.dropped() > 0) {
-        complain(QString("%1 lines of standard error are missing: it was not read in time")
-                     .arg(err_.dropped()));
+        complain(project::counted(err_.dropped(), "line", "lines") +
+                 " of standard error missing: it was not read in time");
         err_.finish(kPatienceMs);
         return false;
     }

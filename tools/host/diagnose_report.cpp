@@ -1,6 +1,7 @@
 // The page, line by line; and the same as objects.
 #include "diagnose_report.h"
 
+#include "project/counted.h"
 #include "statistics_report.h"
 #include "value_row.h"
 #include "wire/frame_words.h"
@@ -41,11 +42,6 @@ QString numberInWords(double value)
                : QString::number(value, 'f', 3);
 }
 
-QString counted(std::uint64_t count, const char* one, const char* several)
-{
-    return QString("%1 %2").arg(count).arg(count == 1 ? one : several);
-}
-
 QString withCode(const QString& label, const Finding& finding)
 {
     return finding.code ? label + " " +
@@ -61,7 +57,7 @@ void addList(QStringList& lines, const QString& heading, const std::vector<Count
     }
     lines << "      " + heading;
     for (const Counted& one : list) {
-        lines << "        " + counted(one.times, "time", "times") + " " + shown(one.what);
+        lines << "        " + project::counted(one.times, "time", "times") + " " + shown(one.what);
     }
 }
 
@@ -77,7 +73,7 @@ void addFinding(QStringList& lines, const Finding& finding, const Diagnosis& dia
     lines << QString("      since %1, %2 after the capture's beginning and %3; the last %4 "
                      "before its end")
                  .arg(utc(finding.since), seconds(finding.since - diagnosis.begin))
-                 .arg(counted(finding.goodBefore, "good reply", "good replies"),
+                 .arg(project::counted(finding.goodBefore, "good reply", "good replies"),
                       seconds(diagnosis.end - finding.until));
     if (!finding.advice.empty()) {
         lines << "      " + QString::fromStdString(finding.advice);
@@ -109,7 +105,7 @@ QString verdictOf(const ConversationReport& report)
     for (const Finding& finding : report.findings) {
         const diagnose::TroubleRow& row = diagnose::rowOf(finding.trouble);
         if (!row.isRemark) {
-            parts << withCode(counted(finding.times, row.one, row.label), finding);
+            parts << withCode(project::counted(finding.times, row.one, row.label), finding);
         }
     }
     return parts.join(", ");
@@ -241,8 +237,8 @@ double connectionsTold(const Diagnosis& diagnosis)
 QString connectionsInWords(const Diagnosis& diagnosis)
 {
     const bool isAsTold = static_cast<double>(diagnosis.connections) == connectionsTold(diagnosis);
-    return isAsTold ? counted(diagnosis.connections, "connection", "connections")
-                    : counted(diagnosis.connections, "TCP connection", "TCP connections") +
+    return isAsTold ? project::counted(diagnosis.connections, "connection", "connections")
+                    : project::counted(diagnosis.connections, "TCP connection", "TCP connections") +
                           ", refused ones too";
 }
 
@@ -252,7 +248,7 @@ QStringList diagnosisLines(const Diagnosis& diagnosis, const QString& file)
 {
     QStringList lines;
     lines << QString("%1: %2, %3 of them TCP in %4")
-                 .arg(printable(file), counted(diagnosis.packets, "packet", "packets"),
+                 .arg(printable(file), project::counted(diagnosis.packets, "packet", "packets"),
                       QString::number(diagnosis.tcpPackets), connectionsInWords(diagnosis));
     if (diagnosis.packets > 0) {
         lines << QString("from %1 to %2, %3")

@@ -33,6 +33,7 @@ page::PageServerOptions serverOf(const PageOptions& page)
     page::PageServerOptions options;
     options.address = page.host.toStdString();
     options.port = static_cast<unsigned short>(page.port);
+    options.isWritable = page.allowsWrites;
     // The feed holds what a fast line says meanwhile.
     options.limits.lookUnheard = std::chrono::milliseconds(250);
     return options;
@@ -85,10 +86,6 @@ public:
         std::string problem;
         if (!server_.start(problem)) {
             return "--page: " + QString::fromStdString(problem);
-        }
-        if (!server_.isLoopback() && writes_.isOpen()) {
-            return "--allow-writes: a page that listens beyond this machine is never writable; "
-                   "a tunnel to this machine is the way";
         }
         return QString();
     }

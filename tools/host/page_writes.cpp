@@ -1,6 +1,7 @@
 // A queue and its thread.
 #include "page_writes.h"
 
+#include "project/counted.h"
 #include "project/raw_address.h"
 #include "project/value_format.h"
 #include "read_back.h"
@@ -57,7 +58,9 @@ QString PageWrites::words() const
     if (!isOpen_) {
         return "off";
     }
-    return only_.isEmpty() ? QString("on") : QString("on for %1 addresses").arg(only_.size());
+    return only_.isEmpty() ? QString("on")
+                           : "on for " + project::counted(static_cast<quint64>(only_.size()),
+                                                          "address", "addresses");
 }
 
 std::optional<WriteDesk::Refusal> PageWrites::write(const PageWrite& write, Done done)

@@ -1,6 +1,7 @@
 // The recording's state in words and as JSON.
 #include "recording_report.h"
 
+#include "project/counted.h"
 #include "recorder/state_words.h"
 
 #include <QtCore/QJsonObject>
@@ -20,10 +21,10 @@ QStringList recordingLines(const std::optional<recorder::RecordingState>& state)
         return {};
     }
     QString line = "  " + recorder::recordingWords(*state);
-    line += QString("; %1 samples written into %2, from %3 to %4")
-                .arg(state->samples)
-                .arg(printable(state->folder), recorder::momentText(state->from),
-                     recorder::momentText(state->until));
+    line +=
+        QString("; %1 written into %2, from %3 to %4")
+            .arg(project::counted(state->samples, "sample", "samples"), printable(state->folder),
+                 recorder::momentText(state->from), recorder::momentText(state->until));
     return {line};
 }
 

@@ -2,6 +2,7 @@
 #include "recording_status.h"
 
 #include "page/json_writer.h"
+#include "project/counted.h"
 #include "project/printable.h"
 #include "recorder/state_words.h"
 
@@ -19,10 +20,11 @@ QString wordsOf(const recorder::RecordingState& state)
     }
     QString words = "recording into " + project::printable(state.folder);
     if (state.lostSamples > 0) {
-        words += QString(", %1 samples could not be written").arg(state.lostSamples);
+        words += ", " + project::counted(state.lostSamples, "sample", "samples") +
+                 " could not be written";
     }
     if (state.missedEvents > 0) {
-        words += QString(", %1 events missed").arg(state.missedEvents);
+        words += ", " + project::counted(state.missedEvents, "event", "events") + " missed";
     }
     return words;
 }

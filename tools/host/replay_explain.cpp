@@ -120,8 +120,9 @@ private:
             return;
         }
         add("value", "Last sample", true,
-            QString("%1, read %2, %3 before this moment; there is one at each change and one a "
-                    "minute")
+            QString(
+                "%1, recorded at %2, %3 before this moment; there is one at each change and one a "
+                "minute, also of what was not read in between")
                 .arg(textOf(value), recorder::momentText(value.standing.at),
                      before(value.standing.at)));
     }

@@ -1,6 +1,8 @@
 // The feed, folded for a view.
 #include "run_monitor.h"
 
+#include "project/counted.h"
+
 namespace tavmir::host
 {
 
@@ -17,9 +19,8 @@ void RunMonitor::look()
                       figures_.gap(count);
                       values_.gap();
                       if (everyChange_) {
-                          view_.message(QString("%1 events were missed: changes among them are "
-                                                "not shown")
-                                            .arg(count));
+                          view_.message(project::counted(count, "event was", "events were") +
+                                        " missed: changes meanwhile are not shown");
                       }
                   });
 }

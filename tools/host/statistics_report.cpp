@@ -1,6 +1,7 @@
 // Counters in words and as JSON.
 #include "statistics_report.h"
 
+#include "project/counted.h"
 #include "value_row.h"
 
 #include <QtCore/QJsonArray>
@@ -162,7 +163,7 @@ QStringList errorLines(const LineFigures& figures)
     QStringList lines;
     QStringList codes;
     for (const auto& [code, count] : figures.exceptionsByCode) {
-        codes << QString("%1 times %2").arg(count).arg(exceptionInWords(code));
+        codes << project::counted(count, "time", "times") + " " + exceptionInWords(code);
     }
     lines << "  exceptions by code: " + (codes.isEmpty() ? QString("none") : codes.join(", "));
     const LastError& error = figures.lastError;

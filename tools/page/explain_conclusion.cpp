@@ -1,6 +1,8 @@
 // The causes in the order in which they hide each other.
 #include "explain_conclusion.h"
 
+#include "project/counted.h"
+
 namespace tavmir::host
 {
 
@@ -12,7 +14,7 @@ QString whyWaiting(const WhyFacts& why, const QString& what)
 {
     const bool isPartial = why.parts > 1 && why.missingParts < why.parts;
     if (why.quality.quality == Quality::never && isPartial) {
-        return QString("%1: only %2 of its %3 words have come, and a text is shown when it is "
+        return QString("%1: only %2 of its %3 words came, and a text is shown when it is "
                        "whole.")
             .arg(what)
             .arg(why.parts - why.missingParts)
@@ -27,7 +29,10 @@ QString whyWaiting(const WhyFacts& why, const QString& what)
 QString whyBad(const WhyFacts& why, const QString& what)
 {
     const QString others =
-        why.shares > 0 ? QString("; %1 others are in the same request").arg(why.shares) : QString();
+        why.shares > 0
+            ? "; " + project::counted(static_cast<quint64>(why.shares), "other is", "others are") +
+                  " in the same request"
+            : QString();
     return QString("%1: %2%3.").arg(what, why.quality.reason, others);
 }
 

@@ -1,57 +1,22 @@
 // The steps, each in words, and what they come to.
 #include "explain_json.h"
 
-#include "exchange_search.h"
 #include "explain_conclusion.h"
-#include "frames_json.h"
+#include "explain_exchange.h"
+#include "explain_request.h"
 #include "json_writer.h"
+#include "polled_place.h"
 #include "project/printable.h"
 #include "project/raw_address.h"
+#include "project/type_words.h"
 #include "project/value_format.h"
 #include "value_rows.h"
-#include "variable_words.h"
-#include "wire/frame_layout.h"
 
 namespace tavmir::host
 {
 
 namespace
 {
-
-constexpr int kMostShared = 10;
-
-struct Step {
-    const char* step = "";
-    QString title;
-    std::optional<bool> ok; // none: nothing is known yet, or it cannot be said
-    QString text;
-    QString detail; // null: none
-};
-
-QString namesInWords(const QStringList& names)
-{
-    const int more = names.size() - kMostShared;
-    const QString all = names.mid(0, kMostShared).join(", ");
-    return more > 0 ? QString("%1 and %2 more").arg(all).arg(more) : all;
-}
-
-// "0.41 ms"
-QString msText(Clock::duration duration)
-{
-    const double ms = std::chrono::duration<double, std::milli>(duration).count();
-    return QString("%1 ms").arg(ms, 0, 'f', ms < 1 ? 3 : ms < 100 ? 1 : 0);
-}
-
-// One variable, spelt in two ways: an index as 1,C and 1,c. A label has one station.
-bool isSame(const project::Element& one, const project::Element& other)
-{
-    const auto labelOf = [](const project::Element& element) {
-        return element.addressText.section('.', 0, 0);
-    };
-    return !one.isRaw && !other.isRaw && labelOf(one) == labelOf(other) && one.type == other.type &&
-           one.address == other.address && one.bitNumber == other.bitNumber &&
-           one.words == other.words;
-}
 
 // One variable through all steps.
 class Explanation
@@ -72,12 +37,15 @@ public:
         name_ = variable.name;
         quality_ = facts_.values.quality(*place_, facts_.now);
         found_ = exchangesOf(facts_.kept, wireElements(variable.element, variable.station));
-        add({"resolved", "Address", true, describe(variable), QString()});
+        add({"resolved", "Address", true,
+             describe(variable.element) + ", shown as " + project::formatName(variable.format),
+             QString()});
         addPolled();
         addStation(variable);
-        addRequest(variable);
-        addExchange();
-        addBytes(variable);
+        request_ = sharedRequest(facts_, variable);
+        add(request_.step);
+        add(exchangeStep(facts_, found_));
+        add(bytesStep(facts_, found_, *place_));
         addValue(variable);
         addAge();
         conclusion_ = conclude(variable);
@@ -89,7 +57,7 @@ public:
         JsonWriter json(out);
         json.beginObject().key("address").text(address_).key("name").text(name_);
         json.key("steps").beginArray();
-        for (const Step& step : steps_) {
+        for (const ExplainStep& step : steps_) {
             json.beginObject().key("step").text(step.step).key("title").text(step.title);
             json.key("ok");
             step.ok ? json.boolean(*step.ok) : json.null();
@@ -101,21 +69,17 @@ public:
     }
 
 private:
-    void add(const Step& step) { steps_.push_back(step); }
+    void add(const ExplainStep& step) { steps_.push_back(step); }
 
-    static QString describe(const PolledElement& variable)
+    static QString describe(const project::Element& element)
     {
-        QString text = QString("a %1 at bit address %2")
-                           .arg(typeWord(variable.element))
-                           .arg(variable.element.address);
-        if (variable.element.bitNumber) {
-            text =
-                QString("bit %1 of the %2 at bit address %3")
-                    .arg(*variable.element.bitNumber)
-                    .arg(variable.element.type == project::DataType::word ? "word" : "double word")
-                    .arg(variable.element.address);
-        }
-        return text + ", shown as " + project::formatName(variable.format);
+        return element.bitNumber ? QString("bit %1 of the %2 at bit address %3")
+                                       .arg(*element.bitNumber)
+                                       .arg(project::typeWord(element.type))
+                                       .arg(element.address)
+                                 : QString("a %1 at bit address %2")
+                                       .arg(project::typeInWords(element))
+                                       .arg(element.address);
     }
 
     std::optional<size_t> placeInOtherWords(const QString& address) const
@@ -124,13 +88,7 @@ private:
         if (!expansion.ok || expansion.elements.size() != 1) {
             return std::nullopt;
         }
-        const std::vector<PolledElement>& polled = facts_.values.variables();
-        for (size_t i = 0; i < polled.size(); ++i) {
-            if (isSame(polled[i].element, expansion.elements.front())) {
-                return i;
-            }
-        }
-        return std::nullopt;
+        return placeOfVariable(facts_.values.variables(), expansion.elements.front());
     }
 
     void explainUnpolled(const QString& address)
@@ -149,11 +107,7 @@ private:
             conclusion_ = "The address stands for several values: ask for one of them.";
             return;
         }
-        add({"resolved", "Address", true,
-             QString("a %1 at bit address %2")
-                 .arg(typeWord(expansion.elements.front()))
-                 .arg(expansion.elements.front().address),
-             QString()});
+        add({"resolved", "Address", true, describe(expansion.elements.front()), QString()});
         add({"polled", "Polled", false, "not in the project's polled list", QString()});
         conclusion_ = "The value is not there because it is not polled: nobody asks for it.";
     }
@@ -190,95 +144,6 @@ private:
              QString()});
     }
 
-    void addRequest(const PolledElement& variable)
-    {
-        const std::vector<WireElement> parts = wireElements(variable.element, variable.station);
-        const FrameWords words(facts_.asked);
-        for (size_t i = 0; i < facts_.frames.size(); ++i) {
-            const PlannedFrame& frame = facts_.frames[i];
-            const auto& held = frame.elements;
-            if (std::find(held.begin(), held.end(), parts.front()) == held.end()) {
-                continue;
-            }
-            request_ = QString("request %1 of %2").arg(i + 1).arg(facts_.frames.size());
-            QStringList others;
-            for (const auto& user : words.variablesOf(frame)) {
-                if (facts_.asked[user.first].name != variable.name) {
-                    others << words.nameOf(user);
-                }
-            }
-            shares_ = others.size();
-            add({"request", "Request", true,
-                 QString("%1 of a pass, %2; %3")
-                     .arg(request_,
-                          others.isEmpty() ? QString("shared with nobody")
-                                           : "shared with " + namesInWords(others),
-                          endInWords(frame)),
-                 QString()});
-            return;
-        }
-        add({"request", "Request", false, "in no request of a pass", QString()});
-    }
-
-    QString ago(Clock::time_point moment) const
-    {
-        return durationText(facts_.now - moment) + " ago";
-    }
-
-    QString linkProblem() const { return facts_.values.line().problem(); }
-
-    void addExchange()
-    {
-        const LineHealth& line = facts_.values.line();
-        if (!found_.last) {
-            add({"exchange", "Last exchange",
-                 line.isConnected() ? std::optional<bool>() : std::optional<bool>(false),
-                 line.isConnected() ? QString("not asked for yet: its turn will come")
-                                    : "nothing is sent: " + line.words(facts_.now),
-                 QString()});
-            return;
-        }
-        const Exchange& exchange = found_.last->exchange;
-        const QString took = msText(exchange.endedAt - exchange.sentAt);
-        QString text =
-            exchange.isGood()
-                ? QString("answered %1, after %2").arg(ago(exchange.endedAt), took)
-                : QString("%1, %2").arg(endInWords(exchange, linkProblem()), ago(exchange.endedAt));
-        if (exchange.attempt > 1) {
-            text += QString(", attempt %1").arg(exchange.attempt);
-        }
-        QString detail = "> " + bytesInWords(exchange.request, exchange.requestKept());
-        if (exchange.answered()) {
-            detail += "\n< " + bytesInWords(exchange.reply, exchange.replyKept());
-        }
-        add({"exchange", "Last exchange", exchange.isGood(), text, detail});
-    }
-
-    void addBytes(const PolledElement& variable)
-    {
-        const std::optional<size_t> at =
-            found_.lastGood ? offsetInReply(found_.lastGood->exchange, *found_.element)
-                            : std::nullopt;
-        if (!at) {
-            add({"bytes", "Bytes", std::nullopt, "no reply that is still kept brought any",
-                 QString()});
-            return;
-        }
-        const Exchange& exchange = found_.lastGood->exchange;
-        const size_t size =
-            wire::findFunctionCode(exchange.request[wire::kFunctionOffset])->valueBytes;
-        const unsigned char* value = exchange.reply + *at + wire::kAddressBytes;
-        const bool isPart = facts_.values.parts(*place_) > 1;
-        add({"bytes", "Bytes", true,
-             QString("bytes %1 to %2 of the reply %3: %4%5")
-                 .arg(*at + wire::kAddressBytes + 1)
-                 .arg(*at + wire::kAddressBytes + size)
-                 .arg(ago(exchange.endedAt), bytesInWords(value, size),
-                      isPart ? QString(", one of its %1 words").arg(variable.element.words)
-                             : QString()),
-             "< " + bytesInWords(exchange.reply, exchange.replyKept())});
-    }
-
     void addValue(const PolledElement& variable)
     {
         const FoldedValue value = facts_.values.value(*place_);
@@ -290,7 +155,7 @@ private:
             add({"value", "Value", true, project::printable(text), QString()});
         } else if (parts > 1 && missing < parts) {
             add({"value", "Value", false,
-                 QString("%1 of its %2 words have come: it is shown when all have")
+                 QString("%1 of its %2 words came: it is shown when all have")
                      .arg(parts - missing)
                      .arg(parts),
                  QString()});
@@ -302,7 +167,8 @@ private:
     void addAge()
     {
         const FoldedValue value = facts_.values.value(*place_);
-        const QString age = value.readAt ? "read " + ago(*value.readAt) : QString("never read");
+        const QString age =
+            value.readAt ? "read " + agoInWords(facts_, *value.readAt) : QString("never read");
         const QString quality =
             quality_.reason.isEmpty()
                 ? QString(qualityWord(quality_.quality))
@@ -319,8 +185,8 @@ private:
         if (readAt) {
             why.age = facts_.now - *readAt;
         }
-        why.request = request_;
-        why.shares = shares_;
+        why.request = request_.request;
+        why.shares = request_.shares;
         why.isConnected = facts_.values.line().isConnected();
         why.wasConnected = facts_.values.line().wasConnected();
         why.line = facts_.values.line().words(facts_.now);
@@ -331,7 +197,7 @@ private:
         why.missingParts = facts_.values.missingParts(*place_);
         why.wasAsked = found_.last.has_value();
         if (found_.last && !found_.last->exchange.isGood()) {
-            why.failure = endInWords(found_.last->exchange, linkProblem());
+            why.failure = endInWords(found_.last->exchange, facts_.values.line().problem());
         }
         return conclusionOf(why);
     }
@@ -342,23 +208,12 @@ private:
     QString name_;
     ValueQuality quality_;
     FoundExchanges found_;
-    QString request_; // "request 2 of 3"; empty: in none
-    int shares_ = 0;
-    std::vector<Step> steps_;
+    SharedRequest request_;
+    std::vector<ExplainStep> steps_;
     QString conclusion_;
 };
 
 } // namespace
-
-std::optional<size_t> placeOf(const std::vector<PolledElement>& polled, const QString& address)
-{
-    for (size_t i = 0; i < polled.size(); ++i) {
-        if (project::shownAddress(polled[i].element) == address) {
-            return i;
-        }
-    }
-    return std::nullopt;
-}
 
 std::string explainJson(const QString& address, const ExplainFacts& facts)
 {

@@ -3,8 +3,7 @@
 
 #include "feed/line_health.h"
 #include "moments.h"
-#include "project/raw_address.h"
-#include "wire/frame_layout.h"
+#include "project/counted.h"
 
 #include <algorithm>
 #include <limits>
@@ -23,37 +22,18 @@ ElementClass classOf(int bitsApart)
     return bitsApart == 16 ? ElementClass::words : ElementClass::doubleWords;
 }
 
-bool isSame(const std::vector<PolledElement>& left, const std::vector<PolledElement>& right)
-{
-    if (left.size() != right.size()) {
-        return false;
-    }
-    for (size_t i = 0; i < left.size(); ++i) {
-        if (left[i].name != right[i].name ||
-            left[i].element.addressText != right[i].element.addressText) {
-            return false;
-        }
-    }
-    return true;
-}
-
 } // namespace
 
 void FeedEvents::tell(const FeedEntry& entry, const char* kind, const QString& text, bool bad,
-                      const About& about)
+                      const EventSubject& about)
 {
     PageEvent event;
     event.at = msOf(entry.wall);
     event.kind = kind;
     event.bad = bad;
-    tellMore(wholeMsOf(entry.wall) / 1000);
-    OfAKind& ofKind = kinds_[kind];
     const qint64 second = wholeMsOf(entry.wall) / 1000;
-    if (second != ofKind.second) {
-        ofKind = {second, 0, 0};
-    }
-    if (++ofKind.told > kMostOfAKind) {
-        ++ofKind.more;
+    flood_.tellMore(second, store_);
+    if (!flood_.admits(kind, second)) {
         return;
     }
     event.text = text;
@@ -65,7 +45,7 @@ void FeedEvents::tell(const FeedEntry& entry, const char* kind, const QString& t
 void FeedEvents::tellRest(WallClock::time_point now)
 {
     tellUntil(std::numeric_limits<double>::infinity());
-    tellMore(wholeMsOf(now) / 1000);
+    flood_.tellMore(wholeMsOf(now) / 1000, store_);
 }
 
 void FeedEvents::tellUntil(double at)
@@ -77,22 +57,6 @@ void FeedEvents::tellUntil(double at)
         store_.add(told->event);
     }
     waiting_.erase(waiting_.begin(), later);
-}
-
-void FeedEvents::tellMore(qint64 second)
-{
-    for (auto& [kind, ofKind] : kinds_) {
-        if (ofKind.more == 0 || ofKind.second == second) {
-            continue;
-        }
-        PageEvent event;
-        event.at = static_cast<double>(ofKind.second * 1000 + 999);
-        event.kind = kind.c_str();
-        event.text = QString("%1 more of this kind within a second").arg(ofKind.more);
-        event.bad = true;
-        store_.add(event);
-        ofKind.more = 0;
-    }
 }
 
 void FeedEvents::take(const FeedEntry& entry)
@@ -113,10 +77,10 @@ void FeedEvents::take(const FeedEntry& entry)
         break;
     case FeedKind::gaveUp:
         tell(entry, "gaveUp",
-             QString("given up after %1 %2: %3")
-                 .arg(last_.attempt)
-                 .arg(last_.attempt == 1 ? "attempt" : "attempts", subjectOf(last_)),
-             true, aboutOnly(last_));
+             QString("given up after %1: %2")
+                 .arg(project::counted(last_.attempt, "attempt", "attempts"),
+                      subjects_.inWords(last_)),
+             true, subjects_.onlyOne(last_));
         break;
     case FeedKind::connected:
         failure_ = QString();
@@ -143,10 +107,11 @@ void FeedEvents::take(const FeedEntry& entry)
         break;
     case FeedKind::elementSetAside:
         tell(entry, "setAside", QString("%1: %2").arg(entry.variable, entry.text), true,
-             aboutName(entry.variable));
+             subjects_.named(entry.variable));
         break;
     case FeedKind::elementBack:
-        tell(entry, "back", entry.variable + ": answers again", false, aboutName(entry.variable));
+        tell(entry, "back", entry.variable + ": answers again", false,
+             subjects_.named(entry.variable));
         break;
     case FeedKind::framesDropped: // each of them was told
     case FeedKind::planChanged:
@@ -158,26 +123,23 @@ void FeedEvents::gap(quint64 missed, WallClock::time_point at)
 {
     FeedEntry entry;
     entry.wall = at;
-    tell(entry, "gap", QString("%1 events were missed: what they held is not shown").arg(missed),
+    tell(entry, "gap",
+         project::counted(missed, "event was", "events were") +
+             " missed: what happened meanwhile is not shown",
          true);
 }
 
 void FeedEvents::takePlan(const FeedEntry& entry)
 {
-    if (isSame(entry.plan->polled, polled_)) {
+    const bool isFirst = subjects_.isEmpty();
+    if (!subjects_.setPolled(entry.plan->polled)) {
         return; // only other variables are set aside, which are told one by one
     }
-    const bool isFirst = polled_.empty();
-    polled_ = entry.plan->polled;
-    polledAt_.clear();
-    for (const PolledElement& variable : polled_) {
-        if (!variable.element.bitNumber) {
-            polledAt_[wireElements(variable.element, variable.station).front()] = {
-                variable.name, project::shownAddress(variable.element)};
-        }
-    }
     if (!entry.standing && !isFirst) {
-        tell(entry, "planChanged", QString("%1 variables are polled").arg(polled_.size()), false);
+        tell(entry, "planChanged",
+             project::counted(entry.plan->polled.size(), "variable is", "variables are") +
+                 " polled",
+             false);
     }
 }
 
@@ -187,9 +149,9 @@ void FeedEvents::takeExchange(const FeedEntry& entry)
         return; // a hundred thousand a second may go through here
     }
     copyExchange(entry.exchange, nullptr, nullptr, last_);
-    const About about = aboutOnly(last_);
+    const EventSubject about = subjects_.onlyOne(last_);
     const auto text = [&] {
-        return QString("%1: %2").arg(endInWords(last_, QString()), subjectOf(last_));
+        return QString("%1: %2").arg(endInWords(last_, QString()), subjects_.inWords(last_));
     };
     switch (last_.end) {
     case ExchangeEnd::timeout:
@@ -228,8 +190,8 @@ void FeedEvents::takeStray(const FeedEntry& entry)
         break;
     case Stray::remainder:
         tell(entry, "stray",
-             QString("%1 bytes of no whole frame were left when the connection ended")
-                 .arg(entry.received.size()),
+             project::counted(entry.received.size(), "byte", "bytes") +
+                 " of no whole frame came before the connection ended",
              true);
         break;
     }
@@ -260,65 +222,14 @@ void FeedEvents::takeOperation(const FeedEntry& entry)
     Outcome outcome;
     outcome.state = ended.state;
     outcome.reason = entry.text;
-    const About about = ended.bitsApart > 0 ? aboutPlace(element, ended.bitsApart) : About();
+    const EventSubject about =
+        ended.bitsApart > 0 ? subjects_.at(element, ended.bitsApart) : EventSubject();
     tell(entry, isWrite ? "write" : "read",
          QString("%1 of %2: %3")
              .arg(isWrite ? "write" : "read",
                   about.address.isNull() ? QString("a value") : about.address,
                   outcomeInWords(outcome)),
          ended.state != OutcomeState::done, about);
-}
-
-QString FeedEvents::subjectOf(const Exchange& exchange) const
-{
-    const auto* function = wire::findFunctionCode(exchange.request[wire::kFunctionOffset]);
-    if (function == nullptr || exchange.requestKept() < wire::kHeaderBytes + wire::kAddressBytes) {
-        return "a request";
-    }
-    const int count = exchange.request[wire::kCountOffset];
-    const QString first = names_.nameOf(wire::bigEndian32(exchange.request + wire::kHeaderBytes),
-                                        function->valueBits);
-    return count == 1
-               ? QString("%1, station %2").arg(first).arg(exchange.request[wire::kStationOffset])
-               : QString("%1 %2 of station %3 from %4 on")
-                     .arg(count)
-                     .arg(wire::elementsName(function->elements))
-                     .arg(exchange.request[wire::kStationOffset])
-                     .arg(first);
-}
-
-FeedEvents::About FeedEvents::aboutOnly(const Exchange& exchange) const
-{
-    const auto* function = wire::findFunctionCode(exchange.request[wire::kFunctionOffset]);
-    const bool isOne = function != nullptr && exchange.request[wire::kCountOffset] == 1 &&
-                       exchange.requestKept() >= wire::kHeaderBytes + wire::kAddressBytes;
-    if (!isOne) {
-        return About();
-    }
-    const auto address =
-        static_cast<qint32>(wire::bigEndian32(exchange.request + wire::kHeaderBytes));
-    return aboutPlace({function->elements, address, exchange.request[wire::kStationOffset]},
-                      function->valueBits);
-}
-
-FeedEvents::About FeedEvents::aboutPlace(const WireElement& element, int bits) const
-{
-    const auto found = polledAt_.find(element);
-    if (found != polledAt_.end()) {
-        return found->second;
-    }
-    const QString name = names_.nameOf(static_cast<quint32>(element.address), bits);
-    return {name, name};
-}
-
-FeedEvents::About FeedEvents::aboutName(const QString& name) const
-{
-    for (const PolledElement& variable : polled_) {
-        if (variable.name == name) {
-            return {name, project::shownAddress(variable.element)};
-        }
-    }
-    return {name, QString()};
 }
 
 // What failed names its address by itself, unless it is a name that was looked up.

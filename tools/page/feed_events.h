@@ -4,11 +4,10 @@
 #ifndef TAVMIR_PAGE_FEED_EVENTS_H
 #define TAVMIR_PAGE_FEED_EVENTS_H
 
-#include "event_store.h"
+#include "event_flood.h"
+#include "event_subjects.h"
 #include "feed/feed_entry.h"
-#include "project/element_names.h"
 
-#include <map>
 #include <set>
 #include <vector>
 
@@ -18,13 +17,10 @@ namespace tavmir::host
 class FeedEvents
 {
 public:
-    // So many of one kind are told within a second.
-    static constexpr int kMostOfAKind = 5;
-
     // controller    "127.0.0.1:502"
     // names, store  outlive it
     FeedEvents(const QString& controller, const project::ElementNames& names, EventStore& store)
-        : controller_(controller), names_(names), store_(store)
+        : controller_(controller), subjects_(names), store_(store)
     {
     }
 
@@ -42,47 +38,26 @@ public:
     void told(const WireElement& element, const PageEvent& event);
 
 private:
-    struct OfAKind { // within a second
-
-        qint64 second = 0; // since 1970
-        int told = 0;
-        int more = 0;
-    };
-
-    // What an event is about; of many variables nothing.
-    struct About {
-        QString variable;
-        QString address;
-    };
     struct Told {
         WireElement element;
         PageEvent event;
     };
 
     void tell(const FeedEntry& entry, const char* kind, const QString& text, bool bad,
-              const About& about = About());
+              const EventSubject& about = EventSubject());
     void tellUntil(double at);
-    void tellMore(qint64 second);
     void takeExchange(const FeedEntry& entry);
     void takeOperation(const FeedEntry& entry);
     void takePlan(const FeedEntry& entry);
     void takeStray(const FeedEntry& entry);
-    // "38 words of station 1 from Main.W on"
-    QString subjectOf(const Exchange& exchange) const;
-    // The variable of an exchange's only element.
-    About aboutOnly(const Exchange& exchange) const;
-    About aboutPlace(const WireElement& element, int bits) const;
-    About aboutName(const QString& name) const;
     QString withController(const QString& why) const;
 
     const QString controller_;
-    const project::ElementNames& names_;
+    EventSubjects subjects_;
     EventStore& store_;
-    std::map<std::string, OfAKind> kinds_;
-    std::vector<PolledElement> polled_;
+    EventFlood flood_;
     QString failure_; // to connect, as it was told last
     Exchange last_;
-    std::map<WireElement, About> polledAt_;
     std::multiset<WireElement> toldElsewhere_;
     std::vector<Told> waiting_;
 };

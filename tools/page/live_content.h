@@ -61,6 +61,8 @@ public:
     void tellStorage(const QString& text, bool bad);
 
 private:
+    static constexpr size_t kEventsAtFirst = 200;
+
     // What has ended or happened elsewhere, for the page's thread.
     struct Told {
         WireElement element;

@@ -1,6 +1,6 @@
 // The past of one value, out of memory and recording.
-#include "explain_json.h"
 #include "live_content.h"
+#include "polled_place.h"
 #include "query_numbers.h"
 
 #include <algorithm>

@@ -292,8 +292,11 @@ std::optional<size_t> LiveState::trackOf(size_t variable) const
 const char* LiveState::linkState() const
 {
     const LineHealth& line = values_.line();
+    if (line.isSilent()) {
+        return "silent";
+    }
     if (line.isConnected()) {
-        return line.isSilent() ? "silent" : "connected";
+        return line.isRefusing() ? "refusing" : "connected";
     }
     if (line.wasConnected()) {
         return "lost";

@@ -66,7 +66,7 @@ public:
     const RecentFigures& recent() const { return recent_; }
     quint64 missed() const { return reader_->missed(); }
 
-    // "connecting", "connected", "silent", "lost", "never"; and since when.
+    // "connecting", "connected", "silent", "refusing", "lost", "never"; and since when.
     const char* linkState() const;
     WallClock::time_point linkSince() const { return linkSince_; }
     WallClock::time_point startedAt() const { return startedAt_; }

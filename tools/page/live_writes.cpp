@@ -1,6 +1,6 @@
 // Orders of the page: what is checked here, and what becomes an event.
-#include "explain_json.h"
 #include "live_content.h"
+#include "polled_place.h"
 #include "project/raw_address.h"
 #include "query_numbers.h"
 
@@ -38,16 +38,17 @@ void LiveContent::write(const std::string& body, const Done& done)
         done(problem(403, QString("%1: may not be written").arg(asked.address)));
         return;
     }
-    const std::optional<size_t> place =
-        placeOf(state_.polled(), project::shownAddress(named.element));
+    const int station = index_.stationOf(named.element);
+    const std::optional<size_t> place = placeOfMemory(state_.polled(), named.element, station);
     const QString old = place ? state_.rows().text(*place) : QString();
-    if (asked.expect && place && *asked.expect != old) {
-        done(problem(409,
-                     QString("%1: is %2 by now, not %3").arg(asked.address, old, *asked.expect)));
+    if (asked.expect && *asked.expect != old) {
+        done(problem(
+            409, place ? QString("%1: is %2 by now, not %3").arg(asked.address, old, *asked.expect)
+                       : QString("%1: is not polled, so whether it is %2 is not known")
+                             .arg(asked.address, *asked.expect)));
         return;
     }
-    const WireElement element =
-        wireElements(named.element, index_.stationOf(named.element)).front();
+    const WireElement element = wireElements(named.element, station).front();
     const QString name = place ? state_.polled()[*place].name : asked.address;
     const QString address = project::shownAddress(named.element);
     state_.feedEvents().tellsItself(element);

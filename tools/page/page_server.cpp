@@ -2,6 +2,7 @@
 #include "page_server.h"
 
 #include "connections.h"
+#include "listening.h"
 #include "polling_first.h"
 #include "token.h"
 
@@ -33,14 +34,11 @@ public:
 
     const AccessRules& rules() const { return connections_->service().rules; }
     unsigned short port() const { return endpoint_.port(); }
-    bool isLoopback() const { return endpoint_.address().is_loopback(); }
     int clients() const { return connections_->count(); }
 
 private:
     using Error = boost::system::error_code;
 
-    Error listen();
-    Error listenOn(const tcp::endpoint& endpoint);
     void run();
     void accept();
     void onClient(Error error, Socket socket);
@@ -67,9 +65,6 @@ private:
 
 bool PageServer::Impl::start(std::string& problem)
 {
-    const bool isSix = options_.address.find(':') != options_.address.npos;
-    const std::string place = (isSix ? "[" + options_.address + "]" : options_.address) + ":" +
-                              std::to_string(options_.port);
     if (options_.token.empty()) {
         options_.token = makeToken();
     }
@@ -77,10 +72,11 @@ bool PageServer::Impl::start(std::string& problem)
         problem = "the system gives no random numbers for the page's token";
         return false;
     }
-    if (const Error error = listen()) {
-        problem = place + " cannot be listened on: " + error.message();
+    const ListeningPlace place = {options_.address, options_.port, options_.isWritable};
+    if (!listenAt(place, acceptor_, problem)) {
         return false;
     }
+    endpoint_ = acceptor_.local_endpoint();
     const Assets& assets = options_.assets != nullptr ? *options_.assets : builtInAssets();
     connections_.emplace(context_,
                          Service{content_, assets,
@@ -89,43 +85,6 @@ bool PageServer::Impl::start(std::string& problem)
                                  options_.limits});
     thread_ = std::thread([this] { run(); });
     return true;
-}
-
-// Of the addresses that a name has, the first that can be listened on.
-PageServer::Impl::Error PageServer::Impl::listen()
-{
-    Error error;
-    const auto found = tcp::resolver(context_).resolve(
-        options_.address, std::to_string(options_.port),
-        tcp::resolver::passive | tcp::resolver::numeric_service, error);
-    for (const auto& entry : found) {
-        error = listenOn(entry.endpoint());
-        if (!error) {
-            return error;
-        }
-    }
-    return error;
-}
-
-PageServer::Impl::Error PageServer::Impl::listenOn(const tcp::endpoint& endpoint)
-{
-    Error error;
-    tcp::acceptor acceptor(context_);
-    acceptor.open(endpoint.protocol(), error);
-    if (!error) {
-        acceptor.set_option(tcp::acceptor::reuse_address(true), error);
-    }
-    if (!error) {
-        acceptor.bind(endpoint, error);
-    }
-    if (!error) {
-        acceptor.listen(tcp::acceptor::max_listen_connections, error);
-    }
-    if (!error) {
-        endpoint_ = acceptor.local_endpoint(error);
-    }
-    acceptor_ = std::move(acceptor);
-    return error;
 }
 
 void PageServer::Impl::run()
@@ -245,11 +204,6 @@ const std::string& PageServer::token() const
 std::string PageServer::url() const
 {
     return "http://" + impl_->rules().place() + "/#token=" + impl_->rules().token();
-}
-
-bool PageServer::isLoopback() const
-{
-    return impl_->isLoopback();
 }
 
 int PageServer::clients() const

@@ -23,6 +23,7 @@ namespace tavmir::page
 struct PageServerOptions {
     std::string address = "127.0.0.1"; // a name or an address, without brackets
     unsigned short port = 0;           // 0: any free one
+    bool isWritable = false;           // then it listens on loopback or not at all
     std::string token;                 // empty: start() makes one of 128 bits
     const Assets* assets = nullptr;    // null: the built-in ones; they outlive the server
     PageLimits limits;
@@ -46,8 +47,6 @@ public:
     unsigned short port() const;
     const std::string& token() const; // 32 hexadecimal digits
     std::string url() const;          // "http://127.0.0.1:8080/#token=…"
-    // Only this machine can connect. Where it is false nothing may be writable.
-    bool isLoopback() const;
     // Connections that are open now.
     int clients() const;
 

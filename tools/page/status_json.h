@@ -19,7 +19,7 @@ struct StatusFacts {
     std::string epoch;
     double startedAt = 0;
     QString controller;
-    const char* linkState = "never"; // "connecting", "connected", "silent", "lost", "never"
+    const char* linkState = "never"; // as LiveState says it
     QString linkText;
     double linkSince = 0;
     RecentLine recent = RecentLine();

@@ -3,6 +3,7 @@
 
 #include "json_writer.h"
 #include "project/raw_address.h"
+#include "project/type_words.h"
 #include "project/value_format.h"
 
 namespace tavmir::host
@@ -30,42 +31,7 @@ std::optional<project::NumberRange> rangeOf(const PolledElement& variable)
     }
 }
 
-const char* shortType(const project::Element& element)
-{
-    switch (element.isBit() ? project::DataType::bit : element.type) {
-    case project::DataType::bit:
-        return "bit";
-    case project::DataType::word:
-        return "word";
-    case project::DataType::dword:
-        return "dword";
-    case project::DataType::real:
-        return "real";
-    case project::DataType::text:
-    case project::DataType::structure:
-        break;
-    }
-    return "text";
-}
-
 } // namespace
-
-QString typeWord(const project::Element& element)
-{
-    if (element.isBit()) {
-        return "bit";
-    }
-    switch (element.type) {
-    case project::DataType::word:
-        return "word";
-    case project::DataType::dword:
-        return "double word";
-    case project::DataType::real:
-        return "real";
-    default:
-        return QString("text of %1 words").arg(element.words);
-    }
-}
 
 std::string variablesJson(const std::vector<PolledElement>& polled,
                           const std::function<bool(const project::Element&)>& writable)
@@ -81,7 +47,7 @@ std::string variablesJson(const std::vector<PolledElement>& polled,
         json.key("name").text(variable.name);
         json.key("address").text(project::shownAddress(variable.element));
         json.key("station").whole(variable.station);
-        json.key("type").text(shortType(variable.element));
+        json.key("type").text(project::typeWord(variable.element));
         json.key("format").text(project::formatName(variable.format));
         json.key("elements").whole(project::wireElementCount(variable.element));
         json.key("writable").boolean(writable(variable.element));

@@ -10,9 +10,6 @@
 namespace tavmir::host
 {
 
-// "bit", "word", "double word", "real", "text of 8 words".
-QString typeWord(const project::Element& element);
-
 // [{"index","name","address","station","type","format","elements","writable","isBit","low",
 // "high"}…]; `low` and `high` of what has narrow bounds: bits and whole numbers.
 //   writable  who may be written

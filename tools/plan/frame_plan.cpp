@@ -2,6 +2,7 @@
 #include "frame_plan.h"
 
 #include "label_tree.h"
+#include "project/counted.h"
 #include "wire/frame_layout.h"
 
 namespace tavmir::host
@@ -29,10 +30,18 @@ QString whyInWords(BatchEnd end)
     return "the polled list is through";
 }
 
+// "38 words"
+QString elementsInWords(const PlannedFrame& frame)
+{
+    const ElementClass elements = classOf(frame.function);
+    return project::counted(frame.elements.size(), wire::elementName(elements),
+                            wire::elementsName(elements));
+}
+
 QString passText(const std::vector<PlannedFrame>& frames)
 {
     if (frames.empty() || frames.back().wrapped == 0) {
-        return QString("%1 requests a pass").arg(frames.size());
+        return project::counted(frames.size(), "request", "requests") + " a pass";
     }
     return QString("%1 requests a pass on average").arg(requestsPerPass(frames), 0, 'f', 1);
 }
@@ -42,10 +51,11 @@ QStringList textsOf(const std::vector<PolledElement>& polled)
     QStringList lines;
     for (const PolledElement& entry : polled) {
         if (entry.element.type == project::DataType::text) {
-            lines << QString("text %1: polled as %2 words, %3")
-                         .arg(entry.name)
-                         .arg(entry.element.words)
-                         .arg(pollAddress(entry.element));
+            lines << QString("text %1: polled as %2, %3")
+                         .arg(entry.name,
+                              project::counted(static_cast<quint64>(entry.element.words), "word",
+                                               "words"),
+                              pollAddress(entry.element));
         }
     }
     return lines;
@@ -98,10 +108,9 @@ QString endInWords(const PlannedFrame& frame)
     if (frame.wrapped == 0) {
         return "ends because " + whyInWords(frame.end);
     }
-    return QString(
-               "wraps around: %1 elements to the end of the polled list, then %2 from its head; "
-               "the next pass begins behind them")
-        .arg(frame.elements.size() - frame.wrapped)
+    return QString("wraps around: %1 to the end of the polled list, then %2 from its head; "
+                   "the next pass begins behind them")
+        .arg(project::counted(frame.elements.size() - frame.wrapped, "element", "elements"))
         .arg(frame.wrapped);
 }
 
@@ -168,17 +177,15 @@ QStringList describePlan(const std::vector<PlannedFrame>& frames,
 {
     const FrameWords words(polled);
     QStringList lines;
-    lines << QString("%1 variables, %2 elements on the wire, %3")
-                 .arg(polled.size())
-                 .arg(words.elements())
-                 .arg(passText(frames));
+    lines << QString("%1, %2 on the wire, %3")
+                 .arg(project::counted(polled.size(), "variable", "variables"),
+                      project::counted(words.elements(), "element", "elements"), passText(frames));
     for (size_t i = 0; i < frames.size(); ++i) {
         const PlannedFrame& frame = frames[i];
-        lines << QString("request %1: function '%2', %3 %4 of station %5, %6 bytes out, %7 back")
+        lines << QString("request %1: function '%2', %3 of station %4, %5 bytes out, %6 back")
                      .arg(i + 1)
                      .arg(QChar(frame.function))
-                     .arg(frame.elements.size())
-                     .arg(wire::elementsName(classOf(frame.function)))
+                     .arg(elementsInWords(frame))
                      .arg(frame.station)
                      .arg(frame.requestBytes)
                      .arg(frame.replyBytes);

@@ -13,16 +13,15 @@ namespace
 
 struct RawClass {
     const char* name;
-    const char* inWords;
     DataType type;
     qint64 bits;
     qint64 alignment;
 };
 
 constexpr RawClass kClasses[] = {
-    {"bit", "bit", DataType::bit, 1, 1},
-    {"word", "word", DataType::word, 16, 8},
-    {"dword", "double word", DataType::dword, 32, 8},
+    {"bit", DataType::bit, 1, 1},
+    {"word", DataType::word, 16, 8},
+    {"dword", DataType::dword, 32, 8},
 };
 constexpr qint64 kAddressSpace = Q_INT64_C(1) << 32;
 // An index of the driver's has 31 bits: two arrays cover the addresses.
@@ -95,12 +94,12 @@ Expansion rawElements(const QString& text)
     const qint64 last = kAddressSpace - rawClass->bits;
     if (!address || *address > last) {
         return refuse(QString("%1 is no bit address of a %2: 0 to %3")
-                          .arg(quoted(parts.at(1)), rawClass->inWords)
+                          .arg(quoted(parts.at(1)), rawClass->name)
                           .arg(last));
     }
     if (*address % rawClass->alignment != 0) {
         return refuse(QString("a %1 begins at a multiple of %2, such as %3, not at %4")
-                          .arg(rawClass->inWords)
+                          .arg(rawClass->name)
                           .arg(rawClass->alignment)
                           .arg(*address - *address % rawClass->alignment)
                           .arg(*address));

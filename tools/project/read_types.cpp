@@ -3,6 +3,7 @@
 
 #include "address_walk.h"
 #include "project_reader.h"
+#include "type_words.h"
 #include "value_format.h"
 
 #include <QtCore/QSet>
@@ -18,16 +19,6 @@ namespace
 // Characters that have a meaning in address texts, on the command line, or in names that the
 // host adds beside a text.
 constexpr char kReservedCharacters[] = ".[],~=";
-
-struct NamedType {
-    const char* name;
-    DataType type;
-};
-
-constexpr NamedType kPlainTypes[] = {
-    {"bit", DataType::bit},   {"word", DataType::word}, {"dword", DataType::dword},
-    {"real", DataType::real}, {"text", DataType::text},
-};
 
 QString readName(const JsonObject& object)
 {
@@ -55,11 +46,9 @@ void refuseDuplicate(const JsonObject& object, QSet<QString>& seen, const QStrin
 void readType(const JsonObject& object, const Project& project, Variable& variable)
 {
     const QString name = object.text("type");
-    for (const NamedType& plain : kPlainTypes) {
-        if (name == plain.name) {
-            variable.type = plain.type;
-            return;
-        }
+    if (const std::optional<DataType> plain = typeFromWord(name)) {
+        variable.type = *plain;
+        return;
     }
     for (size_t i = 0; i < project.types.size(); ++i) {
         if (project.types[i].name == name) {
@@ -191,16 +180,6 @@ std::vector<Variable> readVariables(const JsonObject& owner, const QString& key,
     return variables;
 }
 
-bool isPlainType(const QString& name)
-{
-    for (const NamedType& plain : kPlainTypes) {
-        if (name == plain.name) {
-            return true;
-        }
-    }
-    return false;
-}
-
 } // namespace
 
 void readTypes(const QJsonArray& list, Project& project)
@@ -215,7 +194,7 @@ void readTypes(const QJsonArray& list, Project& project)
         type.path = object.path();
         type.name = readName(object);
         refuseDuplicate(object, names, type.name);
-        if (isPlainType(type.name)) {
+        if (typeFromWord(type.name)) {
             object.refuse("name", QString("%1 is the name of a plain type").arg(quoted(type.name)));
         }
         type.size =

@@ -1,6 +1,7 @@
 // Entries into rows.
 #include "feed_recording.h"
 
+#include "project/counted.h"
 #include "state_words.h"
 
 #include <algorithm>
@@ -46,9 +47,9 @@ void FeedRecording::gap(quint64 missed, Clock::time_point now)
 {
     minutes_.gap(missed);
     values_.gap();
-    batch_.events.push_back(
-        {clock_.at(now), 0, event_kind::kMissed, QString(),
-         QString("%1 events were missed: changes among them are not recorded").arg(missed)});
+    batch_.events.push_back({clock_.at(now), 0, event_kind::kMissed, QString(),
+                             project::counted(missed, "event was", "events were") +
+                                 " missed: changes meanwhile are not recorded"});
 }
 
 // Another list: what is known of variables that stay in it is kept.

@@ -2,6 +2,7 @@
 #include "recorded_value.h"
 
 #include "project/raw_address.h"
+#include "project/type_words.h"
 #include "project/value_format.h"
 
 #include <cmath>
@@ -17,38 +18,11 @@ using project::DataType;
 using project::Element;
 using project::Format;
 
-struct TypeWord {
-    DataType type;
-    const char* word;
-};
-constexpr TypeWord kTypeWords[] = {{DataType::bit, "bit"},
-                                   {DataType::word, "word"},
-                                   {DataType::dword, "dword"},
-                                   {DataType::real, "real"},
-                                   {DataType::text, "text"}};
-
-QString typeWord(const Element& element)
-{
-    if (element.isBit()) {
-        return "bit";
-    }
-    for (const TypeWord& row : kTypeWords) {
-        if (row.type == element.type) {
-            return row.word;
-        }
-    }
-    return QString();
-}
-
 // An element of which values are such; it lies nowhere.
 Element elementOf(const RecordedVariable& variable)
 {
     Element element;
-    for (const TypeWord& row : kTypeWords) {
-        if (variable.type == row.word) {
-            element.type = row.type;
-        }
-    }
+    element.type = project::typeFromWord(variable.type).value_or(element.type);
     element.words = variable.words;
     return element;
 }
@@ -151,7 +125,7 @@ RecordedVariable recordedVariable(const host::PolledElement& variable)
     RecordedVariable recorded;
     recorded.address = project::shownAddress(element);
     recorded.name = variable.name;
-    recorded.type = typeWord(element);
+    recorded.type = project::typeWord(element);
     recorded.format = project::formatName(project::effectiveFormat(element, variable.format));
     recorded.words = element.words;
     recorded.station = variable.station;

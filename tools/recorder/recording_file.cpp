@@ -1,7 +1,8 @@
-// Rows into tables.
+// Transactions, and the file they go into.
 #include "recording_file.h"
 
 #include "recording_folder.h"
+#include "row_insertion.h"
 #include "schema.h"
 
 #include <sys/stat.h>
@@ -38,21 +39,6 @@ quint64 sizeOf(const std::string& path)
 QByteArray pragma(const char* name, quint64 value)
 {
     return QByteArray("PRAGMA ") + name + " = " + QByteArray::number(value);
-}
-
-void bindReal(Statement& statement, int place, const std::optional<double>& number)
-{
-    if (number) {
-        statement.bindReal(place, *number);
-    } else {
-        statement.bind(place, QString());
-    }
-}
-
-// Of what is good there is no reason to keep.
-QString reasonOf(const host::ValueQuality& quality)
-{
-    return quality.reason.isEmpty() ? QString() : quality.reason;
 }
 
 } // namespace
@@ -166,132 +152,12 @@ bool RecordingFile::write(const Batch& batch, Micros until)
 
 bool RecordingFile::insert(const Batch& batch)
 {
-    return insertVariables(batch) && insertPolled(batch) && insertOpening(batch) &&
-           insertSamples(batch) && insertQualities(batch) && insertEvents(batch) &&
-           insertMinutes(batch);
-}
-
-bool RecordingFile::insertVariables(const Batch& batch)
-{
-    Statement insert =
-        database_->prepare("INSERT OR REPLACE INTO variable VALUES (?, ?, ?, ?, ?, ?, ?)");
-    for (const NewVariable& row : batch.variables) {
-        insert.bind(1, row.id);
-        insert.bind(2, row.variable.address);
-        insert.bind(3, row.variable.name);
-        insert.bind(4, row.variable.type);
-        insert.bind(5, row.variable.format);
-        insert.bind(6, row.variable.words);
-        insert.bind(7, row.variable.station);
-        if (!insert.runOnce()) {
-            return fail();
-        }
+    const std::optional<StorageFailure> failure = insertRows(*database_, batch);
+    if (failure) {
+        problem_ = failure->problem;
+        error_ = failure->error;
     }
-    return true;
-}
-
-bool RecordingFile::insertPolled(const Batch& batch)
-{
-    Statement insert = database_->prepare("INSERT OR REPLACE INTO polled VALUES (?, ?, ?)");
-    for (const PolledRow& row : batch.polled) {
-        insert.bind(1, row.at);
-        insert.bind(2, row.place);
-        insert.bind(3, row.variable);
-        if (!insert.runOnce()) {
-            return fail();
-        }
-    }
-    return true;
-}
-
-bool RecordingFile::insertOpening(const Batch& batch)
-{
-    Statement insert = database_->prepare("INSERT OR REPLACE INTO opening VALUES (?, ?, ?, ?, ?)");
-    for (const OpeningRow& row : batch.opening) {
-        insert.bind(1, row.variable);
-        insert.bind(2, row.value);
-        insert.bind(3, row.value.isNone() ? RecordedValue() : RecordedValue::of(row.readAt));
-        insert.bind(4, static_cast<qint64>(row.quality.quality));
-        insert.bind(5, reasonOf(row.quality));
-        if (!insert.runOnce()) {
-            return fail();
-        }
-    }
-    return true;
-}
-
-bool RecordingFile::insertSamples(const Batch& batch)
-{
-    Statement insert = database_->prepare("INSERT OR REPLACE INTO sample VALUES (?, ?, ?)");
-    for (const SampleRow& row : batch.samples) {
-        insert.bind(1, row.variable);
-        insert.bind(2, row.at);
-        insert.bind(3, row.value);
-        if (!insert.runOnce()) {
-            return fail();
-        }
-    }
-    return true;
-}
-
-bool RecordingFile::insertQualities(const Batch& batch)
-{
-    Statement insert = database_->prepare("INSERT OR REPLACE INTO quality VALUES (?, ?, ?, ?)");
-    for (const QualityRow& row : batch.qualities) {
-        insert.bind(1, row.variable);
-        insert.bind(2, row.at);
-        insert.bind(3, static_cast<qint64>(row.quality.quality));
-        insert.bind(4, reasonOf(row.quality));
-        if (!insert.runOnce()) {
-            return fail();
-        }
-    }
-    return true;
-}
-
-bool RecordingFile::insertEvents(const Batch& batch)
-{
-    Statement insert = database_->prepare(
-        "INSERT INTO event (at, until, kind, subject, text) VALUES (?, ?, ?, ?, ?)");
-    for (const EventRow& row : batch.events) {
-        insert.bind(1, row.at);
-        insert.bind(2, row.until == 0 ? RecordedValue() : RecordedValue::of(row.until));
-        insert.bind(3, row.kind);
-        insert.bind(4, row.subject.isEmpty() ? QString() : row.subject);
-        insert.bind(5, row.text.isEmpty() ? QString() : row.text);
-        if (!insert.runOnce()) {
-            return fail();
-        }
-    }
-    return true;
-}
-
-bool RecordingFile::insertMinutes(const Batch& batch)
-{
-    Statement insert = database_->prepare("INSERT OR REPLACE INTO minute VALUES "
-                                          "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
-                                          "?, ?, ?, ?)");
-    for (const MinuteRow& row : batch.minutes) {
-        const quint64 counts[] = {row.requests,        row.replies,   row.retries,
-                                  row.giveUps,         row.timeouts,  row.exceptions,
-                                  row.lateFrames,      row.connects,  row.connectFailures,
-                                  row.lostConnections, row.bytesSent, row.bytesReceived,
-                                  row.missed};
-        int place = 0;
-        insert.bind(++place, row.at);
-        insert.bind(++place, row.until);
-        for (const quint64 count : counts) {
-            insert.bind(++place, static_cast<qint64>(count));
-        }
-        bindReal(insert, ++place, row.roundTripMin);
-        bindReal(insert, ++place, row.roundTripMedian);
-        bindReal(insert, ++place, row.roundTripP99);
-        bindReal(insert, ++place, row.roundTripMax);
-        if (!insert.runOnce()) {
-            return fail();
-        }
-    }
-    return true;
+    return !failure;
 }
 
 bool RecordingFile::fail()

@@ -51,13 +51,6 @@ private:
     bool describe(const FileFacts& facts, Micros began);
     bool setAbout(const QString& key, const RecordedValue& value);
     bool insert(const Batch& batch);
-    bool insertVariables(const Batch& batch);
-    bool insertOpening(const Batch& batch);
-    bool insertPolled(const Batch& batch);
-    bool insertSamples(const Batch& batch);
-    bool insertQualities(const Batch& batch);
-    bool insertEvents(const Batch& batch);
-    bool insertMinutes(const Batch& batch);
     bool fail();
 
     std::unique_ptr<Database> database_;

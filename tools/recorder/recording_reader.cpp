@@ -102,26 +102,6 @@ std::vector<TimeSpan> RecordingReader::stretches() const
     return spans;
 }
 
-QByteArray RecordingReader::project() const
-{
-    QByteArray project;
-    parts([&](RecordingPart& part) {
-        project = part.project();
-        return true;
-    });
-    return project;
-}
-
-QString RecordingReader::controller() const
-{
-    QString controller;
-    parts([&](RecordingPart& part) {
-        controller = part.about("controller");
-        return true;
-    });
-    return controller;
-}
-
 std::vector<RecordedVariable> RecordingReader::variables() const
 {
     std::vector<std::vector<RecordedVariable>> byPart;

@@ -34,9 +34,6 @@ public:
     // Each stretch without a gap, ascending.
     std::vector<TimeSpan> stretches() const;
 
-    // Of the newest file.
-    QByteArray project() const;
-    QString controller() const;
     // All that any file knows, as the newest has them; those of older ones behind.
     std::vector<RecordedVariable> variables() const;
 

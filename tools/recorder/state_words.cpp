@@ -1,6 +1,8 @@
 // The words.
 #include "state_words.h"
 
+#include "project/counted.h"
+
 #include <QtCore/QDateTime>
 
 namespace tavmir::recorder
@@ -72,10 +74,10 @@ QString recordingWords(const RecordingState& state)
                         .arg(state.limit >> 20)
                         .arg(spanText(state.until - state.from));
     if (state.lostSamples > 0) {
-        words += QString(", %1 samples lost").arg(state.lostSamples);
+        words += ", " + project::counted(state.lostSamples, "sample", "samples") + " lost";
     }
     if (state.missedEvents > 0) {
-        words += QString(", %1 events missed").arg(state.missedEvents);
+        words += ", " + project::counted(state.missedEvents, "event", "events") + " missed";
     }
     return words;
 }

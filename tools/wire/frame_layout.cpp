@@ -47,6 +47,19 @@ const FunctionCode* findFunctionCode(std::uint8_t code)
     return nullptr;
 }
 
+const char* elementName(ElementClass elements)
+{
+    switch (elements) {
+    case ElementClass::bits:
+        return "bit";
+    case ElementClass::words:
+        return "word";
+    case ElementClass::doubleWords:
+        break;
+    }
+    return "double word";
+}
+
 const char* elementsName(ElementClass elements)
 {
     switch (elements) {

@@ -54,7 +54,8 @@ struct FunctionCode {
 // The six codes, reads and writes of 1, 16 and 32 bits; null for any other.
 const FunctionCode* findFunctionCode(std::uint8_t code);
 
-// "words"; what the elements of a class are called.
+// "word", "words"; what one element and what several of a class are called.
+const char* elementName(ElementClass elements);
 const char* elementsName(ElementClass elements);
 
 // What an exception code means: "illegal data address"; null for one that is not known.

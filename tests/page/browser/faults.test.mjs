@@ -42,6 +42,17 @@ pageTest('one refused address is bad with its reason, and the others stay good',
     await page.until('Main.Temp', ({ quality }) => quality === 'good');
   });
 
+pageTest('a controller that refuses everything is connected, but no good link',
+  { controller: ['--stations', '9'] }, async ({ plant, page }) => {
+    await page.stripSays('link', /only refusals/);
+    await page.part('strip-link').locator('xpath=..').and(page.tab.locator('[data-mood="warn"]')).waitFor();
+    assert.match((await plant.json('status')).link.text, /^connected to .*, which refuses what it is asked: /);
+    await plant.controller.stop();
+    await page.stripSays('link', /lost/);
+    await plant.startController([]);
+    await page.stripSays('link', /connected/);
+  });
+
 pageTest('a program that is killed is missed, and a new one is taken with its URL, without a reload', {},
   async ({ plant, page, watch }) => {
     await page.until('Main.Setpoint', ({ quality }) => quality === 'good');

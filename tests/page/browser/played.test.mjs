@@ -105,6 +105,10 @@ playedTest('without a recent round trip the strip does not say that there never 
   assert.doesNotMatch(await page.strip('round-trip'), /yet/);
 });
 
+playedTest('of a running host the age of each reading stands beside the value', () => {}, async (page) => {
+  assert.equal(await page.part('values-age').innerText(), 'Age');
+});
+
 const begin = Date.UTC(2026, 0, 2, 3, 4, 5);
 playedTest('a recording that is played back says so, and its time can be chosen', (host) => {
   host.status.replay = { from: begin, to: begin + 600_000, at: begin + 300_000, playing: false, speed: 1 };
@@ -112,6 +116,7 @@ playedTest('a recording that is played back says so, and its time can be chosen'
   host.answers.replay = () => ({});
 }, async (page, host) => {
   await page.part('replay').waitFor();
+  assert.equal(await page.part('values-age').innerText(), 'Sample');
   await page.press('replay-play');
   await page.part('replay-at').focus();
   await page.tab.keyboard.press('Home');

@@ -43,6 +43,9 @@
  * @property {boolean} playing
  * @property {number} speed
  *
+ * `refusing`: connected, and nothing but refusals of late.
+ * @typedef {'connected'|'silent'|'refusing'|'connecting'|'lost'|'never'} LinkWord
+ *
  * @typedef {object} Status
  * @property {number} now
  * @property {string} program
@@ -51,7 +54,7 @@
  * @property {string} epoch
  * @property {number} startedAt
  * @property {string} controller
- * @property {{state: 'connected'|'silent'|'connecting'|'lost'|'never', text: string, since: number|null}} link
+ * @property {{state: LinkWord, text: string, since: number|null}} link
  * @property {{ms: number|null, elements: number, requests: number}} pass
  * @property {{medianMs: number|null, p99Ms: number|null}} roundTrip
  * @property {Faults} lastMinute

@@ -74,7 +74,8 @@ export class ReplayBar {
     show(this.#bar, replay !== null);
     if (!replay) return;
     const span = `${dayTime(replay.from, Date.now())} – ${dayTime(replay.to, Date.now())}`;
-    if (this.#text) setText(this.#text, `A recording (${span}), no controller. Ages count from the last sample.`);
+    const samples = 'Sample: since a value was written down, not since it was read.';
+    if (this.#text) setText(this.#text, `A recording (${span}), no controller. ${samples}`);
     setText(this.#play, replay.playing ? '❚❚ Pause' : '▶ Play');
     this.#at.min = String(replay.from);
     this.#at.max = String(replay.to);

@@ -34,7 +34,7 @@ const CELLS = [
 const LINK_LOOKS = {
   connected: { text: '● connected', mood: 'good' }, connecting: { text: '◌ connecting', mood: 'warn' },
   silent: { text: '◌ no answer', mood: 'bad' }, lost: { text: '✕ lost', mood: 'bad' },
-  never: { text: '○ not connected yet', mood: 'bad' },
+  refusing: { text: '⊘ only refusals', mood: 'warn' }, never: { text: '○ not connected yet', mood: 'bad' },
 };
 
 /**
@@ -48,8 +48,8 @@ function link(status, now) {
     return { text: '▷ recording', sub: status.link.text, mood: 'off', title };
   }
   const looks = LINK_LOOKS[status.link.state] ?? LINK_LOOKS.lost;
-  // The time of a silent link is that of its connection, not of its silence.
-  const lead = status.link.state === 'silent' ? ' up since' : ' since';
+  // The time of a link that is silent or refuses is that of its connection.
+  const lead = ['silent', 'refusing'].includes(status.link.state) ? ' up since' : ' since';
   const since = status.link.since === null ? '' : `${lead} ${dayTime(status.link.since, now)}`;
   const title = `${status.link.text} (${status.controller}${since})`;
   return { text: looks.text, sub: `${status.controller}${since}`, mood: looks.mood, title };

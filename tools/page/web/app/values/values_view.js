@@ -34,6 +34,7 @@ export class ValuesView {
   #onlyBad = element('only-bad', HTMLInputElement);
   #detail = element('values-detail', HTMLElement);
   #count = element('values-count', HTMLElement);
+  #age = element('values-age', HTMLElement);
   /** @type {number[]} */
   #listed = [];
   #drawSparks = true;
@@ -106,6 +107,8 @@ export class ValuesView {
     this.#say();
     const all = this.#store.variables.length;
     const { length } = this.#listed;
+    // A recording has a sample at each change and one a minute, not each reading.
+    setText(this.#age, this.#store.status?.replay ? 'Sample' : 'Age');
     setText(this.#count, length === all ? counted(all, 'variable') : `${length} of ${counted(all, 'variable')}`);
   }
 
