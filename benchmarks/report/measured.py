@@ -49,6 +49,7 @@ class SideBySide:
 
     def __init__(self, path):
         self._rounds = collections.defaultdict(list)
+        self._missed = collections.Counter()
         with open(path, encoding="utf-8") as file:
             for line in file:
                 if not line.startswith("{"):
@@ -58,9 +59,14 @@ class SideBySide:
                 self._rounds[key].append(Rates(
                     row["values"] / row["seconds"], row["requests"] / row["seconds"],
                     1e6 * row["user"] / row["values"], 1e6 * row["system"] / row["values"]))
+                self._missed[key] += row["missed"]
 
     def keys(self):
         return list(self._rounds)
+
+    def missed(self, key):
+        """Entries of the feed that readers missed in all its rounds."""
+        return self._missed[key]
 
     def rounds(self):
         return min(len(rounds) for rounds in self._rounds.values())

@@ -35,6 +35,9 @@ public:
     virtual void connectTo(int port, Layout layout) = 0;
     virtual Done readFor(std::chrono::milliseconds duration) = 0;
     virtual void disconnect() = 0;
+    // Entries of the feed that its readers missed in between, since the machine was busy: so much
+    // less than they should have did they do.
+    virtual long missed() const { return 0; }
 };
 
 std::unique_ptr<Client> makeLibmodbusClient();

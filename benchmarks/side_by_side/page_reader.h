@@ -7,6 +7,9 @@
 #include "page/live_content.h"
 #include "page/polling_first.h"
 
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
 #include <atomic>
 #include <thread>
 
@@ -24,10 +27,19 @@ public:
         sent_ += content_.snapshot().size();
         thread_ = std::thread([this] { loop(); });
     }
-    ~PageReader()
+    ~PageReader() { end(); }
+
+    // What it missed, in entries of the feed.
+    quint64 end()
     {
-        ended_ = true;
-        thread_.join();
+        if (thread_.joinable()) {
+            ended_ = true;
+            thread_.join();
+            content_.look();
+        }
+        const std::string status = content_.get("status", page::Query()).body;
+        const QJsonDocument said = QJsonDocument::fromJson(QByteArray::fromStdString(status));
+        return static_cast<quint64>(said.object()["missed"].toDouble());
     }
 
 private:

@@ -191,9 +191,14 @@ size_t HistoryStore::blocksOf(const Track& track)
 size_t HistoryStore::blockAt(const Track& track, qint64 moment)
 {
     size_t first = 0;
-    for (size_t behind = blocksOf(track); behind > first + 1;) {
+    size_t behind = blocksOf(track);
+    while (behind > first + 1) {
         const size_t middle = first + (behind - first) / 2;
-        (blockOf(track, middle).firstAt <= moment ? first : behind) = middle;
+        if (blockOf(track, middle).firstAt <= moment) {
+            first = middle;
+        } else {
+            behind = middle;
+        }
     }
     return first;
 }

@@ -80,7 +80,7 @@ void KeptEntries::take(const FeedEntry& entry)
     const size_t bytes = packedBytes(entry.exchange);
     Block& block = blockWithRoom(bytes);
     if (!block.exchanges) {
-        block.exchanges = std::make_unique<unsigned char[]>(blockBytes_);
+        block.exchanges.reset(new unsigned char[blockBytes_]);
     }
     pack(entry, block.exchanges.get() + block.used);
     block.places.push_back({entry.at, static_cast<quint32>(block.used), false});

@@ -18,7 +18,7 @@ namespace tavmir::host
 class KeptEntries
 {
 public:
-    // Some 60,000 exchanges of 38 words.
+    // 60,000 exchanges of 38 words, or more of fewer.
     static constexpr size_t kMostBytes = 32 << 20;
 
     explicit KeptEntries(size_t mostBytes = kMostBytes);
