@@ -175,11 +175,16 @@ Reply TestClient::post(const std::string& target, const std::string& body, const
 
 bool TestClient::isEnded()
 {
+    return isEndedInOrder() || errno == ECONNRESET;
+}
+
+bool TestClient::isEndedInOrder()
+{
     char bytes[16384];
     for (;;) {
         const ssize_t count = ::recv(socket_, bytes, sizeof bytes, 0);
         if (count <= 0) {
-            return count == 0 || errno == ECONNRESET;
+            return count == 0;
         }
     }
 }
