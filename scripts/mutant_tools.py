@@ -52,9 +52,9 @@ STARTED = {
     "probe_program_tests": ["tavmir-probe"],
 }
 # These wait more than they work: parts of them run side by side.
-SHARDS = {"session_tests": 3, "host_program_tests": 3, "link_tests": 2}
+SHARDS = {"session_tests": 6, "host_program_tests": 3, "link_tests": 2}
 # For what comes soon or never a test waits so long at most, in ms, and fails with words.
-PATIENCE = {"page_server_tests": 8000, "recorder_tests": 8000}
+PATIENCE = {"page_server_tests": 8000, "recorder_tests": 8000, "host_recording_tests": 8000}
 
 
 def room_of(mutant):
