@@ -10,6 +10,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 MOST_MEMORY = 4 << 30  # bytes; a break may make a program queue without end
@@ -57,15 +58,20 @@ def limit_memory():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
-def run_bounded(command, deadline, environment, folder):
-    """Exit status and output; a status of None: it hung, and was ended with all it had started."""
+def run_bounded(command, deadline, environment, folder, is_enough=lambda: False):
+    """Exit status and output; a status of None: it hung, or is_enough() became true meanwhile, and
+    it was ended with all it had started."""
+    last = time.monotonic() + deadline
     process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                                stdin=subprocess.DEVNULL, env=environment, cwd=folder,
                                preexec_fn=limit_memory, start_new_session=True)
     try:
-        output, _ = process.communicate(timeout=deadline)
-        return process.returncode, output
-    except subprocess.TimeoutExpired:
+        while time.monotonic() < last and not is_enough():
+            try:
+                output, _ = process.communicate(timeout=min(0.5, deadline))
+                return process.returncode, output
+            except subprocess.TimeoutExpired:
+                pass
         return None, b""
     finally:
         try:

@@ -59,6 +59,9 @@ TEST(ExportRows, HexadecimalNumbersAreDecimalToo)
     const RecordedVariable word = variableOf("A", "word", "hex");
     EXPECT_EQ(longRow(kAt, word, cellOf(word, RecordedValue::of(qint64(31)))),
               "2026-01-01T00:00:00.123Z,A,0x001F,31,good,");
+    const RecordedVariable real = variableOf("R", "real", "hex");
+    EXPECT_EQ(longRow(kAt, real, cellOf(real, RecordedValue::of(1.5))),
+              "2026-01-01T00:00:00.123Z,R,0x3FC00000,1.5,good,");
 }
 
 TEST(ExportRows, WhatIsNotGoodSaysWhy)

@@ -102,6 +102,25 @@ protected:
 
     QJsonArray row(int index) { return ask("values")["values"].toArray()[index].toArray(); }
 
+    // In another file; Main.A alone is polled.
+    void recordTenMoreSeconds()
+    {
+        Batch rows;
+        rows.variables = numbered({madeRecorded("Main.A")});
+        rows.polled = {{momentOf(10000), 0, 1}};
+        made.addFile(2, momentOf(10000), momentOf(20000), rows, Batch());
+    }
+
+    bool coversUntil(qint64 ms)
+    {
+        steady += std::chrono::seconds(2);
+        return waitUntil([&] {
+            content->look();
+            return ask("status")["replay"].toObject()["to"].toVariant().toLongLong() ==
+                   kEpochMs + ms;
+        });
+    }
+
     std::string conclusion(const char* address)
     {
         return ask("explain", {{"address", address}})["conclusion"].toString().toStdString();
@@ -286,17 +305,21 @@ TEST_F(Replayed, VariablesAndRequestsAreThoseOfTheRecordedProject)
 
 TEST_F(Replayed, ARecordingThatGoesOnCoversMoreByTime)
 {
-    Batch rows;
-    rows.variables = numbered({madeRecorded("Main.A")});
-    rows.polled = {{momentOf(10000), 0, 1}};
-    made.addFile(2, momentOf(10000), momentOf(20000), rows, Batch());
-    steady += std::chrono::seconds(2);
-    ASSERT_TRUE(waitUntil([&] {
-        content->look();
-        return ask("status")["replay"].toObject()["to"].toDouble() == kEpochMs + 20000;
-    }));
+    recordTenMoreSeconds();
+    EXPECT_TRUE(coversUntil(20000));
+}
+
+TEST_F(Replayed, AnotherListIsShownAsOne)
+{
+    recordTenMoreSeconds();
+    ASSERT_TRUE(coversUntil(20000));
+    goTo(5000);
+    const int before = ask("variables")["generation"].toInt();
+    EXPECT_EQ(2, ask("values")["values"].toArray().size());
     goTo(15000);
     EXPECT_EQ(1, ask("variables")["variables"].toArray().size());
+    EXPECT_EQ(1, ask("values")["values"].toArray().size());
+    EXPECT_LT(before, ask("variables")["generation"].toInt());
 }
 
 TEST(Replay, WithoutAProjectThatCanBeReadValuesAreShownAllTheSame)

@@ -8,7 +8,10 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <climits>
 #include <fcntl.h>
+#include <functional>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -36,6 +39,52 @@ std::string contentOf(const std::string& name)
     QFile file(QString::fromStdString(name));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly));
     return file.readAll().toStdString();
+}
+
+// All that comes from a descriptor that does not block, until `done` is.
+std::string readWhile(int descriptor, const std::function<void()>& done)
+{
+    std::string text;
+    std::atomic<bool> isDone{false};
+    std::thread reader([&] {
+        char piece[65536];
+        for (;;) {
+            const bool isLast = isDone;
+            const ssize_t got = ::read(descriptor, piece, sizeof piece);
+            if (got > 0) {
+                text.append(piece, static_cast<size_t>(got));
+            } else if (isLast) {
+                break;
+            } else {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        }
+    });
+    done();
+    isDone = true;
+    reader.join();
+    return text;
+}
+
+// Exchanges in a trace.
+size_t toldIn(const std::string& text)
+{
+    size_t told = 0;
+    for (size_t at = text.find(" > "); at != text.npos; at = text.find(" > ", at + 1)) {
+        ++told;
+    }
+    return told;
+}
+
+// Those that it says are missing.
+size_t missedIn(const std::string& text)
+{
+    const std::string words = "connection 0 - missed ";
+    size_t missed = 0;
+    for (size_t at = text.find(words); at != text.npos; at = text.find(words, at + 1)) {
+        missed += std::stoul(text.substr(at + words.size(), 12));
+    }
+    return missed;
 }
 
 } // namespace
@@ -99,30 +148,50 @@ TEST(TraceOutput, AReaderThatDoesNotReadHoldsNobodyUpAndFindsAGap)
     for (size_t i = 0; i < most; ++i) {
         feed.publish(someExchange());
     }
-    std::string text;
-    std::atomic<bool> finished{false};
-    std::thread reader([&] {
-        char piece[65536];
-        for (;;) {
-            const ssize_t got = ::read(reading, piece, sizeof piece);
-            if (got > 0) {
-                text.append(piece, static_cast<size_t>(got));
-            } else if (finished) {
-                break;
-            } else {
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
-        }
-    });
-    trace.finish();
-    finished = true;
-    reader.join();
+    const std::string text = readWhile(reading, [&] { trace.finish(); });
     ::close(reading);
     EXPECT_EQ("", trace.takeProblem().toStdString());
-    const size_t gap = text.find("connection 0 - missed ");
-    ASSERT_NE(std::string::npos, gap);
     EXPECT_EQ('\n', text.back());
-    EXPECT_GT(std::stoul(text.substr(gap + std::string("connection 0 - missed ").size())), 0U);
+    EXPECT_GT(missedIn(text), 0U);
+    EXPECT_EQ(most, toldIn(text) + missedIn(text));
+}
+
+TEST(TraceOutput, WhatASlowReaderLosesIsCountedToTheLastOne)
+{
+    const test::TemporaryFolder folder;
+    const std::string fifo = folder.writeFile("fifo", "");
+    ::unlink(fifo.c_str());
+    ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600));
+    const int reading = ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reading, 0);
+    Feed feed(64);
+    TraceOutput trace(into(fifo), project::ElementNames(), 2 * PIPE_BUF);
+    ASSERT_EQ("", trace.open().toStdString());
+    trace.start(feed);
+    size_t published = 0;
+    const auto publishSome = [&] {
+        for (int i = 0; i < 16; ++i, ++published) {
+            feed.publish(someExchange());
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
+    const auto waiting = [&] {
+        int bytes = 0;
+        ::ioctl(reading, FIONREAD, &bytes);
+        return bytes;
+    };
+    const int halfAPipe = ::fcntl(reading, F_GETPIPE_SZ) / 2;
+    while (waiting() < halfAPipe) {
+        publishSome();
+    }
+    for (int i = 0; i < 300; ++i) { // now that nobody takes anything
+        publishSome();
+    }
+    const std::string text = readWhile(reading, [&] { trace.finish(); });
+    ::close(reading);
+    EXPECT_EQ("", trace.takeProblem().toStdString());
+    EXPECT_GT(missedIn(text), 0U);
+    EXPECT_EQ(published, toldIn(text) + missedIn(text));
 }
 
 } // namespace tavmir::host

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <future>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace tavmir::host
@@ -38,6 +40,21 @@ TEST(Worker, EndsWithThePieceUnderWay)
     goOn.set_value();
     ending.join();
     EXPECT_TRUE(isDone);
+}
+
+TEST(Worker, EndsWithoutWhatWaits)
+{
+    constexpr int kPieces = 5000;
+    int done = 0;
+    auto worker = std::make_unique<Worker>();
+    for (int i = 0; i < kPieces; ++i) {
+        worker->add([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            ++done;
+        });
+    }
+    worker.reset();
+    EXPECT_LT(done, kPieces);
 }
 
 } // namespace tavmir::host

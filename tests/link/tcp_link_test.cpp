@@ -232,6 +232,7 @@ TEST_F(Link, ConnectionClosedInsteadOfAReplyComesBack)
     });
     linkTo(server.port());
     EXPECT_EQ(ExchangeEnd::lost, exchange(wordRequest(1)));
+    EXPECT_EQ("the controller closed the connection", link_->problem().toStdString());
     EXPECT_EQ(ExchangeEnd::reply, exchange(wordRequest(1)));
     EXPECT_EQ(1u, figures().lostConnections);
     ASSERT_EQ(3u, watched_->told.size());

@@ -308,6 +308,15 @@ TEST_F(Limits, HalfOpenConnectionEnds)
     EXPECT_TRUE(waitUntil([&] { return server->clients() == 0; }));
 }
 
+TEST_F(Limits, WhoIsRefusedWhileItSendsCanReadWhy)
+{
+    TestClient client(start());
+    EXPECT_TRUE(client.send(orderHead(client) + "Content-Length: 200000\r\n\r\n" +
+                            std::string(200000, ' ')));
+    EXPECT_EQ(client.reply().status, 413);
+    EXPECT_TRUE(client.isEndedInOrder()) << "a reset would throw the answer away";
+}
+
 TEST_F(Limits, WhoIsRefusedAndGoesOnSendingIsLeftAlone)
 {
     limits().closeTime = kSoon;

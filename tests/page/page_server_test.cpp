@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 #include <vector>
 
 namespace tavmir::page
@@ -132,6 +134,7 @@ TEST_F(PageServerTest, EndTellsLiveClients)
     EXPECT_EQ(last.closeCode(), 1001);
     client.sendFrame(8, last.payload);
     EXPECT_TRUE(client.isEnded());
+    client.vanish(); // as a browser does then: the end waits for nobody else
     stopper.join();
 }
 
@@ -158,7 +161,17 @@ TEST_F(PageServerTest, EndDoesNotWaitForClients)
     PageContent::Done done;
     ASSERT_TRUE(waitUntil([&] { return (done = content.takeWaiting()) != nullptr; }));
     ASSERT_TRUE(waitUntil([&] { return server->clients() == 6 && content.snapshots() == 1; }));
-    server->stop();
+    std::atomic<bool> hasEnded{false};
+    std::thread stopper([&] {
+        server->stop();
+        hasEnded = true;
+    });
+    EXPECT_TRUE(waitUntil([&] { return hasEnded.load(); }));
+    if (!hasEnded) {
+        deaf.vanish(); // or this test would have no end either
+        slow.vanish();
+    }
+    stopper.join();
     EXPECT_EQ(server->clients(), 0);
     for (TestClient* client : {&silent, &halfway, &waiting, &idle, &deaf, &slow}) {
         EXPECT_TRUE(client->isEnded());

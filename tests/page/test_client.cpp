@@ -1,6 +1,8 @@
 // HTTP and WebSocket, as much as tests need.
 #include "test_client.h"
 
+#include "support/patience.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -16,7 +18,7 @@ namespace tavmir::page
 namespace
 {
 
-constexpr int kPatienceSeconds = 60;
+constexpr int kPatienceMs = 60000;
 constexpr char kMask[] = {0x11, 0x22, 0x33, 0x44};
 
 std::string lower(std::string text)
@@ -75,7 +77,8 @@ TestClient::TestClient(unsigned short port, int receiveBytes)
     if (receiveBytes > 0) {
         ::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receiveBytes, sizeof receiveBytes);
     }
-    const timeval patience = {kPatienceSeconds, 0};
+    const int waitMs = test::patienceMs(kPatienceMs);
+    const timeval patience = {waitMs / 1000, waitMs % 1000 * 1000};
     ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     ::setsockopt(socket_, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     sockaddr_in place = {};
@@ -172,11 +175,16 @@ Reply TestClient::post(const std::string& target, const std::string& body, const
 
 bool TestClient::isEnded()
 {
+    return isEndedInOrder() || errno == ECONNRESET;
+}
+
+bool TestClient::isEndedInOrder()
+{
     char bytes[16384];
     for (;;) {
         const ssize_t count = ::recv(socket_, bytes, sizeof bytes, 0);
         if (count <= 0) {
-            return count == 0 || errno == ECONNRESET;
+            return count == 0;
         }
     }
 }

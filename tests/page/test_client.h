@@ -51,6 +51,8 @@ public:
     Reply post(const std::string& target, const std::string& body, const std::string& more = "");
     // The other side has ended the connection, whatever it sent before.
     bool isEnded();
+    // The same, but not by a reset, which may take with it what was not read yet.
+    bool isEndedInOrder();
 
     // Asks for the live connection; the status of the answer.
     int goLive(const std::string& more = "");

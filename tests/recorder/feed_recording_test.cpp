@@ -207,6 +207,49 @@ TEST_F(FeedRecordingTest, AConnectionThatFailsTheSameWayIsOneEvent)
                                               "connect failed", "connect failed"));
 }
 
+TEST_F(FeedRecordingTest, AWriteThatWasCarriedOutInPartSaysHowMuchOfItWas)
+{
+    FeedEntry entry;
+    entry.at = momentAt(10);
+    entry.kind = FeedKind::operationEnded;
+    entry.operation.state = OutcomeState::partial;
+    entry.operation.elements = 5;
+    entry.operation.acknowledged = 3;
+    entry.text = "why";
+    recording.take(entry);
+    EXPECT_EQ(taken(20).events.back().text, "partial: why (3 of 5 elements)");
+}
+
+TEST_F(FeedRecordingTest, AControllerThatStopsAnsweringIsOneEventAndItsNextAnswerAnother)
+{
+    for (int i = 0; i < 2; ++i) {
+        FeedEntry lost = entryOf(madeEnd(ExchangeEnd::timeout, 15));
+        lost.at = momentAt(10);
+        recording.take(lost);
+        FeedEntry givenUp;
+        givenUp.kind = FeedKind::gaveUp;
+        givenUp.at = momentAt(10);
+        recording.take(givenUp);
+    }
+    reads(20, 7);
+    reads(30, 7);
+    EXPECT_THAT(kinds(taken(40)), ElementsAre("connected", "variables polled", event_kind::kSilent,
+                                              event_kind::kAnswers));
+}
+
+TEST_F(FeedRecordingTest, WhatStandsAndIsToldAgainIsNoSecondEvent)
+{
+    FeedEntry again;
+    again.kind = FeedKind::connected;
+    again.at = momentAt(10);
+    again.standing = true;
+    recording.take(again);
+    EXPECT_THAT(kinds(taken(20)), ElementsAre("connected", "variables polled"));
+    again.standing = false; // another connection
+    recording.take(again);
+    EXPECT_THAT(kinds(taken(20)), ElementsAre("connected"));
+}
+
 TEST_F(FeedRecordingTest, WhatWasMissedIsAnEvent)
 {
     recording.gap(17, momentAt(10));

@@ -150,6 +150,23 @@ TEST_F(Tracker, OtherStationsWaitInLineAndNobodyOvertakes)
     EXPECT_TRUE(tracker_.isPending(third));
 }
 
+TEST_F(Tracker, WhatIsAloneIsNoneWhileOthersArePendingAndOthersWaitForIt)
+{
+    const OperationId first = begin(OperationKind::read);
+    EXPECT_FALSE(tracker_.admitAlone(OperationKind::read));
+    EXPECT_TRUE(tracker_.admitAlone(OperationKind::write))
+        << "of the other kind nothing is pending";
+    tracker_.ended(first, "over");
+    const std::optional<OperationId> alone = tracker_.admitAlone(OperationKind::read);
+    ASSERT_TRUE(alone);
+    EXPECT_FALSE(tracker_.admitAlone(OperationKind::read));
+    const OperationId other =
+        tracker_.admit(OperationKind::read, shapeAt(1), Deadline(1), kAnyNumber);
+    EXPECT_FALSE(tracker_.isPending(other));
+    tracker_.ended(*alone, QString());
+    EXPECT_TRUE(tracker_.isPending(begin(OperationKind::read)));
+}
+
 TEST_F(Tracker, RoomCountsElementsThatHaveNotEnded)
 {
     const OperationId ten = begin(OperationKind::read, 1, 10);

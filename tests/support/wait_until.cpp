@@ -1,5 +1,7 @@
 #include "support/wait_until.h"
 
+#include "support/patience.h"
+
 #include <chrono>
 #include <thread>
 
@@ -10,7 +12,8 @@ namespace test
 
 bool waitUntil(const std::function<bool()>& condition, int deadlineMs)
 {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(deadlineMs);
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(patienceMs(deadlineMs));
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= deadline) {
             return condition();

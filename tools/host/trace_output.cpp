@@ -40,8 +40,9 @@ QString errorInWords(int error)
 
 } // namespace
 
-TraceOutput::TraceOutput(const TraceOptions& options, project::ElementNames names)
-    : options_(options), names_(std::move(names)),
+TraceOutput::TraceOutput(const TraceOptions& options, project::ElementNames names,
+                         size_t mostWaiting)
+    : options_(options), names_(std::move(names)), mostWaiting_(mostWaiting),
       trace_(names_, options.withBytes, [this](const std::string& line) { add(line); })
 {
 }
@@ -62,7 +63,7 @@ QString TraceOutput::open()
         }
         descriptor = file_;
     }
-    out_ = std::make_unique<Output>(descriptor);
+    out_ = std::make_unique<Output>(descriptor, mostWaiting_);
     out_->waitForRoom();
     return QString();
 }

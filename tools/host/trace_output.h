@@ -21,7 +21,9 @@ namespace tavmir::host
 class TraceOutput
 {
 public:
-    TraceOutput(const TraceOptions& options, project::ElementNames names);
+    //   mostWaiting  bytes of lines that may wait for who takes them
+    TraceOutput(const TraceOptions& options, project::ElementNames names,
+                size_t mostWaiting = Output::kMostWaiting);
     ~TraceOutput();
     TraceOutput(const TraceOutput&) = delete;
     TraceOutput& operator=(const TraceOutput&) = delete;
@@ -49,6 +51,7 @@ private:
 
     const TraceOptions options_;
     const project::ElementNames names_;
+    const size_t mostWaiting_;
     FeedTrace trace_;
     std::unique_ptr<FeedReader> reader_;
     std::unique_ptr<Output> out_;
