@@ -5,6 +5,7 @@ import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 
+import { NOT_RECORDED } from '../../../tools/page/web/app/feed/buckets.js';
 import { hostFile } from './support/machine.mjs';
 import { pageTest } from './support/page_test.mjs';
 import { PageView } from './support/page_view.mjs';
@@ -38,7 +39,7 @@ pageTest('a recording stands in the strip, and trends reach back through it behi
     const past = await plant.json(`history?address=${encodeURIComponent(moving)}`);
     assert.equal(past.source, 'both');
     assert.ok(past.t.filter((/** @type {number} */ at) => at < startedAt).length > 30);
-    assert.ok(past.gaps.some((/** @type {[number, number, string]} */ gap) => /nothing was recorded/.test(gap[2])));
+    assert.ok(past.gaps.some((/** @type {[number, number, string]} */ gap) => gap[2] === NOT_RECORDED));
   });
 
 /** When what was the matter, in milliseconds since 1970. */

@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import {
-  NOTHING_KEPT, emptySeries, merged, openGap, put, seriesOf, trim, valueAt,
+  NOTHING_KEPT, NOT_RECORDED, emptySeries, isUnknown, merged, openGap, put, seriesOf, trim, valueAt,
 } from '../../../tools/page/web/app/feed/buckets.js';
 
 /**
@@ -66,6 +66,12 @@ test('a gap that goes on is cut where the newer answer begins', () => {
 test('what is older than what is kept is a gap', () => {
   assert.deepEqual(seriesOf(history(0, 100, [[60, 1]], [], 50)).gaps, [[0, 50, NOTHING_KEPT]]);
   assert.deepEqual(seriesOf(history(0, 100, [], [], null)).gaps, [[0, 100, NOTHING_KEPT]]);
+});
+
+test('of a time that was not kept or not recorded nobody knows whether the value was good', () => {
+  assert.ok(isUnknown([0, 50, NOTHING_KEPT]));
+  assert.ok(isUnknown([0, 50, NOT_RECORDED]));
+  assert.ok(!isUnknown([0, 50, 'link down']));
 });
 
 test('a gap that reaches the end of an answer lasts, until a newer one says that it is over', () => {

@@ -18,6 +18,16 @@
 
 /** The reason of a gap that is older than what is kept. */
 export const NOTHING_KEPT = 'nothing is kept of this time';
+/** The reason of a gap in the recording: the program was away, or could not write. */
+export const NOT_RECORDED = 'nothing was recorded at this time';
+
+/**
+ * Whether nobody knows what was in a gap; otherwise the value is known not to have been good.
+ * @param {Gap} gap
+ */
+export function isUnknown([, , reason]) {
+  return reason === NOTHING_KEPT || reason === NOT_RECORDED;
+}
 
 /**
  * @param {number} at

@@ -1,5 +1,5 @@
 // What is drawn over and under a lane's line: gaps as hatched bands, events as marks, the two cursors.
-import { NOTHING_KEPT } from '../feed/buckets.js';
+import { isUnknown } from '../feed/buckets.js';
 
 /**
  * @typedef {import('uplot')} Chart
@@ -54,7 +54,7 @@ export function drawGaps(chart, series, colours) {
       if (gap[1] < from || gap[0] > to) continue;
       const begin = Math.max(left, x(gap[0]));
       const end = Math.min(left + width, gap[1] === Infinity ? x(to) : x(gap[1]));
-      if (gap[2] === NOTHING_KEPT) {
+      if (isUnknown(gap)) {
         context.fillStyle = colours.of('nothing');
         context.fillRect(begin, top, end - begin, height);
       } else {
