@@ -275,6 +275,7 @@ TEST_F(Link, DisconnectedRequestsAreAnsweredWithinTheReplyTimeout)
     EXPECT_EQ(ExchangeEnd::notSent, exchange(wordRequest(1)));
     const auto took = Clock::now() - start;
     EXPECT_GE(took, std::chrono::milliseconds(kShortMs)); // it must not spin
+    EXPECT_LT(took, std::chrono::milliseconds(kPatientMs / 2)) << "nor wait for the next attempt";
     EXPECT_EQ(1u, figures().connectFailures);
 }
 
