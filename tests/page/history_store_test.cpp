@@ -141,6 +141,35 @@ TEST(HistoryStore, TheOldestGoAndItIsKnownFromWhenAllIsThere)
     EXPECT_EQ((Numbers{42}), pieceOf(store, quiet, 99000, 100000).last) << "it still stands";
 }
 
+TEST(HistoryStore, AsMuchIsKeptHoweverMuchWasDropped)
+{
+    const auto keptOf = [](int samples) {
+        HistoryStore store(0, 100000);
+        const size_t track = store.addTrack();
+        for (int i = 0; i < samples; ++i) {
+            store.addSample(track, i, static_cast<quint32>(i) * 7919);
+        }
+        return static_cast<double>(pieceOf(store, track, 0, samples, 1000000).t.size());
+    };
+    const double kept = keptOf(100000);
+    EXPECT_NEAR(kept, keptOf(1000000), kept / 10);
+}
+
+TEST(HistoryStore, MoreGapsThatHoldThanThereIsRoomStopNobody)
+{
+    HistoryStore store(0, 20000);
+    for (size_t track = 0; track < 1000; ++track) {
+        store.setGap(store.addTrack(), 1, "bad: refused");
+    }
+    const int kSamples = 10000;
+    for (int i = 10; i < kSamples; ++i) {
+        store.addSample(7, i, static_cast<quint32>(i) * 7919);
+    }
+    const HistoryPiece piece = pieceOf(store, 7, 0, kSamples);
+    EXPECT_EQ(kSamples - 1, piece.t.back());
+    EXPECT_LT(piece.t.size(), 1000) << "the older ones went";
+}
+
 TEST(HistoryStore, AGapThatStillHoldsIsNeverDropped)
 {
     HistoryStore store(0, 20000);

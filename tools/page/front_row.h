@@ -28,7 +28,9 @@ public:
     }
     void pop_front()
     {
-        items_[gone_] = Item();
+        {
+            const Item gone(std::move(items_[gone_])); // with what it has elsewhere
+        }
         ++gone_;
         if (gone_ * kMore >= items_.size()) {
             items_.erase(items_.begin(), items_.begin() + static_cast<std::ptrdiff_t>(gone_));

@@ -18,6 +18,9 @@ constexpr size_t kBlockBytes = 480;
 constexpr size_t kLongestSample = 15; // ten bytes of time, five of the number
 // Of a piece of memory, and of its place in the lists.
 constexpr size_t kOverhead = 48;
+// What still stands is kept when it is the oldest. So many are looked at for one sample, the others
+// for the next: no sample waits for a round of all.
+constexpr int kMostKept = 16;
 
 size_t bytesOf(const HistoryGap& gap)
 {
@@ -79,6 +82,9 @@ void HistoryStore::beginBlock(size_t track, qint64 at, quint32 number)
         one.older.push_back(std::move(one.newest));
         bytes_ += one.older.bytes() - before;
     }
+    {
+        const Block dropped(std::move(one.newest)); // its memory goes, where it did not move
+    }
     one.newest = Block();
     one.isEmpty = false;
     one.newest.firstAt = at;
@@ -87,7 +93,7 @@ void HistoryStore::beginBlock(size_t track, qint64 at, quint32 number)
     one.newest.lastNumber = number;
     one.newest.shape = one.shape;
     count(one.newest, number);
-    bytes_ += kOverhead;
+    bytes_ += kOverhead + one.newest.differences.capacity();
     droppable_.push_back({track, false});
 }
 
@@ -119,8 +125,10 @@ void HistoryStore::addSample(size_t track, qint64 at, quint32 number)
         count(block, number);
         bytes_ += block.differences.capacity() - before;
     }
-    while (bytes_ > mostBytes_ && droppable_.size() > 1) {
+    for (int kept = 0; bytes_ > mostBytes_ && droppable_.size() > 1 && kept < kMostKept;) {
+        const size_t before = bytes_;
         dropOldest();
+        kept += bytes_ < before ? 0 : 1;
     }
 }
 
