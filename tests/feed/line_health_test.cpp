@@ -119,10 +119,21 @@ TEST_F(Line, OneThatRefusesEverythingSaysSo)
     EXPECT_EQ("connected to plant:5020", words(20));
     take(ExchangeEnd::exception, 30);
     EXPECT_EQ("connected to plant:5020", words(9000)) << "nothing was asked since";
-    take(ExchangeEnd::exception, 2020);
-    EXPECT_EQ("connected to plant:5020", words(2020)) << "some of it is answered";
-    take(ExchangeEnd::exception, 2021);
-    EXPECT_EQ(refuses, words(2021));
+    take(ExchangeEnd::exception, 2030);
+    EXPECT_EQ("connected to plant:5020", words(2030)) << "some of it is answered";
+    take(ExchangeEnd::exception, 2031);
+    EXPECT_EQ(refuses, words(2031));
+}
+
+TEST_F(Line, OneRefusalBetweenSlowPassesIsNotTheLines)
+{
+    take(FeedKind::connected, 0);
+    for (const int pass : {0, 5000, 10000}) {
+        take(ExchangeEnd::reply, pass + 10);
+        take(ExchangeEnd::exception, pass + 4000);
+        EXPECT_FALSE(line_.isRefusing()) << pass;
+        EXPECT_EQ("connected to plant:5020", words(pass + 4990)) << pass;
+    }
 }
 
 TEST(Durations, InWords)

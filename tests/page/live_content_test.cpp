@@ -183,7 +183,7 @@ TEST_F(LivePage, ALineThatRefusesEverythingIsNoneThatIsConnected)
     fails(900, ExchangeEnd::exception, {{3016, 0}}, 2);
     lookAt(1000);
     EXPECT_EQ("connected", state()) << "some of it is answered";
-    fails(2900, ExchangeEnd::exception, {{3016, 0}}, 2);
+    fails(2901, ExchangeEnd::exception, {{3016, 0}}, 2);
     lookAt(2950);
     EXPECT_EQ("refusing", state());
     fails(3000, ExchangeEnd::timeout, {{3000, 0}});
@@ -326,6 +326,16 @@ TEST_F(LivePage, OfMoreChangesThanCanBeFollowedTheLastCounts)
     word(40, 3000, 5);
     lookAt(50);
     EXPECT_EQ("5", row(kW)[1].toString()) << "each is followed again";
+}
+
+TEST_F(LivePage, OfTwoFormatsOfOneAddressTheFirstIsThatOfItsHistory)
+{
+    plan({}, kPolled + 2); // the last one is Main.S without its sign
+    connect(10);
+    word(100, 3016, 0xFFFF);
+    lookAt(200);
+    EXPECT_EQ("65535", row(kPolled + 1)[1].toString());
+    EXPECT_EQ(QJsonArray{-1}, get("history", {{"address", "Main.S"}})["last"].toArray());
 }
 
 TEST_F(LivePage, ABitOfAWordHasItsOwnHistory)

@@ -29,7 +29,8 @@ const char kProject[] = R"({
   "polled": [ { "address": "Main.Run" }, { "address": "Main.W", "name": "Level" },
     { "address": "Main.S" }, { "address": "Main.Mode", "format": "hex" },
     { "address": "Main.Mode.b[2]" }, { "address": "Main.Temp" }, { "address": "Main.Title" },
-    { "address": "Main.Grid[C]" } ]
+    { "address": "Main.Grid[C]" },
+    { "address": "Main.S", "name": "Unsigned", "format": "unsigned" } ]
 })";
 
 WallClock::time_point wallAt(int ms)

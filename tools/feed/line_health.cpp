@@ -7,8 +7,8 @@ namespace tavmir::host
 namespace
 {
 
-// Refusals count as the line's state when they go on for this long after the last good reply. What
-// waits for the next pass meanwhile says nothing.
+// Refusals count as the line's state when they go on for this long and nothing good comes between
+// them: one that is tried again between slow passes says nothing of the others.
 constexpr auto kRefusesFor = std::chrono::seconds(2);
 
 } // namespace
@@ -64,12 +64,12 @@ void LineHealth::takeExchange(const Exchange& exchange)
         silence_ = QString();
     }
     if (exchange.isGood()) {
-        goodAt_ = exchange.endedAt;
         goodOnThis_ = true;
         refusal_ = 0;
     } else {
-        refusal_ = exchange.exceptionCode;
+        refusedSince_ = refusal_ == 0 ? exchange.endedAt : refusedSince_;
         refusedAt_ = exchange.endedAt;
+        refusal_ = exchange.exceptionCode;
     }
 }
 
@@ -83,7 +83,7 @@ void LineHealth::takeSilence(const Exchange& exchange)
 
 bool LineHealth::isRefusing() const
 {
-    return isAlive() && refusal_ != 0 && (!goodOnThis_ || refusedAt_ - goodAt_ > kRefusesFor);
+    return isAlive() && refusal_ != 0 && (!goodOnThis_ || refusedAt_ - refusedSince_ > kRefusesFor);
 }
 
 // What failed names its address by itself, unless it is a name that was looked up.

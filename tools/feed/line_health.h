@@ -54,7 +54,8 @@ private:
     bool connected_ = false;
     bool wasConnected_ = false;
     Clock::time_point heardAt_;
-    Clock::time_point goodAt_;
+    // The first refusal since the last good reply, and the last one.
+    Clock::time_point refusedSince_;
     Clock::time_point refusedAt_;
 };
 

@@ -8,6 +8,7 @@
 #include "project/value_format.h"
 
 #include <algorithm>
+#include <set>
 
 namespace tavmir::host
 {
@@ -169,6 +170,7 @@ void LiveState::list(WallClock::time_point since)
     changed_.clear();
     trackOf_.assign(variables.size(), std::nullopt);
     qualitiesAt_ = Clock::time_point();
+    std::set<QString> followed; // the first of several formats of one address is
     for (size_t i = 0; i < variables.size(); ++i) {
         if (values_.value(i).readAt) {
             changed_.push_back(i);
@@ -178,6 +180,9 @@ void LiveState::list(WallClock::time_point since)
             continue;
         }
         const QString address = project::shownAddress(variables[i].element);
+        if (!followed.insert(address).second) {
+            continue;
+        }
         const NumberShape shape = shapeOf(variables[i].element, variables[i].format);
         const auto found = tracks_.find(address);
         trackOf_[i] = found != tracks_.end() ? found->second : history_.addTrack(shape);
