@@ -143,6 +143,17 @@ TEST_F(Writes, WhatWasExpectedHoldsHoweverTheAddressIsSpelt)
     EXPECT_EQ(4, desk_.taken_.size());
 }
 
+TEST_F(Writes, WhatLiesThereUnderAnotherNameIsNamed)
+{
+    word(40, 3000, 8);
+    at(50);
+    EXPECT_EQ(409, post(R"({"address":"@word:3000","value":"5","expect":"7"})").status);
+    EXPECT_EQ("@word:3000: Level is there, which is shown as 8, not 7",
+              parsed(answer_.body)["error"].toString());
+    EXPECT_EQ(409, post(R"({"address":"Main.W","value":"5","expect":"7"})").status);
+    EXPECT_EQ("Main.W: is 8 by now, not 7", parsed(answer_.body)["error"].toString());
+}
+
 TEST_F(Writes, NothingIsExpectedOfWhatIsNotPolled)
 {
     EXPECT_EQ(409, post(R"({"address":"Main.Off","value":"5","expect":"7"})").status);

@@ -91,6 +91,8 @@ private:
     page::Answer capture(const page::Query& query) const;
     HistoryPiece memory(size_t variable, qint64 from, qint64 to, size_t points) const;
     void write(const std::string& body, const Done& done);
+    QString unexpected(const PageWrite& asked, const project::Element& named,
+                       const std::optional<size_t>& place) const;
     void tell(const WireElement& element, const QString& address, const QString& name,
               const WriteEnd& end);
     double now() const { return msOf(options_.clocks.wall()); }

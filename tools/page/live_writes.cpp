@@ -42,10 +42,7 @@ void LiveContent::write(const std::string& body, const Done& done)
     const std::optional<size_t> place = placeOfMemory(state_.polled(), named.element, station);
     const QString old = place ? state_.rows().text(*place) : QString();
     if (asked.expect && *asked.expect != old) {
-        done(problem(
-            409, place ? QString("%1: is %2 by now, not %3").arg(asked.address, old, *asked.expect)
-                       : QString("%1: is not polled, so whether it is %2 is not known")
-                             .arg(asked.address, *asked.expect)));
+        done(problem(409, unexpected(asked, named.element, place)));
         return;
     }
     const WireElement element = wireElements(named.element, station).front();
@@ -61,6 +58,22 @@ void LiveContent::write(const std::string& body, const Done& done)
         state_.feedEvents().forget(element);
         done(problem(refusal->status, refusal->problem));
     }
+}
+
+// Why what was expected does not hold, or cannot be known to.
+QString LiveContent::unexpected(const PageWrite& asked, const project::Element& named,
+                                const std::optional<size_t>& place) const
+{
+    if (!place) {
+        return QString("%1: is not polled, so whether it is %2 is not known")
+            .arg(asked.address, *asked.expect);
+    }
+    const QString shown = state_.rows().text(*place);
+    if (placeOfVariable(state_.polled(), named)) {
+        return QString("%1: is %2 by now, not %3").arg(asked.address, shown, *asked.expect);
+    }
+    return QString("%1: %2 is there, which is shown as %3, not %4")
+        .arg(asked.address, state_.polled()[*place].name, shown, *asked.expect);
 }
 
 void LiveContent::tell(const WireElement& element, const QString& address, const QString& name,

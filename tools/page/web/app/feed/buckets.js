@@ -22,7 +22,7 @@ export const NOTHING_KEPT = 'nothing is kept of this time';
 export const NOT_RECORDED = 'nothing was recorded at this time';
 
 /**
- * Whether nobody knows what was in a gap; otherwise the value is known not to have been good.
+ * Whether a gap is of what was kept, and not of the value: nobody looked, or nobody remembers.
  * @param {Gap} gap
  */
 export function isUnknown([, , reason]) {
