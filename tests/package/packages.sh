@@ -2,6 +2,8 @@
 # Looks at a folder of Debian packages: contents, dependencies, stripping, lintian; installs them
 # into an empty root with dpkg, runs what is there, shows the manual pages, removes everything.
 # Usage: packages.sh amd64|armhf FOLDER
+#
+# What is piped into grep is read to its end, without -q: a writer that is left alone fails.
 set -euo pipefail
 processor=$1
 folder=$(realpath "$2")
@@ -61,8 +63,8 @@ for package in libtavmir-kx-tcp1 libtavmir-kx-tcp1-checked tavmir-tools; do
   dpkg-deb -x "$(file_of $package)" "$work/$package"
   depends=$(dpkg-deb -f "$(file_of $package)" Depends)
   while read -r file; do
-    readelf -SW "$file" | grep -qE ' \.(symtab|debug_info) ' && fail "not stripped: $file"
-    readelf -dW "$file" | grep -qE '\((RPATH|RUNPATH)\)' && fail "run path: $file"
+    readelf -SW "$file" | grep -E ' \.(symtab|debug_info) ' >/dev/null && fail "not stripped: $file"
+    readelf -dW "$file" | grep -E '\((RPATH|RUNPATH)\)' >/dev/null && fail "run path: $file"
     for library in $(readelf -dW "$file" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
       grep -qE "(^|, )$(brings "$library" | sed 's/[.+]/\\&/g')( |,|$)" <<<"$depends" ||
         fail "$package does not depend on $library's"
@@ -90,7 +92,7 @@ for package in libtavmir-kx-tcp1 libtavmir-kx-tcp1-checked tavmir-tools; do
 done
 id=$(readelf -nW "$work/libtavmir-kx-tcp1/$library" |
   sed -n 's/.*Build ID: \(..\)\(.*\)/\1\/\2/p')
-readelf -SW "$work/symbols/usr/lib/debug/.build-id/$id.debug" | grep -q ' \.debug_info ' ||
+readelf -SW "$work/symbols/usr/lib/debug/.build-id/$id.debug" | grep ' \.debug_info ' >/dev/null ||
   fail "the library's debug symbols are missing"
 
 echo "-- install, run, remove"
@@ -154,7 +156,7 @@ if [ "$processor" = amd64 ]; then
   mkdir -p "$work/home/.local/lib/wireshark"
   cp -r "$root/$plugins" "$work/home/.local/lib/wireshark/"
   HOME=$work/home tshark -G protocols >"$work/protocols" 2>/dev/null
-  cut -f3 "$work/protocols" | grep -qx tavmir || fail "tshark does not know the protocol"
+  cut -f3 "$work/protocols" | grep -x tavmir >/dev/null || fail "tshark does not know the protocol"
 else
   [ -s "$root/$plugins/tavmir.lua" ] || fail "no dissector"
 fi
