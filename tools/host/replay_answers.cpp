@@ -1,4 +1,5 @@
 // What is asked of a moment, and the live messages.
+#include "page/events_answer.h"
 #include "page/json_writer.h"
 #include "page/plan_json.h"
 #include "page/query_numbers.h"
@@ -14,7 +15,6 @@ namespace tavmir::host
 namespace
 {
 
-constexpr size_t kEventsAtFirst = 200;
 constexpr char kNoFrames[] = "a recording has no frames: frames are in captures (--capture FILE)";
 
 FailureCounts countsOf(const recorder::MinuteRow& row)
@@ -73,7 +73,7 @@ page::Answer ReplayContent::get(const std::string& what, const page::Query& quer
         return explain(query);
     }
     if (what == "events") {
-        return events(query);
+        return eventsAnswer(events_, query);
     }
     if (what == "frames") {
         return answerOf(R"({"frames":[],"missed":0})");
@@ -185,24 +185,6 @@ page::Answer ReplayContent::values(const page::Query& query) const
     std::string out;
     JsonWriter json(out);
     json.beginObject().key("now").number(now()).key("values").raw("[" + rows + "]").endObject();
-    return answerOf(out);
-}
-
-page::Answer ReplayContent::events(const page::Query& query) const
-{
-    AskedFor asked(query);
-    const auto since = static_cast<quint64>(asked.whole("since", 0, 0, kLastMs));
-    const auto limit = static_cast<size_t>(
-        asked.whole("limit", kEventsAtFirst, 1, static_cast<qint64>(EventStore::kMost)));
-    if (!asked.problem().isEmpty()) {
-        return problem(400, asked.problem());
-    }
-    std::string happened;
-    events_.write(since, limit, happened);
-    std::string out;
-    JsonWriter json(out);
-    json.beginObject().key("events").raw(happened);
-    json.key("oldest").whole(static_cast<qint64>(events_.oldest())).endObject();
     return answerOf(out);
 }
 

@@ -60,7 +60,6 @@ private:
     bool isSameList(const ReplayMoment& moment) const;
     std::string status() const;
     page::Answer values(const page::Query& query) const;
-    page::Answer events(const page::Query& query) const;
     page::Answer plan() const;
     page::Answer explain(const page::Query& query) const;
     void writeHead(JsonWriter& json, const char* kind) const;

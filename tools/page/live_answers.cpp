@@ -1,4 +1,5 @@
 // Questions to a running host.
+#include "events_answer.h"
 #include "explain_json.h"
 #include "frames_json.h"
 #include "json_writer.h"
@@ -47,7 +48,7 @@ page::Answer LiveContent::get(const std::string& what, const page::Query& query)
         return explain(query);
     }
     if (what == "events") {
-        return events(query);
+        return eventsAnswer(state_.events(), query);
     }
     if (what == "frames") {
         return frames(query);
@@ -91,28 +92,6 @@ page::Answer LiveContent::values(const page::Query& query) const
         .number(now())
         .key("values")
         .raw(rows + "]")
-        .endObject();
-    return answerOf(out);
-}
-
-page::Answer LiveContent::events(const page::Query& query) const
-{
-    AskedFor asked(query);
-    const auto since = static_cast<quint64>(asked.whole("since", 0, 0, kLastMs));
-    const auto limit = static_cast<size_t>(
-        asked.whole("limit", kEventsAtFirst, 1, static_cast<qint64>(EventStore::kMost)));
-    if (!asked.problem().isEmpty()) {
-        return problem(400, asked.problem());
-    }
-    std::string happened;
-    state_.events().write(since, limit, happened);
-    std::string out;
-    JsonWriter(out)
-        .beginObject()
-        .key("events")
-        .raw(happened)
-        .key("oldest")
-        .whole(static_cast<qint64>(state_.events().oldest()))
         .endObject();
     return answerOf(out);
 }

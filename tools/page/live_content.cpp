@@ -1,6 +1,7 @@
 // What live clients are sent.
 #include "live_content.h"
 
+#include "events_answer.h"
 #include "json_writer.h"
 #include "status_json.h"
 #include "variable_words.h"

@@ -61,8 +61,6 @@ public:
     void tellStorage(const QString& text, bool bad);
 
 private:
-    static constexpr size_t kEventsAtFirst = 200;
-
     // What has ended or happened elsewhere, for the page's thread.
     struct Told {
         WireElement element;
@@ -84,7 +82,6 @@ private:
     std::string status() const;
     std::string variables() const;
     page::Answer values(const page::Query& query) const;
-    page::Answer events(const page::Query& query) const;
     page::Answer frames(const page::Query& query) const;
     page::Answer explain(const page::Query& query) const;
     page::Answer history(const page::Query& query) const;
