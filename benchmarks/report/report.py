@@ -1,4 +1,5 @@
-"""Turns measurements into the tables of docs/performance.md and its plots.
+"""Turns measurements into the tables of docs/performance.md, its plots, and the planning table of
+docs/integration.md.
 
 Usage: report.py RESULTS_FOLDER REPOSITORY MACHINE_FILE
 """
@@ -7,6 +8,7 @@ import pathlib
 import sys
 
 import measured
+import planning
 import svg
 
 OURS, LIBMODBUS, QT = "this driver", "libmodbus", "QModbusTcpClient"
@@ -232,6 +234,7 @@ def main():
     text = document.read_text(encoding="utf-8")
     before, after = text.split(START)[0], text.split(END)[1]
     document.write_text(before + figures + after, encoding="utf-8")
+    planning.write(repository)
     write_plots(micro, side, repository / "docs" / "plots")
 
 
