@@ -255,7 +255,7 @@ TEST_F(Troubles, AReplyOfWrongCount)
     line.request(1, readWords(0, {100, 116}));
     line.reply(2, words(0, {{100, 1}}));
     good(300, 1);
-    EXPECT_EQ("1 elements instead of 2", wordsOf(firstOf(only(Trouble::wrongCount))));
+    EXPECT_EQ("1 element instead of 2", wordsOf(firstOf(only(Trouble::wrongCount))));
 }
 
 TEST_F(Troubles, AReplyWithOtherAddresses)

@@ -49,7 +49,7 @@ TEST(Report, SaysWhenWhatAndWithWhichBytesARuleWasBroken)
     WirePlay play;
     const std::string text =
         judge::reportText(withABreach(play).judge(), scriptOf("calm"), allPlayed(), plainly);
-    EXPECT_TRUE(contains(text, "one-in-flight         broken      2 times, broken 1 times\n"))
+    EXPECT_TRUE(contains(text, "one-in-flight         broken      2 times, broken 1 time\n"))
         << text;
     EXPECT_TRUE(contains(text, "\none-in-flight: no other request is sent while one waits"));
     EXPECT_TRUE(contains(text, "  at 0.301 s, in or behind \"calm\", connection 1: it was sent "

@@ -16,6 +16,11 @@ namespace
 using wire::FrameView;
 using wire::FunctionCode;
 
+const char* elements(std::size_t count)
+{
+    return count == 1 ? "element" : "elements";
+}
+
 std::string insteadOf(std::size_t came, std::size_t wanted, const char* what)
 {
     return std::to_string(came) + " " + what + " instead of " + std::to_string(wanted);
@@ -96,7 +101,7 @@ std::string requestProblem(const FrameView& request)
     const std::size_t count = countOf(request);
     if (count == 0 || request.size != requestSize(*function, count)) {
         return insteadOf(request.size, requestSize(*function, count), "bytes") + " for " +
-               std::to_string(count) + " elements";
+               std::to_string(count) + " " + elements(count);
     }
     return std::string();
 }
@@ -120,7 +125,8 @@ CheckedReply checkReply(const FrameView& request, const FrameView& reply)
                      insteadOf(reply.function, request.function, "as function"));
     }
     if (reply.size > wire::kCountOffset && countOf(reply) != countOf(request)) {
-        return wrong(Trouble::wrongCount, insteadOf(countOf(reply), countOf(request), "elements"));
+        const std::size_t count = countOf(reply);
+        return wrong(Trouble::wrongCount, insteadOf(count, countOf(request), elements(count)));
     }
     const FunctionCode* function = wire::findFunctionCode(request.function);
     // Nobody knows what a reply of another function looks like.

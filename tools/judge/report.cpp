@@ -27,6 +27,11 @@ const char* nameOf(Verdict verdict)
     }
 }
 
+std::string times(std::size_t count)
+{
+    return std::to_string(count) + (count == 1 ? " time" : " times");
+}
+
 std::string padded(std::string text, std::size_t width)
 {
     text.resize(std::max(width, text.size()), ' ');
@@ -221,9 +226,9 @@ std::string reportText(const Judge& judge, const Script& script, const Played& p
             table += whyNotJudged(row.rule, script, played) + "\n";
             continue;
         }
-        table += std::to_string(finding.judged) + " times";
+        table += times(finding.judged);
         if (verdict == Verdict::broken) {
-            table += ", broken " + std::to_string(finding.broken) + " times";
+            table += ", broken " + times(finding.broken);
             details += std::string("\n") + row.name + ": " + row.sentence + "\n";
             for (const Breach& breach : finding.breaches) {
                 addBreach(details, breach, describe);
