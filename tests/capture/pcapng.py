@@ -9,11 +9,19 @@ Packet = collections.namedtuple(
 SYN, FIN, RESET = 0x02, 0x01, 0x04
 
 
-def blocks(data):
-    """Type and body of each; an error where there is no whole block."""
+PAGE_BYTES = 4096
+
+
+def blocks(data, killed=False):
+    """Type and body of each; an error where there is no whole block.
+
+    killed: the program that wrote it was killed, which can cut its last write at the end of a page.
+    """
     at = 0
     while at < len(data):
-        kind, size = struct.unpack_from("<II", data, at)
+        kind, size = struct.unpack_from("<II", data, at) if at + 8 <= len(data) else (0, 12)
+        if killed and at + size > len(data) and len(data) % PAGE_BYTES == 0:
+            return
         if size < 12 or at + size > len(data):
             raise ValueError(f"half a block at {at} of {len(data)}")
         if struct.unpack_from("<I", data, at + size - 4)[0] != size:
@@ -46,8 +54,8 @@ def packet(body):
                   ip[start + 4 * (ip[start + 12] >> 4):])
 
 
-def packets(path):
-    found = list(blocks(pathlib.Path(path).read_bytes()))
+def packets(path, killed=False):
+    found = list(blocks(pathlib.Path(path).read_bytes(), killed))
     if [kind for kind, _ in found[:2]] != [0x0A0D0D0A, 1]:
         raise ValueError("no header")
     return [packet(body) for kind, body in found if kind == 6]

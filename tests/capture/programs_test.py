@@ -164,7 +164,7 @@ class Programs(unittest.TestCase):
                 time.sleep(0.01)
             process.kill()
             process.wait()
-        found = pcapng.packets(self.of_host)
+        found = pcapng.packets(self.of_host, killed=True)
         self.assertGreater(len([one for one in found if one.payload]), 20)
 
     def test_a_ring_keeps_its_limit(self):

@@ -58,9 +58,12 @@ TEST(KeptEntries, AReplyThatIsLongerThanUsualIsKeptWhole)
 TEST(KeptEntries, TheOldestGoWhenThereIsNoRoom)
 {
     KeptEntries kept(10000);
-    for (int i = 0; i < 1000; ++i) {
+    kept.take(exchangeAt(0));
+    EXPECT_FALSE(kept.wholeSince()) << "nothing has gone";
+    for (int i = 1; i < 1000; ++i) {
         kept.take(exchangeAt(i));
     }
+    EXPECT_EQ(momentAt(static_cast<int>(kept.begin()) - 1), kept.wholeSince());
     EXPECT_EQ(1001, kept.end());
     EXPECT_GT(kept.end() - kept.begin(), 20);
     EXPECT_LT(kept.end() - kept.begin(), 100);

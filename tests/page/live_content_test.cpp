@@ -256,6 +256,26 @@ TEST_F(LivePage, WhatMakesNoSenseIsRefused)
     EXPECT_EQ(503, statusOf("capture.pcapng"));
 }
 
+TEST_F(LivePage, ACaptureSaysWhenItHoldsLessThanWasAskedFor)
+{
+    options_.limits.keptBytes = 10000; // less than 100 exchanges
+    content_ = std::make_unique<LiveContent>(feed_, pageProject(), options_);
+    content_->setCapture([](const KeptEntries&, quint64) { return std::string("bytes"); });
+    word(0, 3000, 1);
+    lookAt(1);
+    EXPECT_FALSE(content_->get("capture.pcapng", {}).coveredMs) << "the line is younger than that";
+    for (int ms = 100; ms <= 20000; ms += 100) {
+        word(ms, 3000, 1);
+        lookAt(ms);
+    }
+    const std::optional<long long> covered = content_->get("capture.pcapng", {}).coveredMs;
+    ASSERT_TRUE(covered);
+    EXPECT_GT(*covered, 2000);
+    EXPECT_LT(*covered, 10000);
+    const page::Query lastTwo = {{{"seconds", "2"}}};
+    EXPECT_FALSE(content_->get("capture.pcapng", lastTwo).coveredMs);
+}
+
 TEST_F(LivePage, VariablesSayWhatTheyAre)
 {
     plan();

@@ -147,6 +147,14 @@ TEST(HttpAnswers, NameOfAFileCannotEndItsHeader)
     EXPECT_EQ(bytes.find("\r\nSet-Cookie"), bytes.npos);
 }
 
+TEST(HttpAnswers, SayWhatTimeTheyCoverOnlyWhereItIsLess)
+{
+    Answer answer;
+    EXPECT_EQ(answerBytes(answer, {}).find("Covered-Ms"), std::string::npos);
+    answer.coveredMs = 5012;
+    EXPECT_NE(answerBytes(answer, {}).find("\r\nCovered-Ms: 5012\r\n"), std::string::npos);
+}
+
 TEST(HttpAnswers, ErrorIsOneLineOfJson)
 {
     EXPECT_EQ(errorAnswer(404, "no \"such\" \\ thing\nhere").body,

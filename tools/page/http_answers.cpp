@@ -88,7 +88,8 @@ Answer errorAnswer(unsigned status, std::string_view text)
 }
 
 std::string answerBytes(unsigned status, std::string_view type, std::string_view body,
-                        const AnswerForm& form, std::string_view fileName)
+                        const AnswerForm& form, std::string_view fileName,
+                        std::optional<long long> coveredMs)
 {
     std::string bytes = "HTTP/1.1 " + std::to_string(status) + ' ' + wordsOf(status) + "\r\n";
     add(bytes, "Content-Type", type);
@@ -106,6 +107,9 @@ std::string answerBytes(unsigned status, std::string_view type, std::string_view
     if (!fileName.empty()) {
         add(bytes, "Content-Disposition", "attachment; filename=\"" + plainName(fileName) + '"');
     }
+    if (coveredMs) {
+        add(bytes, "Covered-Ms", std::to_string(*coveredMs));
+    }
     bytes += "\r\n";
     if (!form.isHead) {
         bytes += body;
@@ -115,7 +119,8 @@ std::string answerBytes(unsigned status, std::string_view type, std::string_view
 
 std::string answerBytes(const Answer& answer, const AnswerForm& form)
 {
-    return answerBytes(answer.status, answer.type, answer.body, form, answer.fileName);
+    return answerBytes(answer.status, answer.type, answer.body, form, answer.fileName,
+                       answer.coveredMs);
 }
 
 } // namespace tavmir::page

@@ -29,7 +29,8 @@ Answer errorAnswer(unsigned status, std::string_view text);
 
 std::string answerBytes(const Answer& answer, const AnswerForm& form);
 std::string answerBytes(unsigned status, std::string_view type, std::string_view body,
-                        const AnswerForm& form, std::string_view fileName = {});
+                        const AnswerForm& form, std::string_view fileName = {},
+                        std::optional<long long> coveredMs = std::nullopt);
 
 } // namespace tavmir::page
 

@@ -174,6 +174,12 @@ std::optional<FeedEntry> KeptEntries::at(quint64 number) const
     return entry;
 }
 
+std::optional<Clock::time_point> KeptEntries::wholeSince() const
+{
+    const bool isWhole = begin() == 1 || blocks_.empty();
+    return isWhole ? std::nullopt : std::make_optional(blocks_.front().places.front().at);
+}
+
 quint64 KeptEntries::firstAt(Clock::time_point moment) const
 {
     for (const Block& block : blocks_) {

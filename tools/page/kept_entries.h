@@ -34,6 +34,8 @@ public:
     // The entry of that number, which must be kept. None: entries are missing there.
     std::optional<FeedEntry> at(quint64 number) const;
     quint64 missedAt(quint64 number) const;
+    // Since when all is kept that the feed told. None: nothing has gone yet.
+    std::optional<Clock::time_point> wholeSince() const;
     // The number of the first kept entry at or behind the moment.
     quint64 firstAt(Clock::time_point moment) const;
 

@@ -129,9 +129,15 @@ page::Answer LiveContent::capture(const page::Query& query) const
     if (!capture_) {
         return problem(503, "no capture can be made here");
     }
-    const quint64 from =
-        state_.kept().firstAt(options_.clocks.steady() - std::chrono::seconds(seconds));
+    const Clock::time_point now = options_.clocks.steady();
+    const Clock::time_point wanted = now - std::chrono::seconds(seconds);
+    const quint64 from = state_.kept().firstAt(wanted);
     page::Answer answer;
+    const std::optional<Clock::time_point> since = state_.kept().wholeSince();
+    if (since && *since > wanted) {
+        answer.coveredMs =
+            std::chrono::duration_cast<std::chrono::milliseconds>(now - *since).count();
+    }
     answer.type = "application/octet-stream";
     answer.body = capture_(state_.kept(), from);
     answer.fileName = "tavmir.pcapng";

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,7 +25,8 @@ struct Answer {
     unsigned status = 200; // of HTTP
     std::string type = "application/json";
     std::string body;
-    std::string fileName; // not empty: the browser saves the body under this name
+    std::string fileName;               // not empty: the browser saves the body under this name
+    std::optional<long long> coveredMs; // of time, where that is less than was asked for
 };
 
 // All calls on the server's thread, one at a time. None may block: a call that takes long holds up

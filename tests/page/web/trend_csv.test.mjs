@@ -60,8 +60,12 @@ test('a filter wants every word, in name, address, type or quality', () => {
   const variables = [variable('Temperature', 'Main.Temp', 'real'), variable('Run', 'Main.Run', 'bit')];
   /** @type {import('../../../tools/page/web/app/feed/messages.js').ValueRow[]} */
   const values = [[0, '1', 1, 'good', '', 1, 1], [1, '1', 1, 'stale', '', 1, 1]];
-  assert.deepEqual(listed(variables, values, '', false), [0, 1]);
-  assert.deepEqual(listed(variables, values, 'main TEMP', false), [0]);
-  assert.deepEqual(listed(variables, values, 'stale', false), [1]);
-  assert.deepEqual(listed(variables, values, '', true), [1]);
+  assert.deepEqual(listed(variables, values, '', false, true), [0, 1]);
+  assert.deepEqual(listed(variables, values, 'main TEMP', false, true), [0]);
+  assert.deepEqual(listed(variables, values, 'stale', false, true), [1]);
+  assert.deepEqual(listed(variables, values, '', true, true), [1]);
+  // The page has lost the program: each is unknown, and none is good.
+  assert.deepEqual(listed(variables, values, '', true, false), [0, 1]);
+  assert.deepEqual(listed(variables, values, 'good', false, false), []);
+  assert.deepEqual(listed(variables, values, 'unknown temp', false, false), [0]);
 });

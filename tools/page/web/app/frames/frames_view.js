@@ -26,6 +26,17 @@ const AT_ONCE = 200;
 /** @type {Record<string, string>} */
 const SIGNS = { request: '→', reply: '←', exception: '✕', nothing: '∅' };
 
+/**
+ * What stands where frames went by that nobody asked for in time.
+ * @param {number} missed how many at least
+ * @param {Frame} behind the first that is there again
+ * @returns {Frame}
+ */
+function hole(missed, behind) {
+  const text = `at least ${counted(missed, 'frame')} went by here: the list was held, out of sight, or slower than the line`;
+  return { id: behind.id - 1, at: behind.at, beforeMs: null, way: 'missed', text, bytes: null, bad: true, elapsedMs: null };
+}
+
 /** @returns {{root: HTMLElement, parts: FrameParts}} */
 function createRow() {
   const parts = {
@@ -49,7 +60,6 @@ export class FramesView {
   #shown = false;
   #held = false;
   #busy = false;
-  #missed = 0;
   /** @type {string|null} */
   #epoch = null;
   /** @type {number|null} */
@@ -119,8 +129,7 @@ export class FramesView {
       /** @type {{frames: Frame[], missed: number}} */
       const answer = await get('frames', { since, limit: AT_ONCE });
       this.#problem = '';
-      this.#missed = answer.missed;
-      this.#add(answer.frames);
+      this.#add(answer);
     } catch (problem) {
       this.#problem = problem instanceof Error ? problem.message : String(problem);
       this.#list(0);
@@ -137,10 +146,11 @@ export class FramesView {
     show(this.#bytes, false);
   }
 
-  /** @param {Frame[]} frames */
-  #add(frames) {
+  /** @param {{frames: Frame[], missed: number}} answer */
+  #add({ frames, missed }) {
     const newest = this.#frames.length === 0 ? -1 : this.#frames[this.#frames.length - 1].id;
     const fresh = frames.filter((frame) => frame.id > newest);
+    if (missed > 0 && fresh.length > 0) this.#frames.push(hole(missed, fresh[0]));
     this.#frames.push(...fresh);
     if (this.#frames.length > KEPT) this.#frames.splice(0, this.#frames.length - KEPT);
     this.#list(newest);
@@ -162,9 +172,8 @@ export class FramesView {
   /** @param {string} text */
   #say(text) {
     const nothing = this.#listed.length === 0;
-    show(this.#empty, nothing || this.#missed > 0 || this.#problem !== '');
-    const missed = `${counted(this.#missed, 'frame')} went by faster than they were asked for.`;
-    setText(this.#empty, nothing || this.#problem !== '' ? text : missed);
+    show(this.#empty, nothing || this.#problem !== '');
+    setText(this.#empty, text);
   }
 
   /**

@@ -66,13 +66,15 @@ export async function get(what, query) {
 }
 
 /**
- * GET as a file's bytes.
+ * GET as a file's bytes, and what time they cover where that is less than was asked for.
  * @param {string} what
  * @param {Record<string, string|number>} [query]
+ * @returns {Promise<{file: Blob, coveredMs: number|null}>}
  */
-export async function getBlob(what, query) {
+export async function getFile(what, query) {
   const answer = await ask(withQuery(what, query), {});
-  return answer.blob();
+  const covered = answer.headers.get('Covered-Ms');
+  return { file: await answer.blob(), coveredMs: covered === null ? null : Number(covered) };
 }
 
 /**

@@ -1,4 +1,6 @@
-// Which variables are listed: those that have every word of the filter in name, address, type or quality.
+// Which variables are listed: those that have every word of the filter in name, address, type or quality, as shown.
+
+import { look } from '../text/qualities.js';
 
 /**
  * @typedef {import('../feed/messages.js').Variable} Variable
@@ -11,14 +13,15 @@
  * @param {ValueRow[]} values
  * @param {string} filter
  * @param {boolean} onlyBad those whose value is not good
+ * @param {boolean} live whether the program is heard: without it no value is good
  * @returns {number[]}
  */
-export function listed(variables, values, filter, onlyBad) {
+export function listed(variables, values, filter, onlyBad, live) {
   const words = filter.toLowerCase().split(/\s+/).filter((word) => word !== '');
   /** @type {number[]} */
   const found = [];
   variables.forEach((variable, index) => {
-    const quality = values[index][3];
+    const { quality } = look(values[index], live);
     if (onlyBad && quality === 'good') return;
     const text = `${variable.name} ${variable.address} ${variable.type} ${quality}`.toLowerCase();
     if (words.every((word) => text.includes(word))) found.push(index);

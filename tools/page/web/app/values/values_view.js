@@ -84,14 +84,16 @@ export class ValuesView {
 
   #list() {
     const { variables, values } = this.#store;
-    this.#listed = listed(variables, values, this.#filter.value, this.#onlyBad.checked);
+    this.#listed = listed(variables, values, this.#filter.value, this.#onlyBad.checked,
+      this.#store.link === 'live');
     element('values-grid', HTMLElement).setAttribute('aria-rowcount', String(this.#listed.length + 1));
     this.#sparksDrawn = 0;
     this.#show();
   }
 
   #draw() {
-    if (this.#onlyBad.checked) {
+    // What is chosen by its quality comes and goes with it.
+    if (this.#onlyBad.checked || this.#filter.value !== '') {
       this.#list();
       return;
     }
