@@ -128,3 +128,52 @@ playedTest('a recording that is played back says so, and its time can be chosen'
   await page.openView('frames');
   await page.says(/capture/i);
 });
+
+/** @param {number} id @returns {import('../../../tools/page/web/app/feed/messages.js').Frame} */
+function frameOf(id) {
+  return { id, at: Date.now(), beforeMs: 1, way: 'request', text: `request ${id}`, bytes: '01', bad: false,
+    elapsedMs: null };
+}
+
+playedTest('where frames went by that nobody asked for, a row says so and stays', (host) => {
+  let asked = 0;
+  host.answers.frames = () => {
+    asked += 1;
+    return { frames: asked > 2 ? [] : [frameOf(asked * 1000)], missed: asked === 2 ? 70 : 0 };
+  };
+}, async (page) => {
+  await page.openView('frames');
+  await page.part('frame').filter({ hasText: 'request 2000' }).waitFor();
+  await page.tab.waitForResponse((answer) => answer.url().includes('/frames'));
+  const rows = await page.part('frame').evaluateAll((all) => all
+    .map((row) => ({ id: Number(/** @type {HTMLElement} */ (row).dataset.id), text: row.textContent ?? '' }))
+    .sort((a, b) => a.id - b.id).slice(0, 3));
+  assert.match(rows[0].text, /request 1000/);
+  assert.match(rows[1].text, /missed.*at least 70 frames went by here/);
+  assert.match(rows[2].text, /request 2000/);
+});
+
+playedTest('a capture that holds less than a minute says how much', (host) => {
+  host.headers['capture.pcapng'] = { 'Covered-Ms': '5400' };
+}, async (page, host) => {
+  await page.openView('frames');
+  await page.press('capture');
+  await page.says(/holds the last 5 s only/);
+  host.headers = {};
+  await page.press('capture');
+  await page.says(/last minute was saved/);
+});
+
+playedTest('without the program no value is good, for the filter too', () => {}, async (page, host, watch) => {
+  watch.expect(/ERR_CONNECTION_REFUSED/);
+  await page.part('only-bad').check();
+  await page.says(/^0 of 2 variables$/);
+  host.stop();
+  await page.hasLost();
+  await page.says(/^2 variables$/);
+  await page.part('only-bad').uncheck();
+  await page.filter('good');
+  await page.says(/^0 of 2 variables$/);
+  await page.filter('unknown speed');
+  await page.says(/^1 of 2 variables$/);
+});

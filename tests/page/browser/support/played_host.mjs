@@ -56,6 +56,8 @@ export class PlayedHost {
     frames: () => ({ frames: [], missed: 0 }),
     events: () => ({ events: [], oldest: 0 }),
   };
+  /** Headers of answers, by the same path. @type {Record<string, Record<string, string>>} */
+  headers = {};
   /** What was posted, in order. @type {{path: string, body: any}[]} */
   posted = [];
   #sequence = 0;
@@ -124,6 +126,7 @@ export class PlayedHost {
     const taken = body ? JSON.parse(body) : null;
     if (request.method === 'POST') this.posted.push({ path, body: taken });
     answer.setHeader('Content-Type', 'application/json');
+    for (const [name, value] of Object.entries(this.headers[path] ?? {})) answer.setHeader(name, value);
     answer.statusCode = this.statuses[path] ?? 200;
     answer.end(JSON.stringify(this.answers[path]?.(taken) ?? {}));
   }

@@ -33,8 +33,9 @@ const SIGNS = { request: '→', reply: '←', exception: '✕', nothing: '∅' }
  * @returns {Frame}
  */
 function hole(missed, behind) {
-  const text = `at least ${counted(missed, 'frame')} went by here: the list was held, out of sight, or slower than the line`;
-  return { id: behind.id - 1, at: behind.at, beforeMs: null, way: 'missed', text, bytes: null, bad: true, elapsedMs: null };
+  const why = 'the list was held, out of sight, or slower than the line';
+  return { id: behind.id - 1, at: behind.at, beforeMs: null, way: 'missed', bytes: null, bad: true, elapsedMs: null,
+    text: `at least ${counted(missed, 'frame')} went by here: ${why}` };
 }
 
 /** @returns {{root: HTMLElement, parts: FrameParts}} */
