@@ -74,6 +74,7 @@ public:
 private:
     void take(const FeedEntry& entry);
     void takePlan(const PolledGeneration& plan);
+    void followClock(Clock::time_point steady, WallClock::time_point wall);
     void takeLink(const FeedEntry& entry);
     void changed(size_t variable, WallClock::time_point moment);
     void takeIn();
@@ -82,7 +83,7 @@ private:
     void findChanges();
     bool differs(size_t variable) const;
     void show(Clock::time_point now);
-    void list(WallClock::time_point since);
+    void list(qint64 since);
     void tellGap(size_t track, const ValueQuality& quality, qint64 readAt);
     void showChanges();
     void showQualities(Clock::time_point now);
@@ -91,6 +92,7 @@ private:
     const project::ElementNames names_;
     const WallClock::time_point startedAt_;
     SteadyMoments moments_;
+    SetBacks setBacks_;
     std::unique_ptr<FeedReader> reader_;
     ValueFold values_;
     LineFigures figures_;
