@@ -152,6 +152,8 @@ void LiveState::takeLink(const FeedEntry& entry)
 
 void LiveState::takePlan(const PolledGeneration& plan)
 {
+    ++planGeneration_;
+    isOther_ = true;
     asked_ = askedOf(plan);
     askedOnWire_ = wireOrder(asked_).size();
     frames_ = expectedFrames(asked_);

@@ -55,7 +55,8 @@ public:
     // The number of the variable's track; none: it is no number, or not polled.
     std::optional<size_t> trackOf(size_t variable) const;
 
-    // What the controller is asked for, the requests, and what is left out.
+    // Counts plans: what the controller is asked for, the requests, and what is left out.
+    quint64 planGeneration() const { return planGeneration_; }
     const std::vector<PolledElement>& asked() const { return asked_; }
     size_t askedOnWire() const { return askedOnWire_; } // elements
     const std::vector<PlannedFrame>& frames() const { return frames_; }
@@ -124,6 +125,7 @@ private:
     bool isOther_ = false;    // something is, since the last look
     quint64 newestEvent_ = 0; // at the last look
     quint64 generation_ = 0;
+    quint64 planGeneration_ = 0;
     quint64 listedAt_ = 0;
     Clock::time_point countedAt_;
     Clock::time_point foundAt_; // changes that were not followed
