@@ -11,8 +11,7 @@ namespace tavmir::page
 struct PageLimits {
     using Ms = std::chrono::milliseconds;
 
-    int clients =
-        32; // connections at a time; the next takes an idle one's place, or is answered 503
+    int clients = 32;                      // at a time; beyond: the place of an idle one, or 503
     std::size_t headerBytes = 8 * 1024;    // of a request, with its first line; beyond: 431
     std::size_t bodyBytes = 64 * 1024;     // of a request; beyond: 413
     std::size_t frameBytes = 64 * 1024;    // of a live message from a client; beyond: closed
