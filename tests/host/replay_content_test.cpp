@@ -315,11 +315,13 @@ TEST_F(Replayed, AnotherListIsShownAsOne)
     ASSERT_TRUE(coversUntil(20000));
     goTo(5000);
     const int before = ask("variables")["generation"].toInt();
+    const int plan = ask("status")["planGeneration"].toInt();
     EXPECT_EQ(2, ask("values")["values"].toArray().size());
     goTo(15000);
     EXPECT_EQ(1, ask("variables")["variables"].toArray().size());
     EXPECT_EQ(1, ask("values")["values"].toArray().size());
     EXPECT_LT(before, ask("variables")["generation"].toInt());
+    EXPECT_LT(plan, ask("status")["planGeneration"].toInt()) << "with other requests";
 }
 
 TEST(Replay, WithoutAProjectThatCanBeReadValuesAreShownAllTheSame)

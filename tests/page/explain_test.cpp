@@ -13,6 +13,16 @@ class Why : public LivePage
 {
 protected:
     Why() { plan(); }
+    // Exchanges that ask for Main.S, until 200 ms.
+    void manyOthers()
+    {
+        for (int i = 1; i <= 20000; ++i) {
+            word(190, 3016, 3);
+            if (i % 5000 == 0) {
+                lookAt(200);
+            }
+        }
+    }
     QString step(const char* address, const char* name)
     {
         for (const QJsonValue& value : get("explain", {{"address", address}})["steps"].toArray()) {
@@ -127,6 +137,66 @@ TEST_F(Why, ItsTurnHasNotComeYet)
     EXPECT_EQ("There is no value: it has not been asked for yet, its turn in the pass comes.",
               conclusion("Main.W"));
     EXPECT_EQ("? not asked for yet: its turn will come", step("Main.W", "exchange"));
+}
+
+TEST_F(Why, ARefusalThatIsLongOverIsNotTakenForNone)
+{
+    connect(0);
+    fails(100, ExchangeEnd::exception, {{3000, 0}}, 2);
+    tell(100, FeedKind::gaveUp);
+    at(150);
+    plan({{kW, "refused, code 2 (illegal data address)"}});
+    manyOthers();
+    EXPECT_EQ("- no request for it is among the last 20000 exchanges; of the one before: the "
+              "controller refused the request: exception 2 (illegal data address)",
+              step("Main.W", "exchange"));
+    EXPECT_THAT(conclusion("Main.W"), testing::HasSubstr("the controller refuses this address"));
+}
+
+TEST_F(Why, AReadingThatIsLongOverIsNotTakenForNone)
+{
+    connect(0);
+    word(50, 3000, 7);
+    manyOthers();
+    EXPECT_EQ("? no request for it is among the last 20000 exchanges; it was read 150 ms ago",
+              step("Main.W", "exchange"));
+}
+
+TEST_F(Why, WhatWasNotSeenMayHaveAskedForIt)
+{
+    connect(0);
+    manyOthers();
+    EXPECT_EQ("? no request for it is among the last 20000 exchanges", step("Main.W", "exchange"));
+    EXPECT_EQ("There is no value: no request for it is among the last 20000 exchanges.",
+              conclusion("Main.W"));
+}
+
+TEST_F(Why, WhatIsNoLongerKeptMayHaveAskedForIt)
+{
+    options_.limits.keptBytes = 10000;
+    content_ = std::make_unique<LiveContent>(feed_, pageProject(), options_);
+    plan();
+    connect(0);
+    word(1, 3016, 3);
+    lookAt(10);
+    EXPECT_EQ("? not asked for yet: its turn will come", step("Main.W", "exchange"));
+    for (int i = 0; i < 1000; ++i) {
+        word(11, 3016, 3);
+    }
+    lookAt(20);
+    EXPECT_THAT(step("Main.W", "exchange").toStdString(),
+                testing::MatchesRegex("\\? no request for it is among the last [0-9]+ exchanges"));
+}
+
+TEST_F(Why, WhatWasMissedMayHaveAskedForIt)
+{
+    connect(0);
+    lookAt(10);
+    for (int i = 0; i < 40000; ++i) { // more than wait for the page
+        word(20, 3016, 3);
+    }
+    lookAt(30);
+    EXPECT_THAT(conclusion("Main.W"), testing::HasSubstr("no request for it is among the last"));
 }
 
 TEST_F(Why, ATextThatIsNotWholeYet)

@@ -110,6 +110,28 @@ TEST_F(LivePage, WhatIsOnlySetAsideLeavesTheListAsItIs)
     EXPECT_EQ(8 - 1, get("plan")["passElements"].toInt());
 }
 
+TEST_F(LivePage, AnotherPlanHasAnotherNumberWhichIsToldAtOnce)
+{
+    plan();
+    lookAt(10);
+    const int first = get("status")["planGeneration"].toInt();
+    lookAt(20);
+    EXPECT_EQ(first, get("status")["planGeneration"].toInt());
+    quint64 seen = content_->sequence();
+    const auto told = [&](int ms) {
+        lookAt(ms);
+        const QJsonObject message = parsed(content_->changes(seen, seen));
+        seen = content_->sequence();
+        return object(message, "status")["planGeneration"].toInt();
+    };
+    plan({{kS, "refused, code 2 (illegal data address)"}});
+    EXPECT_EQ(first + 1, told(130)) << "set aside";
+    plan();
+    EXPECT_EQ(first + 2, told(240)) << "back";
+    plan({}, 2);
+    EXPECT_EQ(first + 3, told(350)) << "another list";
+}
+
 TEST_F(LivePage, AValueGoesStaleWithItsReasonWhenTheLineIsLost)
 {
     plan();

@@ -9,8 +9,6 @@
 namespace tavmir::host
 {
 
-using std::chrono::milliseconds;
-
 namespace
 {
 
@@ -32,11 +30,6 @@ const char kProject[] = R"({
     { "address": "Main.Grid[C]" },
     { "address": "Main.S", "name": "Unsigned", "format": "unsigned" } ]
 })";
-
-WallClock::time_point wallAt(int ms)
-{
-    return WallClock::time_point(milliseconds(kWallMs + ms));
-}
 
 } // namespace
 

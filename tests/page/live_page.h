@@ -17,7 +17,8 @@
 namespace tavmir::host
 {
 
-// Wall clock at momentAt(0), milliseconds since 1970.
+// Wall clock at momentAt(0), milliseconds since 1970; it goes with the steady one until it is set
+// back.
 constexpr qint64 kWallMs = 1000000000000;
 
 // Main.Run bit 100, Main.W word 3000, Main.S signed word 3016, Main.Mode word 3032 with its bit 2,
@@ -39,6 +40,13 @@ protected:
     {
         at(ms);
         content_->look();
+    }
+
+    // The wall clock goes on so much earlier from now on.
+    void setClockBack(int ms) { setBack_ += ms; }
+    WallClock::time_point wallAt(int ms) const
+    {
+        return WallClock::time_point(std::chrono::milliseconds(kWallMs + ms - setBack_));
     }
 
     // These happen at that time.
@@ -68,6 +76,7 @@ protected:
 
     Feed feed_;
     int ms_ = 0;
+    int setBack_ = 0; // ms
     // What the page's thread seems to have had of a processor, and how much more it has each time
     // that it asks.
     std::chrono::nanoseconds processor_{0};

@@ -4,6 +4,8 @@
 
 #include "project/raw_address.h"
 
+#include <gmock/gmock.h>
+
 namespace tavmir::host
 {
 
@@ -159,6 +161,22 @@ TEST_F(Writes, NothingIsExpectedOfWhatIsNotPolled)
     EXPECT_EQ(409, post(R"({"address":"Main.Off","value":"5","expect":"7"})").status);
     EXPECT_TRUE(desk_.taken_.empty());
     EXPECT_EQ(0, post(R"({"address":"Main.Off","value":"5"})").status) << "it is under way";
+}
+
+TEST_F(Writes, ATextThatIsNotEmptyAnyMoreIsNotOverwritten)
+{
+    const std::string asked = R"({"address":"Main.Title","value":"Ada","expect":""})";
+    read(40, kReadWords, {{6000, 0}, {6016, 0}, {6032, 0}});
+    lookAt(50);
+    EXPECT_EQ(0, post(asked).status) << "it is under way";
+    read(60, kReadWords, {{6000, 0x4142}, {6016, 0}, {6032, 0}});
+    lookAt(150);
+    EXPECT_EQ(409, post(asked).status);
+    EXPECT_THAT(parsed(answer_.body)["error"].toString().toStdString(),
+                testing::MatchesRegex("Main.Title: is [AB]+ by now, not empty"));
+    EXPECT_EQ(1, desk_.taken_.size());
+    EXPECT_EQ(409, post(R"({"address":"Main.Off","value":"5","expect":""})").status)
+        << "nothing is known of it";
 }
 
 TEST_F(Writes, BadValuesAndAddressesAreRefused)

@@ -103,6 +103,7 @@ std::string ReplayContent::status() const
         facts.recent.slowRoundTripMs = msOfMicros(moment_.minute->roundTripP99);
         facts.recent.lastMinute = countsOf(*moment_.minute);
     }
+    facts.planGeneration = generation_; // it is the project's, as the list is
     facts.passElements = wireOrder(polled_).size();
     facts.passRequests = requestsPerPass(frames_);
     facts.total = &total;

@@ -48,11 +48,14 @@ FoundExchanges exchangesOf(const KeptEntries& kept, const std::vector<WireElemen
 {
     FoundExchanges found;
     const quint64 count = std::min(kept.end() - kept.begin(), kMostLookedAt);
+    found.isAll = count == kept.end() - KeptEntries::kFirst;
     for (quint64 i = 1; i <= count; ++i) {
         std::optional<FeedEntry> entry = kept.at(kept.end() - i);
+        found.isAll = found.isAll && entry.has_value();
         if (!entry || entry->kind != FeedKind::exchange) {
             continue;
         }
+        ++found.lookedThrough;
         const std::optional<WireElement> element = askedFor(entry->exchange, elements);
         if (!element) {
             continue;

@@ -8,6 +8,8 @@ namespace tavmir::host
 {
 
 struct FoundExchanges {
+    quint64 lookedThrough = 0; // exchanges
+    bool isAll = true;         // there were no others before: what is not found was never asked for
     std::optional<FeedEntry> last;
     std::optional<FeedEntry> lastGood;
     std::optional<WireElement> element; // the one that the good reply brought first

@@ -24,8 +24,8 @@ struct WhyFacts {
     QString aside;              // why it is set aside; null: it is not
     size_t parts = 1;           // elements on the wire
     size_t missingParts = 0;    // that have not come since it was shown last
-    bool wasAsked = false;      // a request for it is known
-    QString failure;            // of the last one; empty: it was answered well
+    bool wasAsked = false;      // a request for it is known, or may be out of sight
+    QString failure;            // of the last one, or that it is out of sight; empty: it went well
 };
 
 QString conclusionOf(const WhyFacts& why);

@@ -2,6 +2,7 @@
 #include "explain_exchange.h"
 
 #include "frames_json.h"
+#include "project/counted.h"
 #include "wire/frame_layout.h"
 
 namespace tavmir::host
@@ -17,22 +18,51 @@ QString msText(Clock::duration duration)
     return QString("%1 ms").arg(ms, 0, 'f', ms < 1 ? 3 : ms < 100 ? 1 : 0);
 }
 
+// Of a variable no exchange of which was found: what is known all the same.
+ExplainStep noExchangeStep(const ExplainFacts& facts, const FoundExchanges& found, size_t place)
+{
+    ExplainStep step = {"exchange", "Last exchange", std::nullopt, QString(), QString()};
+    if (!facts.values.line().isConnected()) {
+        step.ok = false;
+        step.text = "nothing is sent: " + facts.values.line().words(facts.now);
+        return step;
+    }
+    if (found.isAll) {
+        step.text = "not asked for yet: its turn will come";
+        return step;
+    }
+    step.text = outOfSight(found);
+    const std::optional<Clock::time_point> readAt = facts.values.readAt(place);
+    const ValueQuality quality = facts.values.quality(place, facts.now);
+    if (readAt) {
+        step.text += "; it was read " + agoInWords(facts, *readAt);
+    }
+    if (quality.quality == Quality::bad) {
+        step.ok = false;
+        step.text += "; of the one before: " + quality.reason;
+    }
+    return step;
+}
+
 } // namespace
+
+QString outOfSight(const FoundExchanges& found)
+{
+    return found.last || found.isAll
+               ? QString()
+               : QString("no request for it is among the last %1")
+                     .arg(project::counted(found.lookedThrough, "exchange", "exchanges"));
+}
 
 QString agoInWords(const ExplainFacts& facts, Clock::time_point moment)
 {
     return durationText(facts.now - moment) + " ago";
 }
 
-ExplainStep exchangeStep(const ExplainFacts& facts, const FoundExchanges& found)
+ExplainStep exchangeStep(const ExplainFacts& facts, const FoundExchanges& found, size_t place)
 {
-    const LineHealth& line = facts.values.line();
     if (!found.last) {
-        return {"exchange", "Last exchange",
-                line.isConnected() ? std::optional<bool>() : std::optional<bool>(false),
-                line.isConnected() ? QString("not asked for yet: its turn will come")
-                                   : "nothing is sent: " + line.words(facts.now),
-                QString()};
+        return noExchangeStep(facts, found, place);
     }
     const Exchange& exchange = found.last->exchange;
     const QString took = msText(exchange.endedAt - exchange.sentAt);

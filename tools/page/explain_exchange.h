@@ -8,10 +8,12 @@
 namespace tavmir::host
 {
 
-ExplainStep exchangeStep(const ExplainFacts& facts, const FoundExchanges& found);
-
 // place  of the variable in the polled list
+ExplainStep exchangeStep(const ExplainFacts& facts, const FoundExchanges& found, size_t place);
 ExplainStep bytesStep(const ExplainFacts& facts, const FoundExchanges& found, size_t place);
+
+// "no request for it is among the last 20000 exchanges"; null: one is, or there never was any.
+QString outOfSight(const FoundExchanges& found);
 
 // "3.2 s ago"
 QString agoInWords(const ExplainFacts& facts, Clock::time_point moment);

@@ -44,7 +44,7 @@ public:
         addStation(variable);
         request_ = sharedRequest(facts_, variable);
         add(request_.step);
-        add(exchangeStep(facts_, found_));
+        add(exchangeStep(facts_, found_, *place_));
         add(bytesStep(facts_, found_, *place_));
         addValue(variable);
         addAge();
@@ -195,7 +195,10 @@ private:
         why.aside = isAside() ? facts_.setAside.at(*place_) : QString();
         why.parts = facts_.values.parts(*place_);
         why.missingParts = facts_.values.missingParts(*place_);
-        why.wasAsked = found_.last.has_value();
+        why.wasAsked = found_.last.has_value() || !found_.isAll;
+        if (quality_.quality == Quality::never) {
+            why.failure = outOfSight(found_);
+        }
         if (found_.last && !found_.last->exchange.isGood()) {
             why.failure = endInWords(found_.last->exchange, facts_.values.line().problem());
         }

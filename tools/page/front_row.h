@@ -1,5 +1,5 @@
-// A row that grows at its end and goes at its front. An empty one has no memory beside itself, and
-// a long one hardly more than what it holds: there are very many.
+// A row that grows at its end and goes at its front, seldom at its end. An empty one has no memory
+// beside itself, and a long one hardly more than what it holds: there are very many.
 #ifndef TAVMIR_PAGE_FRONT_ROW_H
 #define TAVMIR_PAGE_FRONT_ROW_H
 
@@ -37,6 +37,15 @@ public:
             gone_ = 0;
             giveBack();
         }
+    }
+    void pop_back()
+    {
+        items_.pop_back();
+        if (empty()) {
+            items_.clear();
+            gone_ = 0;
+        }
+        giveBack();
     }
 
     // Of its memory, without what the items have elsewhere.

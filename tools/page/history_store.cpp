@@ -1,6 +1,7 @@
 // Samples packed, dropped and found again.
 #include "history_store.h"
 
+#include "packed_numbers.h"
 #include "sample_buckets.h"
 
 #include <algorithm>
@@ -13,51 +14,11 @@ namespace tavmir::host
 namespace
 {
 
-constexpr qint64 kOpen = std::numeric_limits<qint64>::max();
 constexpr size_t kBlockBytes = 480;
 constexpr size_t kLongestSample = 15; // ten bytes of time, five of the number
-// Of a piece of memory, and of its place in the lists.
-constexpr size_t kOverhead = 48;
 // What still stands is kept when it is the oldest. So many are looked at for one sample, the others
 // for the next: no sample waits for a round of all.
 constexpr int kMostKept = 16;
-
-size_t bytesOf(const HistoryGap& gap)
-{
-    return sizeof(HistoryGap) + kOverhead + 2 * static_cast<size_t>(gap.reason.size());
-}
-
-// Seven bits a byte, the lowest first; the top bit says that more follow.
-void append(std::string& bytes, quint64 number)
-{
-    for (; number >= 0x80; number >>= 7) {
-        bytes += static_cast<char>((number & 0x7F) | 0x80);
-    }
-    bytes += static_cast<char>(number);
-}
-
-quint64 take(const char*& byte)
-{
-    quint64 number = 0;
-    for (int shift = 0;; shift += 7) {
-        const auto part = static_cast<unsigned char>(*byte++);
-        number |= static_cast<quint64>(part & 0x7F) << shift;
-        if (part < 0x80) {
-            return number;
-        }
-    }
-}
-
-// Small differences as small numbers, whatever their sign.
-quint32 folded(quint32 difference)
-{
-    return difference << 1 ^ (difference >> 31 != 0 ? 0xFFFFFFFF : 0);
-}
-
-quint32 unfolded(quint32 number)
-{
-    return number >> 1 ^ ((number & 1) != 0 ? 0xFFFFFFFF : 0);
-}
 
 } // namespace
 
@@ -108,6 +69,11 @@ void HistoryStore::count(Block& block, quint32 number)
     }
 }
 
+size_t HistoryStore::bytesOf(const HistoryGap& gap)
+{
+    return sizeof(HistoryGap) + kOverhead + 2 * static_cast<size_t>(gap.reason.size());
+}
+
 void HistoryStore::addSample(size_t track, qint64 at, quint32 number)
 {
     Track& one = tracks_[track];
@@ -118,8 +84,8 @@ void HistoryStore::addSample(size_t track, qint64 at, quint32 number)
         beginBlock(track, later, number);
     } else {
         const size_t before = block.differences.capacity();
-        append(block.differences, static_cast<quint64>(later - block.lastAt));
-        append(block.differences, folded(number - block.lastNumber));
+        appendPacked(block.differences, static_cast<quint64>(later - block.lastAt));
+        appendPacked(block.differences, folded(number - block.lastNumber));
         block.lastAt = later;
         block.lastNumber = number;
         count(block, number);
@@ -245,8 +211,8 @@ void HistoryStore::each(const Track& track, qint64 from, qint64 to, Whole whole,
             }
             isThere = byte < end;
             if (isThere) {
-                at += static_cast<qint64>(take(byte));
-                number += unfolded(static_cast<quint32>(take(byte)));
+                at += static_cast<qint64>(takePacked(byte));
+                number += unfolded(static_cast<quint32>(takePacked(byte)));
             }
         }
     }

@@ -11,6 +11,7 @@
 
 #include <deque>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,10 @@ public:
     // From now on the value is not good, for this reason; or is, with a null one.
     void setGap(size_t track, qint64 at, const QString& reason);
 
+    // The clock was set back: what is kept of later times is forgotten, as these have not come yet.
+    // What stood last stands from `now` on.
+    void forgetLater(qint64 now);
+
     // From then on everything is there.
     qint64 from() const { return from_; }
     size_t bytes() const { return bytes_; }
@@ -50,6 +55,10 @@ public:
     HistoryPiece piece(size_t track, qint64 from, qint64 to, size_t points) const;
 
 private:
+    static constexpr qint64 kOpen = std::numeric_limits<qint64>::max();
+    // Of a piece of memory, and of its place in the lists.
+    static constexpr size_t kOverhead = 48;
+
     // Samples behind the first one are differences: of time, then of the number.
     struct Block {
         qint64 firstAt = 0;
@@ -74,11 +83,22 @@ private:
         size_t track;
         bool isGap;
     };
+    // So much of a track was kept of later times.
+    struct Forgotten {
+        size_t blocks = 0;
+        size_t gaps = 0;
+        std::optional<quint32> standing; // the latest of the samples
+    };
 
     void beginBlock(size_t track, qint64 at, quint32 number);
     static void count(Block& block, quint32 number);
     void dropOldest();
     void dropOldestGap(const Droppable& oldest);
+    Forgotten forgetLater(Track& track, qint64 now);
+    void forgetNewestBlock(Track& track);
+    static void cut(Block& block, qint64 now);
+    size_t forgetLaterGaps(FrontRow<HistoryGap>& gaps, qint64 now);
+    static size_t bytesOf(const HistoryGap& gap);
     static const Block& blockOf(const Track& track, size_t index);
     static size_t blocksOf(const Track& track);
     static size_t blockAt(const Track& track, qint64 moment);

@@ -27,7 +27,8 @@ public:
     // So many entries are missing here.
     void gap(quint64 missed);
 
-    // Numbers of entries: of the oldest that is kept, and of the one to come.
+    // Numbers of entries: of the first ever, of the oldest that is kept, and of the one to come.
+    static constexpr quint64 kFirst = 1;
     quint64 begin() const { return blocks_.empty() ? end_ : blocks_.front().first; }
     quint64 end() const { return end_; }
 
@@ -80,7 +81,7 @@ private:
     const size_t blockBytes_; // for packed exchanges, of a block
     size_t bytes_ = 0;        // of all blocks but the last one
     std::deque<Block> blocks_;
-    quint64 end_ = 1;
+    quint64 end_ = kFirst;
     std::optional<Block> spare_;          // one that went
     std::deque<quint64> links_;           // numbers of kept entries that tell of the connection
     std::optional<FeedEntry> connection_; // before all that are kept

@@ -67,6 +67,7 @@ std::string LiveContent::status() const
     facts.linkText = state_.values().line().words(at);
     facts.linkSince = msOf(state_.linkSince());
     facts.recent = state_.recent().at(at);
+    facts.planGeneration = state_.planGeneration();
     facts.passElements = state_.askedOnWire();
     facts.passRequests = requestsPerPass(state_.frames());
     facts.total = &state_.figures();

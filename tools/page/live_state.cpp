@@ -42,8 +42,9 @@ bool isSame(const std::vector<PolledElement>& left, const std::vector<PolledElem
 
 LiveState::LiveState(Feed& feed, const project::Project& project, const QualityRules& rules,
                      const Clocks& clocks, const LiveLimits& limits)
-    : clocks_(clocks), names_(project), startedAt_(clocks_.wall()), reader_(feed.subscribe()),
-      values_(rules), kept_(limits.keptBytes), feedEvents_(rules.controller, names_, events_),
+    : clocks_(clocks), names_(project), startedAt_(clocks_.wall()),
+      setBacks_(clocks_.steady(), startedAt_), reader_(feed.subscribe()), values_(rules),
+      kept_(limits.keptBytes), feedEvents_(rules.controller, names_, events_),
       history_(wholeMsOf(startedAt_), limits.historyBytes), linkSince_(startedAt_)
 {
 }
@@ -59,6 +60,7 @@ void LiveState::takeIn()
                       kept_.gap(missed);
                       feedEvents_.gap(missed, clocks_.wall());
                   });
+    followClock(clocks_.steady(), clocks_.wall());
 }
 
 void LiveState::keepUp()
@@ -109,6 +111,9 @@ void LiveState::show(Clock::time_point now)
 
 void LiveState::take(const FeedEntry& entry)
 {
+    if (!entry.standing) {
+        followClock(entry.at, entry.wall);
+    }
     takeLink(entry);
     figures_.take(entry);
     recent_.take(entry);
@@ -123,7 +128,7 @@ void LiveState::take(const FeedEntry& entry)
         notFollowed_ = entry.wall;
     }
     if (isList) {
-        list(generation_ == 0 ? startedAt_ : entry.wall);
+        list(generation_ == 0 ? history_.from() : wholeMsOf(entry.wall));
     }
     if (entry.kind == FeedKind::planChanged && entry.plan != plan_) {
         takePlan(*entry.plan);
@@ -147,6 +152,8 @@ void LiveState::takeLink(const FeedEntry& entry)
 
 void LiveState::takePlan(const PolledGeneration& plan)
 {
+    ++planGeneration_;
+    isOther_ = true;
     asked_ = askedOf(plan);
     askedOnWire_ = wireOrder(asked_).size();
     frames_ = expectedFrames(asked_);
@@ -157,7 +164,7 @@ void LiveState::takePlan(const PolledGeneration& plan)
 }
 
 // Other variables from now on. What is known of those that stay is kept.
-void LiveState::list(WallClock::time_point since)
+void LiveState::list(qint64 since)
 {
     const std::vector<PolledElement>& variables = values_.variables();
     ++generation_;
@@ -187,7 +194,7 @@ void LiveState::list(WallClock::time_point since)
         const auto found = tracks_.find(address);
         trackOf_[i] = found != tracks_.end() ? found->second : history_.addTrack(shape);
         if (found == tracks_.end()) {
-            history_.setGap(*trackOf_[i], wholeMsOf(since), kNotReadYet);
+            history_.setGap(*trackOf_[i], since, kNotReadYet);
         }
         history_.setShape(*trackOf_[i], shape);
         tracks_[address] = *trackOf_[i];

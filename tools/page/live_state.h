@@ -55,7 +55,8 @@ public:
     // The number of the variable's track; none: it is no number, or not polled.
     std::optional<size_t> trackOf(size_t variable) const;
 
-    // What the controller is asked for, the requests, and what is left out.
+    // Counts plans: what the controller is asked for, the requests, and what is left out.
+    quint64 planGeneration() const { return planGeneration_; }
     const std::vector<PolledElement>& asked() const { return asked_; }
     size_t askedOnWire() const { return askedOnWire_; } // elements
     const std::vector<PlannedFrame>& frames() const { return frames_; }
@@ -74,6 +75,7 @@ public:
 private:
     void take(const FeedEntry& entry);
     void takePlan(const PolledGeneration& plan);
+    void followClock(Clock::time_point steady, WallClock::time_point wall);
     void takeLink(const FeedEntry& entry);
     void changed(size_t variable, WallClock::time_point moment);
     void takeIn();
@@ -82,7 +84,7 @@ private:
     void findChanges();
     bool differs(size_t variable) const;
     void show(Clock::time_point now);
-    void list(WallClock::time_point since);
+    void list(qint64 since);
     void tellGap(size_t track, const ValueQuality& quality, qint64 readAt);
     void showChanges();
     void showQualities(Clock::time_point now);
@@ -91,6 +93,7 @@ private:
     const project::ElementNames names_;
     const WallClock::time_point startedAt_;
     SteadyMoments moments_;
+    SetBacks setBacks_;
     std::unique_ptr<FeedReader> reader_;
     ValueFold values_;
     LineFigures figures_;
@@ -122,6 +125,7 @@ private:
     bool isOther_ = false;    // something is, since the last look
     quint64 newestEvent_ = 0; // at the last look
     quint64 generation_ = 0;
+    quint64 planGeneration_ = 0;
     quint64 listedAt_ = 0;
     Clock::time_point countedAt_;
     Clock::time_point foundAt_; // changes that were not followed

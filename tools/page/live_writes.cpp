@@ -7,6 +7,16 @@
 namespace tavmir::host
 {
 
+namespace
+{
+
+QString orEmpty(const QString& text)
+{
+    return text.isEmpty() ? QString("empty") : text;
+}
+
+} // namespace
+
 void LiveContent::post(const std::string& what, const std::string& body, Done done)
 {
     if (what == "write") {
@@ -41,7 +51,7 @@ void LiveContent::write(const std::string& body, const Done& done)
     const int station = index_.stationOf(named.element);
     const std::optional<size_t> place = placeOfMemory(state_.polled(), named.element, station);
     const QString old = place ? state_.rows().text(*place) : QString();
-    if (asked.expect && *asked.expect != old) {
+    if (asked.expect && (!place || *asked.expect != old)) {
         done(problem(409, unexpected(asked, named.element, place)));
         return;
     }
@@ -66,14 +76,15 @@ QString LiveContent::unexpected(const PageWrite& asked, const project::Element& 
 {
     if (!place) {
         return QString("%1: is not polled, so whether it is %2 is not known")
-            .arg(asked.address, *asked.expect);
+            .arg(asked.address, orEmpty(*asked.expect));
     }
-    const QString shown = state_.rows().text(*place);
+    const QString shown = orEmpty(state_.rows().text(*place));
+    const QString expected = orEmpty(*asked.expect);
     if (placeOfVariable(state_.polled(), named)) {
-        return QString("%1: is %2 by now, not %3").arg(asked.address, shown, *asked.expect);
+        return QString("%1: is %2 by now, not %3").arg(asked.address, shown, expected);
     }
     return QString("%1: %2 is there, which is shown as %3, not %4")
-        .arg(asked.address, state_.polled()[*place].name, shown, *asked.expect);
+        .arg(asked.address, state_.polled()[*place].name, shown, expected);
 }
 
 void LiveContent::tell(const WireElement& element, const QString& address, const QString& name,

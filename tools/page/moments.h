@@ -61,6 +61,34 @@ private:
     std::chrono::nanoseconds offset_{0};
 };
 
+// Notices that the wall clock was set back, out of moments that were taken by both clocks at once.
+class SetBacks
+{
+public:
+    SetBacks(Clock::time_point steady, WallClock::time_point wall) : offset_(between(steady, wall))
+    {
+    }
+
+    // By how much it was since the call before; zero: it was not. Less than kLeast is a clock that
+    // is kept right, and counts as none.
+    std::chrono::nanoseconds at(Clock::time_point steady, WallClock::time_point wall)
+    {
+        const std::chrono::nanoseconds before = offset_;
+        offset_ = between(steady, wall);
+        return before - offset_ > kLeast ? before - offset_ : std::chrono::nanoseconds::zero();
+    }
+
+private:
+    static constexpr std::chrono::milliseconds kLeast{200};
+
+    static std::chrono::nanoseconds between(Clock::time_point steady, WallClock::time_point wall)
+    {
+        return wall.time_since_epoch() - steady.time_since_epoch();
+    }
+
+    std::chrono::nanoseconds offset_;
+};
+
 } // namespace tavmir::host
 
 #endif

@@ -11,11 +11,11 @@ namespace tavmir::page
 struct PageLimits {
     using Ms = std::chrono::milliseconds;
 
-    int clients = 32;                      // connections at a time; the next is answered 503
+    int clients = 32;                      // at a time; beyond: the place of an idle one, or 503
     std::size_t headerBytes = 8 * 1024;    // of a request, with its first line; beyond: 431
     std::size_t bodyBytes = 64 * 1024;     // of a request; beyond: 413
     std::size_t frameBytes = 64 * 1024;    // of a live message from a client; beyond: closed
-    std::size_t unreadBytes = 1024 * 1024; // that a client may be slow to read
+    std::size_t unreadBytes = 1024 * 1024; // that a client may have sendTime to read some of
     Ms headerTime{10 * 1000};              // for a request's header; beyond: 408
     Ms bodyTime{10 * 1000};                // for its body; beyond: 408
     Ms answerTime{120 * 1000};             // for the content to answer an order; beyond: 504

@@ -69,6 +69,7 @@ std::string statusJson(const StatusFacts& facts)
     json.key("pass").beginObject().key("ms").number(facts.recent.passMs);
     json.key("elements").whole(static_cast<qint64>(facts.passElements));
     json.key("requests").number(facts.passRequests).endObject();
+    json.key("planGeneration").whole(static_cast<qint64>(facts.planGeneration));
     json.key("roundTrip").beginObject().key("medianMs").number(facts.recent.roundTripMs);
     json.key("p99Ms").number(facts.recent.slowRoundTripMs).endObject();
     json.key("lastMinute");

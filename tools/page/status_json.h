@@ -23,6 +23,7 @@ struct StatusFacts {
     QString linkText;
     double linkSince = 0;
     RecentLine recent = RecentLine();
+    quint64 planGeneration = 0; // counts plans: another one, other requests of a pass
     size_t passElements = 0;
     double passRequests = 0;
     const LineFigures* total = nullptr;

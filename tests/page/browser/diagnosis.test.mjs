@@ -50,6 +50,19 @@ pageTest('the plan lists each request of a pass, why it ends, and what it carrie
   await row.getByText('Main.Setpoint').waitFor();
 });
 
+pageTest('the plan goes on without what the controller has come to refuse', {}, async ({ plant, page }) => {
+  const carrying = page.part('plan-request').filter({ hasText: 'Main.Setpoint' });
+  await page.openView('plan');
+  await carrying.first().waitFor();
+  await plant.controller.stop();
+  await plant.startController(['--refuse', 'Main.Setpoint=2']);
+  await carrying.first().waitFor({ state: 'detached' });
+  await page.part('plan-request').first().waitFor();
+  await plant.controller.stop();
+  await plant.startController();
+  await carrying.first().waitFor();
+});
+
 pageTest('frames are decoded with names, with their bytes on a click', {}, async ({ page }) => {
   await page.openView('frames');
   const frame = page.part('frame').filter({ hasText: 'Main.Setpoint=1500' }).first();

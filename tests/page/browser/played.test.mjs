@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
 import { PageView } from './support/page_view.mjs';
-import { PlayedHost } from './support/played_host.mjs';
+import { PlayedHost, variable } from './support/played_host.mjs';
 import { inTime } from './support/waited.mjs';
 import { watchedWindow } from './support/window.mjs';
 
@@ -34,6 +34,11 @@ function playedTest(statement, prepare, body) {
     }
   });
 }
+
+/** A plan of one request. @param {string[]} variables */
+const plan = (variables) => ({ generation: 1, hints: [], passElements: variables.length, requests: [{ number: 1, of: 1,
+  station: 1, class: 'words', function: 'read words', elements: variables.length, bytes: 20, first: variables[0],
+  last: variables[variables.length - 1], ends: 'no more elements', variables }] });
 
 playedTest('without a recording the strip says that there is none', () => {}, async (page) => {
   await page.stripSays('recording', /off/i);
@@ -103,6 +108,55 @@ playedTest('without a recent round trip the strip does not say that there never 
 }, async (page) => {
   await page.stripSays('round-trip', /–/);
   assert.doesNotMatch(await page.strip('round-trip'), /yet/);
+});
+
+playedTest('the plan is another one as soon as a variable is set aside or comes back', (host) => {
+  host.answers.plan = () => plan(['Main.Level', 'Main.Speed']);
+}, async (page, host) => {
+  await page.openView('plan');
+  await page.part('plan-request').getByText('2 variables').waitFor();
+  host.answers.plan = () => plan(['Main.Level']);
+  host.status.planGeneration = 2;
+  await page.part('plan-request').getByText('1 variable', { exact: true }).waitFor();
+});
+
+playedTest('what is dropped is said to be late, duplicate or foreign', (host) => {
+  host.status.lastMinute.late = 3;
+}, async (page) => {
+  await page.stripSays('late', /3/);
+  const cell = page.part('strip-late').locator('xpath=..');
+  assert.match(await cell.innerText(), /dropped/i);
+  assert.match(await cell.getAttribute('title') ?? '', /^Late, duplicate or foreign replies dropped: 3 in the last/);
+});
+
+playedTest('a write over an empty text expects it to be empty still', (host) => {
+  host.variables[0] = variable(0, 'Main.Level', { type: 'text', format: 'text' });
+  host.answers.write = () => ({ outcome: 'done', text: 'done', old: '', readBack: null });
+}, async (page, host) => {
+  host.values[0] = [0, '', null, 'good', '', Date.now(), Date.now()];
+  await page.until('Main.Level', ({ text }) => text === '');
+  await page.write('Main.Level', 'Ada');
+  assert.deepEqual(host.posted.map(({ body }) => body), [{ address: 'Main.Level', value: 'Ada', expect: '' }]);
+});
+
+playedTest('a write over a value that was never read expects nothing', (host) => {
+  host.answers.write = () => ({ outcome: 'done', text: 'done', old: null, readBack: null });
+}, async (page, host) => {
+  host.values[0] = [0, '–', null, 'never', 'no reply yet', null, null];
+  await page.until('Main.Level', ({ quality }) => quality === 'never');
+  await page.write('Main.Level', '7');
+  assert.deepEqual(host.posted.map(({ body }) => body), [{ address: 'Main.Level', value: '7' }]);
+});
+
+playedTest('an event that is earlier by the clock than the one before has no time behind it', (host) => {
+  const at = Date.now();
+  const event = { kind: 'write', text: 'written', variable: null, address: null, bad: false };
+  host.events = [{ ...event, id: 1, at }, { ...event, id: 2, at: at - 3_600_000 }, { ...event, id: 3, at }];
+}, async (page) => {
+  await page.openView('events');
+  await page.part('event').nth(2).waitFor();
+  const after = await page.tab.locator('[data-test="event"] .list-after').allInnerTexts();
+  assert.deepEqual(after, ['+60 min 0 s', '', '']);
 });
 
 playedTest('of a running host the age of each reading stands beside the value', () => {}, async (page) => {

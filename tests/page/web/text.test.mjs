@@ -1,7 +1,7 @@
 // Ages, lengths, numbers, qualities, bytes and CSV as text.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { age, length } from '../../../tools/page/web/app/text/ages.js';
+import { after, age, length } from '../../../tools/page/web/app/text/ages.js';
 import { csv } from '../../../tools/page/web/app/text/csv.js';
 import { hexLines } from '../../../tools/page/web/app/text/hex.js';
 import { bytes, counted, number } from '../../../tools/page/web/app/text/numbers.js';
@@ -26,6 +26,10 @@ test('an age grows from seconds to days', () => {
 test('a length keeps three to four digits', () => {
   assert.deepEqual([0.42, 12.34, 250.4, 1500, 60000, 185000].map(length),
     ['0.42 ms', '12.3 ms', '250 ms', '1.500 s', '60.00 s', '3 min 5 s']);
+});
+
+test('what was not later by the clock has no time behind what was before', () => {
+  assert.deepEqual([250.4, 0, -3600000, -5].map(after), ['+250 ms', '+0.00 ms', '', '']);
 });
 
 test('whole numbers stand in full, others in seven digits', () => {

@@ -29,7 +29,8 @@ export function wellStatus() {
     now, program: 'tavmir-host', version: '9.9', project: 'played.json', epoch: 'one', startedAt: now - 60_000,
     controller: '127.0.0.1:5020',
     link: { state: 'connected', text: 'connected to 127.0.0.1:5020', since: now - 60_000 },
-    pass: { ms: 100, elements: 2, requests: 1 }, roundTrip: { medianMs: 0.4, p99Ms: 1.5 },
+    pass: { ms: 100, elements: 2, requests: 1 }, planGeneration: 1,
+    roundTrip: { medianMs: 0.4, p99Ms: 1.5 },
     lastMinute: { ...noFaults }, total: { ...noFaults },
     writes: { allowed: true, only: null, text: 'on' }, recording: null, missed: 0,
     history: { from: now - 60_000, bytes: 1e6, limitBytes: 64e6 }, replay: null,
@@ -46,6 +47,7 @@ export class PlayedHost {
   status = wellStatus();
   /** @type {Variable[]} */ variables = [variable(0, 'Main.Level'), variable(1, 'Main.Speed')];
   /** @type {ValueRow[]} */ values = [];
+  /** @type {import('../../../../tools/page/web/app/feed/messages.js').PageEvent[]} */ events = [];
   /** With which HTTP status, where it is another one than 200. @type {Record<string, number>} */
   statuses = {};
 
@@ -105,7 +107,7 @@ export class PlayedHost {
     const now = Date.now();
     const status = { ...this.status, now };
     const message = { kind, epoch: 'one', sequence: this.#sequence, now, generation: 1, status,
-      values: this.values, events: [] };
+      values: this.values, events: this.events };
     return JSON.stringify(kind === 'snapshot' ? { ...message, variables: this.variables } : message);
   }
 

@@ -1,5 +1,5 @@
 // What happened, newest first: filtered, with the time to the one before.
-import { clockTime, length } from '../text/ages.js';
+import { after, clockTime } from '../text/ages.js';
 import { element, make, setAttribute, setText, show } from '../view/dom.js';
 import { VirtualRows } from '../view/virtual_rows.js';
 
@@ -21,7 +21,7 @@ const KIND_WORDS = {
   connected: 'connected', connectFailed: 'connect failed', connectionLost: 'connection lost', closed: 'closed',
   timeout: 'time-out', exception: 'exception', gaveUp: 'gave up', late: 'late', stray: 'stray',
   framesDropped: 'frames dropped', write: 'write', read: 'read', planChanged: 'plan changed', setAside: 'set aside',
-  back: 'back', gap: 'gap', storage: 'storage',
+  back: 'back', gap: 'gap', storage: 'storage', clock: 'clock set back',
 };
 
 /** @returns {{root: HTMLElement, parts: EventParts}} */
@@ -110,7 +110,7 @@ export class EventsView {
     if (!event) return;
     const before = this.#listed[place + 1];
     setText(parts.time, clockTime(event.at, true));
-    setText(parts.after, before ? `+${length(event.at - before.at)}` : '');
+    setText(parts.after, before ? after(event.at - before.at) : '');
     setText(parts.kind, `${event.bad ? '✕' : '·'} ${KIND_WORDS[event.kind] ?? event.kind}`);
     setText(parts.text, event.text);
     setAttribute(root, 'title', event.text);

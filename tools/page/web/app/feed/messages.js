@@ -56,6 +56,7 @@
  * @property {string} controller
  * @property {{state: LinkWord, text: string, since: number|null}} link
  * @property {{ms: number|null, elements: number, requests: number}} pass
+ * @property {number} planGeneration another one: other requests of a pass
  * @property {{medianMs: number|null, p99Ms: number|null}} roundTrip
  * @property {Faults} lastMinute
  * @property {Faults} total

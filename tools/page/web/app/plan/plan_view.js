@@ -15,13 +15,13 @@ export class PlanView {
   #store;
   #pane = element('plan', HTMLElement);
   #shown = false;
-  /** Epoch and generation of the plan that is shown. */
+  /** Which plan is shown: epoch, generation of the list, and of the plan. */
   #known = '';
 
   /** @param {Store} store */
   constructor(store) {
     this.#store = store;
-    store.on(['variables', 'link'], () => this.#ask());
+    store.on(['variables', 'link', 'status'], () => this.#ask());
   }
 
   /** @param {boolean} shown */
@@ -36,13 +36,15 @@ export class PlanView {
   }
 
   async #ask() {
-    const { epoch, generation, link } = this.#store;
-    const wanted = `${epoch} ${generation}`;
+    const { epoch, generation, status, link } = this.#store;
+    const wanted = `${epoch} ${generation} ${status?.planGeneration}`;
     if (!this.#shown || link !== 'live' || wanted === this.#known) return;
     this.#known = wanted;
     try {
-      this.#draw(await get('plan'));
+      const plan = await get('plan');
+      if (wanted === this.#known) this.#draw(plan);
     } catch (problem) {
+      if (wanted !== this.#known) return; // a newer one is asked for
       this.#known = '';
       const words = problem instanceof Error ? problem.message : String(problem);
       this.#pane.replaceChildren(make('p', { class: 'empty', text: `No plan: ${words}` }));

@@ -22,7 +22,7 @@ const CELLS = [
   faults('timeouts', 'Time-outs'),
   faults('retries', 'Retries'),
   faults('giveUps', 'Give-ups'),
-  faults('late', 'Late'),
+  faults('late', 'Dropped', 'Late, duplicate or foreign replies dropped'),
   faults('exceptions', 'Exceptions'),
   { name: 'connections', label: 'Lost · failed', says: connections },
   { name: 'missed', label: 'Missed', says: missed },
@@ -88,8 +88,9 @@ function roundTrip({ roundTrip: { medianMs, p99Ms } }) {
 /**
  * @param {keyof Faults} name
  * @param {string} label
+ * @param {string} [words] what is counted, in full
  */
-function faults(name, label) {
+function faults(name, label, words = label) {
   return {
     name,
     label,
@@ -99,8 +100,8 @@ function faults(name, label) {
      */
     says({ lastMinute, total, replay }) {
       const title = replay
-        ? `${label}: ${lastMinute[name]} in this minute of the recording, ${total[name]} from its begin until then`
-        : `${label}: ${lastMinute[name]} in the last minute, ${total[name]} since the start`;
+        ? `${words}: ${lastMinute[name]} in this minute of the recording, ${total[name]} from its begin until then`
+        : `${words}: ${lastMinute[name]} in the last minute, ${total[name]} since the start`;
       const mood = lastMinute[name] > 0 ? 'bad' : 'off';
       return { text: String(lastMinute[name]), sub: `of ${total[name]}`, mood, title };
     },

@@ -31,6 +31,14 @@ export function length(ms) {
 }
 
 /**
+ * How much later something was: "+250 ms". Nothing when it was not: the clock was set back in between.
+ * @param {number} ms
+ */
+export function after(ms) {
+  return ms < 0 ? '' : `+${length(ms)}`;
+}
+
+/**
  * @param {number} number
  * @param {number} digits
  */

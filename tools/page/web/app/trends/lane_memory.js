@@ -27,6 +27,8 @@ export class LaneMemory {
   #heldEvents = [];
   #asked = 0;
   #busy = false;
+  /** Counts other times: an answer of an earlier one is none of this one. */
+  #times = 0;
   /** Why nothing can be shown of the past; empty when it can. */
   problem = '';
 
@@ -46,6 +48,7 @@ export class LaneMemory {
    */
   reset(now) {
     this.letGo();
+    this.#times += 1;
     this.#live = emptySeries(now);
     this.#covered = now;
   }
@@ -56,8 +59,9 @@ export class LaneMemory {
    * @param {number} now
    */
   async load(span, now) {
+    const mine = this.#times;
     const more = await this.#ask(now - span * (1 + MARGIN), now, POINTS);
-    if (!more) return;
+    if (!more || mine !== this.#times) return;
     this.#covered = more.series.to;
     const before = this.#live;
     this.#live = withNewer(more.series, before);
@@ -76,8 +80,9 @@ export class LaneMemory {
     }
     const from = this.#covered - OVERLAP_MS;
     const points = Math.max(4, Math.min(2000, Math.ceil(((now - from) / span) * POINTS)));
+    const mine = this.#times;
     const more = await this.#ask(from, now, points);
-    if (!more) return;
+    if (!more || mine !== this.#times) return;
     this.#live = withNewer(merged(this.#live, more.series), this.#live, more.series.to);
     this.#covered = more.series.to;
   }

@@ -29,8 +29,8 @@ export class WriteDialog {
   #variable = null;
   /** @type {Stage} */
   #stage = 'enter';
-  /** The value that the user saw when asked to confirm. */
-  #expected = '';
+  /** The value that the user saw when asked to confirm; null: none was ever read. @type {string|null} */
+  #expected = null;
   #asked = 0;
   #dialog = element('write', HTMLDialogElement);
   #title = element('write-title', HTMLElement);
@@ -126,7 +126,7 @@ export class WriteDialog {
       return;
     }
     const row = this.#store.values[this.#variable.index];
-    this.#expected = row[3] === 'never' ? '' : row[1];
+    this.#expected = row[3] === 'never' ? null : row[1];
     const { quality, word } = look(row, this.#store.link === 'live');
     const doubt = quality === 'good' ? '' : ` (${word})`;
     setText(this.#question, `${this.#variable.address}: from ${valueText(row)}${doubt} to ${this.#new.value}?`);
@@ -143,7 +143,7 @@ export class WriteDialog {
     const body = { address: variable.address, value: this.#new.value };
     try {
       /** @type {WriteAnswer} */
-      const answer = await post('write', this.#expected === '' ? body : { ...body, expect: this.#expected });
+      const answer = await post('write', this.#expected === null ? body : { ...body, expect: this.#expected });
       if (mine === this.#asked) this.#ended(variable, answer);
     } catch (problem) {
       if (mine === this.#asked) this.#failed(problem);
