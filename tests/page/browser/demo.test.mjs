@@ -3,11 +3,14 @@ import assert from 'node:assert/strict';
 import { join } from 'node:path';
 import { test } from 'node:test';
 
-import { root } from './support/machine.mjs';
+import { build, root } from './support/machine.mjs';
 import { PageView } from './support/page_view.mjs';
 import { Program } from './support/program.mjs';
 import { inTime } from './support/waited.mjs';
 import { watchedWindow } from './support/window.mjs';
+
+// What was built is taken as it is.
+process.env.TAVMIR_BUILD = build;
 
 test('./demo --page prints the address of a page with live values, and Ctrl-C ends all of it', async () => {
   const demo = new Program(join(root, 'demo'), ['--page']);

@@ -5,7 +5,7 @@ import { delimiter, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 export const root = fileURLToPath(new URL('../../../../', import.meta.url));
-const build = process.env.TAVMIR_BUILD ?? join(root, 'build/default');
+export const build = process.env.TAVMIR_BUILD ?? join(root, 'build/default');
 
 export const controllerFile = join(build, 'tools/controller/tavmir-controller');
 export const hostFile = join(build, 'tools/host/tavmir-host');
