@@ -89,18 +89,6 @@ QString Recorder::open()
     return QString();
 }
 
-std::vector<EventRow> Recorder::beginningAfter(const std::vector<Member>& before, Micros now) const
-{
-    std::vector<EventRow> events;
-    const Micros earlier = before.empty() ? 0 : covered_.untilOf(before.back().number);
-    if (earlier > 0 && earlier < now) {
-        events.push_back(
-            {earlier, now, event_kind::kGap, QString(), "no program recorded into this folder"});
-    }
-    events.push_back({now, 0, event_kind::kBegan, facts_.controller, facts_.program});
-    return events;
-}
-
 void Recorder::start(host::Feed& feed)
 {
     reader_ = feed.subscribe();

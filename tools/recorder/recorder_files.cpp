@@ -43,6 +43,20 @@ bool Recorder::beginFile(Clock::time_point now, const std::vector<EventRow>& eve
     return true;
 }
 
+// What is told at the beginning of the first one: since when nobody recorded, and that this program
+// does.
+std::vector<EventRow> Recorder::beginningAfter(const std::vector<Member>& before, Micros now) const
+{
+    std::vector<EventRow> events;
+    const Micros earlier = before.empty() ? 0 : covered_.untilOf(before.back().number);
+    if (earlier > 0 && earlier < now) {
+        events.push_back(
+            {earlier, now, event_kind::kGap, QString(), "no program recorded into this folder"});
+    }
+    events.push_back({now, 0, event_kind::kBegan, facts_.controller, facts_.program});
+    return events;
+}
+
 // To the next file.
 //   event  why, when it is not because this one is full: the clock was set
 void Recorder::turnTo(const QString& event, Clock::time_point now)
