@@ -135,14 +135,6 @@ TEST_F(RecordingReaderTest, TheLastEventsComeInTheirOrderAndNotMoreThanAsked)
     EXPECT_EQ(reader->lastEvents(momentOf(4000), 100).size(), 2u);
 }
 
-TEST_F(RecordingReaderTest, HowTheLineWasIsFoundInEarlierFilesToo)
-{
-    const std::optional<EventRow> event = reader->lastLineEvent(momentOf(24000));
-    ASSERT_TRUE(event.has_value());
-    EXPECT_EQ(event->kind, event_kind::kBegan);
-    EXPECT_FALSE(reader->lastLineEvent(momentOf(-1)).has_value());
-}
-
 TEST_F(RecordingReaderTest, OnlyFilesOfTheTimeAreLookedAt)
 {
     const auto begins = [this](qint64 from, qint64 until) {

@@ -97,7 +97,7 @@ private:
     qint64 at_ = 0;
 };
 
-// Times in which there is no good value; what was not recorded hides what else was the matter.
+// Times in which there is no good value.
 class PastGaps
 {
 public:
@@ -106,21 +106,6 @@ public:
         if (from < to) {
             gaps_.push_back({from, to, reason});
         }
-    }
-
-    void cut(recorder::Micros from, recorder::Micros to)
-    {
-        std::vector<Gap> kept;
-        for (const Gap& gap : gaps_) {
-            const Gap before = {gap.from, std::min(gap.to, from), gap.reason};
-            const Gap after = {std::max(gap.from, to), gap.to, gap.reason};
-            for (const Gap& part : {before, after}) {
-                if (part.from < part.to) {
-                    kept.push_back(part);
-                }
-            }
-        }
-        gaps_ = kept;
     }
 
     std::vector<HistoryGap> joined()

@@ -81,7 +81,7 @@ PageEvent pageEvent(const EventRow& row)
     event.bad = (kind != nullptr && kind->isBad) || isOperationNotDone(row);
     if (kind != nullptr && kind->isOfVariable && !row.subject.isEmpty()) {
         event.variable = row.subject;
-        event.address = row.subject;
+        event.address = row.address.isEmpty() ? QString() : row.address;
     }
     return event;
 }

@@ -32,16 +32,18 @@ public:
     {
     }
 
-    void take(RecordingPart& part)
+    // Of each file once.
+    void takeEvents(RecordingPart& part)
     {
-        const Micros from = std::max({span_.from, part.began(), covered_});
-        const Micros until = std::min(span_.until, part.coveredUntil());
         for (const recorder::EventRow& row : part.events(span_.from, span_.until, kMostEvents)) {
             addEvent(row);
         }
-        if (from >= until) {
-            return;
-        }
+    }
+
+    // What the file knows of the piece, which lies behind those before.
+    void take(RecordingPart& part, TimeSpan piece)
+    {
+        const auto [from, until] = piece;
         gaps_.add(covered_, from, recorder::kNotRecorded);
         covered_ = until;
         const auto& variables = part.variables();
@@ -55,12 +57,6 @@ public:
         }
         takeValues(part, found->id, from, until);
         takeQualities(part, found->id, from, until);
-        for (const recorder::EventRow& gap : part.gaps()) {
-            const Micros begin = std::max(gap.at, from);
-            const Micros end = std::min(gap.until, until);
-            gaps_.cut(begin, end);
-            gaps_.add(begin, end, recorder::kNotRecorded);
-        }
     }
 
     HistoryPiece end()
@@ -78,7 +74,7 @@ private:
     void addEvent(const recorder::EventRow& row)
     {
         const PageEvent event = pageEvent(row);
-        if (event.address.isNull() || event.address == address_) {
+        if (event.variable.isNull() || event.address == address_) {
             piece_.events.push_back(event);
         }
     }
@@ -136,9 +132,11 @@ HistoryPiece RecordedPast::history(const QString& address, qint64 from, qint64 t
         return fold.end();
     }
     reader->partsWithin(span, [&](RecordingPart& part) {
-        fold.take(part);
+        fold.takeEvents(part);
         return true;
     });
+    reader->piecesWithin(span,
+                         [&](RecordingPart& part, TimeSpan piece) { fold.take(part, piece); });
     HistoryPiece piece = fold.end();
     piece.oldest = reader->begin() / kMillisecond;
     return piece;

@@ -103,7 +103,13 @@ void ReplayContent::look()
 
 bool ReplayContent::isSameList(const ReplayMoment& moment) const
 {
+    const auto isSameName = [](const auto& one, const auto& other) {
+        return one.first == other.first;
+    };
+    const auto& asides = moment.past.asides();
+    const auto& before = moment_.past.asides();
     return moment.project == moment_.project &&
+           std::equal(asides.begin(), asides.end(), before.begin(), before.end(), isSameName) &&
            std::equal(
                moment.values.begin(), moment.values.end(), moment_.values.begin(),
                moment_.values.end(),
@@ -136,7 +142,8 @@ void ReplayContent::show(const ReplayMoment& moment, bool isJump)
     }
 }
 
-// Other variables from now on; of their requests as much is known as the recorded project says.
+// Other variables from now on, or others of them are set aside; of their requests as much is known
+// as the recorded project says.
 void ReplayContent::showList()
 {
     ++generation_;
@@ -147,7 +154,8 @@ void ReplayContent::showList()
     }
     polled_.clear();
     for (const PolledElement& one : polledElements(moment_.project->project)) {
-        if (addresses.count(project::shownAddress(one.element)) > 0) {
+        const bool isAside = moment_.past.isAside(one.name) == recorder::WhetherAside::yes;
+        if (!isAside && addresses.count(project::shownAddress(one.element)) > 0) {
             polled_.push_back(one);
         }
     }

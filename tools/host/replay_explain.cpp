@@ -95,10 +95,7 @@ private:
         const ValueQuality quality = qualityThen(standing, moment_.isRecorded);
         name_ = value.variable.name;
         add("resolved", "Address", true, describe(value.variable));
-        add("polled", "Polled", true,
-            QString("variable %1 of %2 in the list that was polled at this moment")
-                .arg(place + 1)
-                .arg(moment_.values.size()));
+        addPolled(value, place, quality);
         add("station", "Station", std::nullopt,
             QString("it was asked for at station %1; a recording does not say whether the station "
                     "was switched off")
@@ -111,6 +108,31 @@ private:
                 ? QString(qualityWord(quality.quality))
                 : QString("%1: %2").arg(qualityWord(quality.quality), quality.reason));
         conclude(value, quality);
+    }
+
+    void addPolled(const RecordedValueAt& value, size_t place, const ValueQuality& quality)
+    {
+        const QString where =
+            QString("variable %1 of %2").arg(place + 1).arg(moment_.values.size());
+        const recorder::WhetherAside whether = moment_.past.isAside(value.variable.name);
+        if (const recorder::AsidePast* aside = asideOf(value)) {
+            add("polled", "Polled", false,
+                QString("set aside %1: %2; it was tried again now and then")
+                    .arg(sinceWords(aside->since, moment_.at), aside->why));
+        } else if (whether == recorder::WhetherAside::no || quality.quality == Quality::good) {
+            add("polled", "Polled", true, where + " in the list that was polled at this moment");
+        } else {
+            add("polled", "Polled", std::nullopt,
+                where + " in the list of this moment; what is recorded does not say whether it "
+                        "was set aside");
+        }
+    }
+
+    // Null: it was not set aside, or nothing says it.
+    const recorder::AsidePast* asideOf(const RecordedValueAt& value) const
+    {
+        const auto found = moment_.past.asides().find(value.variable.name);
+        return found != moment_.past.asides().end() ? &found->second : nullptr;
     }
 
     void addSample(const RecordedValueAt& value)
@@ -147,6 +169,13 @@ private:
             quality.quality == Quality::never
                 ? QString("At this moment there was no value yet")
                 : QString("At this moment it was %1").arg(qualityWord(quality.quality));
+        const recorder::AsidePast* aside = asideOf(value);
+        if (aside != nullptr && quality.quality != Quality::unconfirmed && line_.isUp != false) {
+            conclusion_ = QString("%1: the controller refused this address by itself (%2), so it "
+                                  "was tried only now and then (so %3).")
+                              .arg(what, aside->why, sinceWords(aside->since, moment_.at));
+            return;
+        }
         const ValueQuality& told = value.standing.quality;
         conclusion_ =
             told.reason.isEmpty()

@@ -4,6 +4,7 @@
 #include "project/project_reader.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace tavmir::host
 {
@@ -47,19 +48,24 @@ std::unique_ptr<ReplayReader> ReplayReader::open(const QString& folder, QString&
     }
     std::unique_ptr<ReplayReader> reader(new ReplayReader(std::move(recording)));
     reader->coverage_ = span;
+    reader->oldest_ = reader->reader_->oldest();
     reader->takeMinutes(span);
     return reader;
 }
 
 TimeSpan ReplayReader::coverage()
 {
-    const std::unique_ptr<RecordingPart> newest = reader_->newestPart();
-    if (newest) {
+    const quint64 oldest = reader_->oldest();
+    if (oldest != oldest_) { // with it may have gone what began first, or ended last
+        const TimeSpan left = reader_->coverage();
+        coverage_ = left.from < left.until ? left : coverage_;
+        oldest_ = oldest;
+    }
+    if (const std::unique_ptr<RecordingPart> newest = reader_->newestPart()) {
+        coverage_.from = std::min(coverage_.from, newest->began());
         coverage_.until = std::max(coverage_.until, newest->coveredUntil());
         takeMinutes({newest->began(), newest->coveredUntil()});
     }
-    const Micros begin = reader_->begin();
-    coverage_.from = begin > 0 ? std::min(begin, coverage_.until) : coverage_.from;
     return coverage_;
 }
 
@@ -99,10 +105,39 @@ void ReplayReader::addMinutes(ReplayMoment& moment) const
             break;
         }
         addTo(moment.total, row);
-        if (moment.at <= row.until) {
-            moment.minute = row;
-        }
     }
+}
+
+// What the events say that were recorded before the moment: those of its file until then, and of
+// the files before, which lie at later times where the clock was set back.
+recorder::EventFold ReplayReader::pastOf(RecordingPart& part, Micros at)
+{
+    recorder::EventFold fold;
+    quint64 next = 0;
+    const auto take = [&fold](RecordingPart& one, Micros until) {
+        for (const recorder::EventRow& row : one.eventsOf(recorder::EventFold::kinds(), until)) {
+            fold.take(row);
+        }
+    };
+    const bool isKnown = carriedInto_.count(part.number()) > 0;
+    const auto carry = [&](RecordingPart& one) {
+        if (next != one.number()) {
+            fold.miss();
+        }
+        fold = carriedInto_.emplace(one.number(), fold).first->second;
+        next = one.number() + 1;
+        const bool isBefore = one.number() < part.number();
+        if (isBefore && carriedInto_.count(next) == 0) {
+            take(one, std::numeric_limits<Micros>::max());
+        }
+        return isBefore;
+    };
+    if (!isKnown) {
+        reader_->parts(carry);
+    }
+    fold = carriedInto_[part.number()];
+    take(part, at);
+    return fold;
 }
 
 ReplayMoment ReplayReader::at(Micros at)
@@ -116,9 +151,12 @@ ReplayMoment ReplayReader::at(Micros at)
         moment.controller = part->about("controller");
         moment.project = projectOf(*part);
         moment.values = RecordingReader::valuesAt(*part, at);
+        moment.past = pastOf(*part, at);
+        for (const MinuteRow& row : part->minutes(at - 1, at + 1)) {
+            moment.minute = row;
+        }
     }
     moment.events = reader_->lastEvents(at, kEvents);
-    moment.line = reader_->lastLineEvent(at);
     addMinutes(moment);
     return moment;
 }

@@ -3,6 +3,7 @@
 #define TAVMIR_HOST_REPLAY_READER_H
 
 #include "project/project_model.h"
+#include "recorder/event_fold.h"
 #include "recorder/recording_reader.h"
 
 #include <map>
@@ -27,7 +28,7 @@ struct ReplayMoment {
     std::shared_ptr<const ReplayProject> project; // never null
     std::vector<recorder::RecordedValueAt> values;
     std::vector<recorder::EventRow> events;    // the last ones until then
-    std::optional<recorder::EventRow> line;    // the last one that says how the line was
+    recorder::EventFold past;                  // what those that were recorded before it say
     std::optional<recorder::MinuteRow> minute; // the one it lies in
     recorder::MinuteRow total;                 // of all minutes until then, that one included
 };
@@ -51,11 +52,14 @@ private:
     {
     }
     void takeMinutes(recorder::TimeSpan span);
+    recorder::EventFold pastOf(recorder::RecordingPart& part, recorder::Micros at);
     std::shared_ptr<const ReplayProject> projectOf(recorder::RecordingPart& part);
     void addMinutes(ReplayMoment& moment) const;
 
     std::unique_ptr<recorder::RecordingReader> reader_;
     recorder::TimeSpan coverage_;
+    quint64 oldest_ = 0;                                 // file of the coverage
+    std::map<quint64, recorder::EventFold> carriedInto_; // where the file of the number begins
     std::map<recorder::Micros, recorder::MinuteRow> minutes_;
     recorder::Micros projectOf_ = -1; // where the file of the project below begins
     QByteArray projectBytes_;

@@ -4,6 +4,8 @@
 #include "page/json_writer.h"
 #include "recorder/state_words.h"
 
+#include <algorithm>
+
 namespace tavmir::host
 {
 
@@ -57,6 +59,14 @@ std::optional<Range> rangeOf(const RecordedVariable& variable)
 
 } // namespace
 
+QString sinceWords(recorder::Micros since, recorder::Micros at, bool isOrBefore)
+{
+    if (since > at) {
+        return "since before the clock was set back";
+    }
+    return QString("since %1%2").arg(recorder::momentText(since), isOrBefore ? " or before" : "");
+}
+
 ValueQuality qualityThen(const recorder::Standing& standing, bool isRecorded)
 {
     ValueQuality quality = standing.quality;
@@ -76,20 +86,22 @@ ValueQuality qualityThen(const recorder::Standing& standing, bool isRecorded)
 LineThen lineThen(const ReplayMoment& moment)
 {
     LineThen line;
-    if (!moment.isRecorded || !moment.line) {
+    if (!moment.isRecorded || !moment.past.line()) {
         line.state = "lost";
         line.words = recorder::kNotRecorded;
         return line;
     }
-    const EventRow& event = *moment.line;
-    line.since = static_cast<double>(event.at) / 1000;
+    const recorder::LinePast& past = *moment.past.line();
+    const EventRow& event = past.last;
+    line.since = static_cast<double>(std::min(past.since, moment.at)) / 1000;
     for (const LineWords& one : kLines) {
         if (event.kind != one.kind) {
             continue;
         }
         line.state = one.state;
         line.isUp = one.isUp;
-        line.words = QString("%1, since %2").arg(one.words, recorder::momentText(event.at));
+        line.words =
+            QString("%1, %2").arg(one.words, sinceWords(past.since, moment.at, past.isSinceOr));
     }
     if (!line.isUp.value_or(true) && !event.text.isEmpty() && event.kind != event_kind::kBegan) {
         line.words += ": " + event.text;

@@ -55,6 +55,9 @@ struct EventRow {
     QString kind;
     QString subject; // a variable, or the controller; may be empty
     QString text;
+    // Read back: of the variable that it is about; empty: about none, or one that the file does
+    // not know.
+    QString address{};
 };
 
 // What happened on the line within a minute, or the part of it that was recorded.

@@ -36,20 +36,13 @@ std::string pathOf(const QString& folder)
     return path;
 }
 
-// Until when an earlier file says that it covers; 0: it does not.
-Micros coveredBy(const Member& member)
-{
-    QString ignored;
-    const auto database = Database::open(member.path, Database::Mode::read, ignored);
-    return database ? database->number("SELECT value FROM about WHERE key = 'covered_until'") : 0;
-}
-
 } // namespace
 
 Recorder::Recorder(const RecorderOptions& options, const FileFacts& facts,
-                   const host::QualityRules& rules, Tell tell)
+                   const host::QualityRules& rules, Tell tell, WallNow wall)
     : options_(options), folder_(pathOf(options.folder)), facts_(facts), tell_(std::move(tell)),
-      recording_(rules, std::chrono::milliseconds(options.everyMs), RecordingClock())
+      wall_(std::move(wall)),
+      recording_(rules, std::chrono::milliseconds(options.everyMs), clockNow())
 {
     state_.folder = options.folder;
     state_.limit = options.limitBytes;
@@ -85,25 +78,15 @@ QString Recorder::open()
     if (!before.empty()) {
         nextNumber_ = before.back().number + 1;
     }
+    covered_.read(before);
     const Clock::time_point now = Clock::now();
-    recording_.setClock(RecordingClock(), now);
+    coveredAt_ = now;
+    recording_.setClock(clockNow(), now);
     if (!beginFile(now, beginningAfter(before, recording_.clock().at(now)))) {
         return QString("cannot record into %1: %2").arg(options_.folder, state_.problem);
     }
     publish();
     return QString();
-}
-
-std::vector<EventRow> Recorder::beginningAfter(const std::vector<Member>& before, Micros now) const
-{
-    std::vector<EventRow> events;
-    const Micros earlier = before.empty() ? 0 : coveredBy(before.back());
-    if (earlier > 0 && earlier < now) {
-        events.push_back(
-            {earlier, now, event_kind::kGap, QString(), "no program recorded into this folder"});
-    }
-    events.push_back({now, 0, event_kind::kBegan, facts_.controller, facts_.program});
-    return events;
 }
 
 void Recorder::start(host::Feed& feed)
@@ -193,7 +176,7 @@ void Recorder::commit(Clock::time_point now)
     if (!state_.isOn()) {
         retry(now);
     } else if (write(now)) {
-        const Micros drift = recording_.clock().drift(Clock::now(), host::WallClock::now());
+        const Micros drift = recording_.clock().drift(Clock::now(), wall_());
         if (std::abs(drift) > kMostDrift) {
             turnTo(QString("the clock was set %1 by %2 s, or the machine slept")
                        .arg(drift < 0 ? "back" : "ahead")
@@ -222,7 +205,8 @@ bool Recorder::write(Clock::time_point now)
         fail(isThere ? file_->problem() : QString("its file is gone"), now);
         return false;
     }
-    coveredUntil_ = until;
+    covered_.tell(nextNumber_ - 1, until);
+    coveredAt_ = now;
     const std::lock_guard<std::mutex> lock(mutex_);
     state_.samples += batch.samples.size();
     return true;
@@ -241,17 +225,17 @@ void Recorder::retry(Clock::time_point now)
         file_.reset();
     }
     if (!file_) {
-        recording_.setClock(RecordingClock(), now);
+        recording_.setClock(clockNow(), now);
         if (!beginFile(now, {})) {
             return;
         }
     }
+    const Micros coveredBefore = recording_.clock().at(coveredAt_);
     const Micros until = recording_.clock().at(now);
     recording_.tellAll(now);
-    recording_.add({failedAt, 0, event_kind::kStorage, QString(), problem});
-    recording_.add({coveredUntil_, until, event_kind::kGap, QString(),
+    recording_.add({std::min(failedAt, until), 0, event_kind::kStorage, QString(), problem});
+    recording_.add({coveredBefore, until, event_kind::kGap, QString(),
                     "nothing could be written: " + problem});
-    const Micros coveredBefore = coveredUntil_;
     if (!write(now)) {
         return;
     }

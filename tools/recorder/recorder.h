@@ -6,6 +6,7 @@
 #ifndef TAVMIR_RECORDER_RECORDER_H
 #define TAVMIR_RECORDER_RECORDER_H
 
+#include "covered_time.h"
 #include "feed/feed.h"
 #include "feed_recording.h"
 #include "recording_file.h"
@@ -36,8 +37,9 @@ public:
     // Told in one line what is wrong, and that it is right again. On the recorder's thread.
     using Tell = std::function<void(const QString& text)>;
 
-    Recorder(const RecorderOptions& options, const FileFacts& facts,
-             const host::QualityRules& rules, Tell tell);
+    Recorder(
+        const RecorderOptions& options, const FileFacts& facts, const host::QualityRules& rules,
+        Tell tell, WallNow wall = [] { return host::WallClock::now(); });
     // Stops.
     ~Recorder();
     Recorder(const Recorder&) = delete;
@@ -58,6 +60,7 @@ public:
 
 private:
     quint64 mostInAFile() const;
+    RecordingClock clockNow() const { return {host::Clock::now(), wall_()}; }
     void loop();
     void look();
     bool isMuch(quint64 room) const;
@@ -77,6 +80,7 @@ private:
     const std::string folder_;
     const FileFacts facts_;
     const Tell tell_;
+    const WallNow wall_;
     FolderLock lock_;
     FeedRecording recording_;
     std::unique_ptr<RecordingFile> file_; // none: the last one was given up
@@ -84,7 +88,8 @@ private:
     host::Clock::time_point nextCommit_;
     host::Clock::time_point committedAt_;
     quint64 room_ = 0; // bytes that the file has left
-    Micros coveredUntil_ = 0;
+    CoveredTime covered_;
+    host::Clock::time_point coveredAt_; // everything until then has been written
     std::unique_ptr<host::FeedReader> reader_;
 
     mutable std::mutex mutex_;

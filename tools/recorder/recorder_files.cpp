@@ -38,9 +38,23 @@ bool Recorder::beginFile(Clock::time_point now, const std::vector<EventRow>& eve
         fail(problem, now);
         return false;
     }
+    covered_.tell(nextNumber_, began);
     ++nextNumber_;
-    coveredUntil_ = std::max(coveredUntil_, began);
     return true;
+}
+
+// What is told at the beginning of the first one: since when nobody recorded, and that this program
+// does.
+std::vector<EventRow> Recorder::beginningAfter(const std::vector<Member>& before, Micros now) const
+{
+    std::vector<EventRow> events;
+    const Micros earlier = before.empty() ? 0 : covered_.untilOf(before.back().number);
+    if (earlier > 0 && earlier < now) {
+        events.push_back(
+            {earlier, now, event_kind::kGap, QString(), "no program recorded into this folder"});
+    }
+    events.push_back({now, 0, event_kind::kBegan, facts_.controller, facts_.program});
+    return events;
 }
 
 // To the next file.
@@ -51,8 +65,7 @@ void Recorder::turnTo(const QString& event, Clock::time_point now)
     file_.reset();
     tidy();
     if (!event.isEmpty()) {
-        recording_.setClock(RecordingClock(), now);
-        coveredUntil_ = 0;
+        recording_.setClock(clockNow(), now);
     }
     std::vector<EventRow> events;
     if (!event.isEmpty()) {
@@ -107,10 +120,12 @@ void Recorder::fail(const QString& problem, Clock::time_point now)
 void Recorder::publish()
 {
     const std::vector<Member> members = membersOf(folder_);
+    const Micros written = recording_.clock().at(coveredAt_);
+    const TimeSpan covered = members.empty() ? TimeSpan{written, written} : covered_.of(members);
     const std::lock_guard<std::mutex> lock(mutex_);
     state_.bytes = bytesOf(members);
-    state_.from = members.empty() ? coveredUntil_ : members.front().began;
-    state_.until = coveredUntil_;
+    state_.from = covered.from;
+    state_.until = covered.until;
 }
 
 } // namespace tavmir::recorder

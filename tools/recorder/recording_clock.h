@@ -7,15 +7,18 @@
 #include "recorded_value.h"
 
 #include <chrono>
+#include <functional>
 
 namespace tavmir::recorder
 {
 
+// How the time is told; a test has a clock of its own.
+using WallNow = std::function<host::WallClock::time_point()>;
+
 class RecordingClock
 {
 public:
-    explicit RecordingClock(host::Clock::time_point steady = host::Clock::now(),
-                            host::WallClock::time_point wall = host::WallClock::now())
+    RecordingClock(host::Clock::time_point steady, host::WallClock::time_point wall)
         : steady_(steady), wall_(microsOf(wall.time_since_epoch()))
     {
     }

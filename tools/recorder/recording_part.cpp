@@ -3,9 +3,6 @@
 
 #include "schema.h"
 
-#include <algorithm>
-#include <limits>
-
 namespace tavmir::recorder
 {
 
@@ -24,12 +21,6 @@ std::optional<double> realOf(const Statement& row, int column)
     return row.isNull(column) ? std::nullopt : std::optional<double>(row.real(column));
 }
 
-EventRow eventOf(const Statement& row)
-{
-    return {row.number(0), row.isNull(1) ? 0 : row.number(1), row.text(2), row.text(3),
-            row.text(4)};
-}
-
 } // namespace
 
 std::unique_ptr<RecordingPart> RecordingPart::open(const Member& member, QString& problem)
@@ -43,7 +34,7 @@ std::unique_ptr<RecordingPart> RecordingPart::open(const Member& member, QString
         problem = isThere(member) ? problem : QString();
         return nullptr;
     }
-    std::unique_ptr<RecordingPart> part(new RecordingPart(std::move(database)));
+    std::unique_ptr<RecordingPart> part(new RecordingPart(std::move(database), member.number));
     if (!part->readFacts(problem)) {
         problem = isThere(member) ? problem : QString();
         return nullptr;
@@ -170,69 +161,6 @@ void RecordingPart::qualities(VariableId variable, Micros from, Micros to,
     while (rows.step()) {
         take({variable, rows.number(0), qualityOf(rows.number(1), rows.text(2))});
     }
-}
-
-std::vector<EventRow> RecordingPart::events(Micros from, Micros to, qint64 limit)
-{
-    Statement rows = database_->prepare("SELECT at, until, kind, subject, text FROM event "
-                                        "WHERE at >= ? AND at < ? ORDER BY at, id LIMIT ?");
-    rows.bind(1, from);
-    rows.bind(2, to);
-    rows.bind(3, limit);
-    std::vector<EventRow> events;
-    while (rows.step()) {
-        events.push_back(eventOf(rows));
-    }
-    return events;
-}
-
-std::vector<EventRow> RecordingPart::lastEvents(Micros at, size_t limit)
-{
-    Statement rows = database_->prepare("SELECT at, until, kind, subject, text FROM event "
-                                        "WHERE at <= ? ORDER BY at DESC, id DESC LIMIT ?");
-    rows.bind(1, at);
-    rows.bind(2, static_cast<qint64>(limit));
-    std::vector<EventRow> events;
-    while (rows.step()) {
-        events.push_back(eventOf(rows));
-    }
-    return events;
-}
-
-std::optional<EventRow> RecordingPart::lastLineEvent(Micros at)
-{
-    constexpr const char* kKinds[] = {
-        event_kind::kBegan, event_kind::kEnded,  event_kind::kConnected, event_kind::kConnectFailed,
-        event_kind::kLost,  event_kind::kClosed, event_kind::kSilent,    event_kind::kAnswers};
-    Statement rows = database_->prepare(
-        "SELECT at, until, kind, subject, text FROM event WHERE at <= ? "
-        "AND kind IN (?, ?, ?, ?, ?, ?, ?, ?) ORDER BY at DESC, id DESC LIMIT 1");
-    rows.bind(1, at);
-    int place = 2;
-    for (const char* kind : kKinds) {
-        rows.bind(place++, QString(kind));
-    }
-    return rows.step() ? std::optional<EventRow>(eventOf(rows)) : std::nullopt;
-}
-
-bool RecordingPart::isRecordedAt(Micros at)
-{
-    const std::vector<EventRow> all = gaps();
-    return at <= coveredUntil_ && std::none_of(all.begin(), all.end(), [at](const EventRow& gap) {
-               return gap.at < at && at < gap.until;
-           });
-}
-
-std::vector<EventRow> RecordingPart::gaps()
-{
-    Statement rows = database_->prepare(
-        "SELECT at, until, kind, subject, text FROM event WHERE kind = ? ORDER BY at, id");
-    rows.bind(1, QString(event_kind::kGap));
-    std::vector<EventRow> gaps;
-    while (rows.step()) {
-        gaps.push_back(eventOf(rows));
-    }
-    return gaps;
 }
 
 std::vector<MinuteRow> RecordingPart::minutes(Micros from, Micros to)

@@ -4,6 +4,7 @@
 #ifndef TAVMIR_RECORDER_RECORDING_PART_H
 #define TAVMIR_RECORDER_RECORDING_PART_H
 
+#include "covered_time.h"
 #include "database.h"
 #include "recorded_rows.h"
 #include "recording_folder.h"
@@ -28,10 +29,15 @@ public:
     // only just been begun.
     static std::unique_ptr<RecordingPart> open(const Member& member, QString& problem);
 
+    quint64 number() const { return number_; }
     Micros began() const { return began_; }
     // As it was when the file was opened.
     Micros coveredUntil() const { return coveredUntil_; }
     const std::vector<NewVariable>& variables() const { return variables_; }
+    // What it covers but for its gaps, ascending.
+    std::vector<TimeSpan> stretches();
+    // The last moment until then that it covers; its beginning where there is none.
+    Micros recordedUntil(Micros at);
     // False: the file's time is over by then, or there is a gap.
     bool isRecordedAt(Micros at);
     QByteArray project();
@@ -51,17 +57,23 @@ public:
     std::vector<EventRow> events(Micros from, Micros to, qint64 limit);
     // The last `limit` events with at <= `at`, the latest first.
     std::vector<EventRow> lastEvents(Micros at, size_t limit);
-    // The last of those that say how the line is; none: no such event until then.
-    std::optional<EventRow> lastLineEvent(Micros at);
+    // Those of these kinds with at <= `until`, ascending.
+    std::vector<EventRow> eventsOf(const std::vector<const char*>& kinds, Micros until);
     // Those that say that nothing was recorded.
     std::vector<EventRow> gaps();
     std::vector<MinuteRow> minutes(Micros from, Micros to);
 
 private:
-    explicit RecordingPart(std::unique_ptr<Database> database) : database_(std::move(database)) {}
+    RecordingPart(std::unique_ptr<Database> database, quint64 number)
+        : database_(std::move(database)), number_(number)
+    {
+    }
     bool readFacts(QString& problem);
+    EventRow eventOf(const Statement& row) const;
+    QString addressNamed(const QString& name) const;
 
     std::unique_ptr<Database> database_;
+    const quint64 number_;
     Micros began_ = 0;
     Micros coveredUntil_ = 0;
     std::vector<NewVariable> variables_;

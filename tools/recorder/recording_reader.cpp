@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 
 namespace tavmir::recorder
 {
@@ -48,60 +47,6 @@ void RecordingReader::parts(const TakePart& take, const TakeProblem& tell) const
     }
 }
 
-void RecordingReader::partsWithin(TimeSpan span, const TakePart& take) const
-{
-    const std::vector<Member> members = membersOf(folder_);
-    for (size_t i = 0; i < members.size(); ++i) {
-        // The next one goes on where this one ends, unless the clock was set back between them.
-        const bool isBefore = i + 1 < members.size() && members[i + 1].began <= span.from &&
-                              members[i + 1].began > members[i].began;
-        if (isBefore || members[i].began >= span.until) {
-            continue;
-        }
-        QString ignored;
-        const std::unique_ptr<RecordingPart> part = RecordingPart::open(members[i], ignored);
-        if (part && !take(*part)) {
-            return;
-        }
-    }
-}
-
-Micros RecordingReader::begin() const
-{
-    const std::vector<Member> members = membersOf(folder_);
-    return members.empty() ? 0 : members.front().began;
-}
-
-TimeSpan RecordingReader::coverage() const
-{
-    const std::vector<TimeSpan> all = stretches();
-    return all.empty() ? TimeSpan() : TimeSpan{all.front().from, all.back().until};
-}
-
-std::vector<TimeSpan> RecordingReader::stretches() const
-{
-    std::vector<TimeSpan> spans;
-    const auto add = [&](Micros from, Micros until) {
-        if (!spans.empty() && from == spans.back().until) {
-            spans.back().until = until;
-        } else if (until > from) {
-            spans.push_back({from, until});
-        }
-    };
-    parts([&](RecordingPart& part) {
-        Micros from = part.began();
-        for (const EventRow& gap : part.gaps()) {
-            if (gap.at >= from) {
-                add(from, gap.at);
-                from = gap.until;
-            }
-        }
-        add(from, part.coveredUntil());
-        return true;
-    });
-    return spans;
-}
-
 std::vector<RecordedVariable> RecordingReader::variables() const
 {
     std::vector<std::vector<RecordedVariable>> byPart;
@@ -123,38 +68,6 @@ std::vector<RecordedVariable> RecordingReader::variables() const
         }
     }
     return all;
-}
-
-void RecordingReader::partsBackFrom(Micros at, const TakePart& take) const
-{
-    const std::vector<Member> members = membersOf(folder_);
-    for (auto member = members.rbegin(); member != members.rend(); ++member) {
-        QString ignored;
-        const std::unique_ptr<RecordingPart> part =
-            member->began <= at ? RecordingPart::open(*member, ignored) : nullptr;
-        if (part && part->began() <= at && !take(*part)) {
-            return;
-        }
-    }
-}
-
-std::unique_ptr<RecordingPart> RecordingReader::partAt(Micros at) const
-{
-    const std::vector<Member> members = membersOf(folder_);
-    for (auto member = members.rbegin(); member != members.rend(); ++member) {
-        QString ignored;
-        std::unique_ptr<RecordingPart> part =
-            member->began <= at ? RecordingPart::open(*member, ignored) : nullptr;
-        if (part && part->began() <= at) {
-            return part;
-        }
-    }
-    return nullptr;
-}
-
-std::unique_ptr<RecordingPart> RecordingReader::newestPart() const
-{
-    return partAt(std::numeric_limits<Micros>::max());
 }
 
 std::vector<RecordedValueAt> RecordingReader::valuesAt(Micros at) const
@@ -181,32 +94,6 @@ std::vector<RecordedValueAt> RecordingReader::valuesAt(RecordingPart& part, Micr
         values.push_back(value);
     }
     return values;
-}
-
-std::vector<EventRow> RecordingReader::lastEvents(Micros at, size_t limit) const
-{
-    std::vector<EventRow> events;
-    partsBackFrom(at, [&](RecordingPart& part) {
-        for (const EventRow& event : part.lastEvents(at, limit - events.size())) {
-            events.push_back(event);
-        }
-        return events.size() < limit;
-    });
-    std::reverse(events.begin(), events.end());
-    std::stable_sort(events.begin(), events.end(), [](const EventRow& left, const EventRow& right) {
-        return left.at < right.at;
-    });
-    return events;
-}
-
-std::optional<EventRow> RecordingReader::lastLineEvent(Micros at) const
-{
-    std::optional<EventRow> event;
-    partsBackFrom(at, [&](RecordingPart& part) {
-        event = part.lastLineEvent(at);
-        return !event;
-    });
-    return event;
 }
 
 std::vector<MinuteRow> RecordingReader::minutes(TimeSpan span) const

@@ -4,17 +4,13 @@
 #ifndef TAVMIR_RECORDER_RECORDING_READER_H
 #define TAVMIR_RECORDER_RECORDING_READER_H
 
+#include "covered_time.h"
 #include "recording_part.h"
 
 #include <memory>
 
 namespace tavmir::recorder
 {
-
-struct TimeSpan {
-    Micros from = 0;
-    Micros until = 0;
-};
 
 struct RecordedValueAt {
     RecordedVariable variable;
@@ -27,9 +23,11 @@ public:
     // Null: there is no such folder, or no recording in it; `problem` says it in one line.
     static std::unique_ptr<RecordingReader> open(const QString& folder, QString& problem);
 
-    // Where the oldest file begins; no file is opened for it.
+    // The number of the oldest file; another one when files have gone. 0: there is none.
+    quint64 oldest() const;
+    // The least beginning of a file; no file is opened for it.
     Micros begin() const;
-    // From the beginning of the oldest file to the end of the newest; gaps included.
+    // From the least beginning to the greatest end of all files; gaps included.
     TimeSpan coverage() const;
     // Each stretch without a gap, ascending.
     std::vector<TimeSpan> stretches() const;
@@ -45,13 +43,11 @@ public:
 
     // The last `limit` events until then, that moment included; ascending by time.
     std::vector<EventRow> lastEvents(Micros at, size_t limit) const;
-    // The last one that says how the line was; none: nothing before says it.
-    std::optional<EventRow> lastLineEvent(Micros at) const;
     // Those that reach into the span.
     std::vector<MinuteRow> minutes(TimeSpan span) const;
 
-    // The file that knows what was at that time; where none was written then, the one before it.
-    // Null: before everything.
+    // The file that knows what was at that time: of several the one that was recorded last; where
+    // none was written then, the one that was written last before it. Null: before everything.
     std::unique_ptr<RecordingPart> partAt(Micros at) const;
     std::unique_ptr<RecordingPart> newestPart() const;
 
@@ -62,10 +58,19 @@ public:
     void parts(const TakePart& take, const TakeProblem& tell = TakeProblem()) const;
     // Those of them that may know something of the span.
     void partsWithin(TimeSpan span, const TakePart& take) const;
+    // What is recorded within the span, in the order of time, each moment once: where files lie
+    // over each other, the one that was recorded last is told.
+    using TakePiece = std::function<void(RecordingPart& part, TimeSpan piece)>;
+    void piecesWithin(TimeSpan span, const TakePiece& take) const;
 
 private:
-    // Files that begin no later, the newest first.
-    void partsBackFrom(Micros at, const TakePart& take) const;
+    struct Piece {
+        quint64 number = 0; // of the file
+        TimeSpan span;
+    };
+
+    std::vector<Piece> piecesOf(TimeSpan span) const;
+    std::unique_ptr<RecordingPart> partOf(quint64 number) const;
 
     explicit RecordingReader(const std::string& folder) : folder_(folder) {}
 

@@ -13,7 +13,9 @@ struct RecordingState {
     Micros failedAt = 0; // since when, with a problem
     quint64 bytes = 0;   // all its files
     quint64 limit = 0;   // of them
-    Micros from = 0;     // the time that the folder covers, gaps included
+    // The time that the folder covers, gaps included: from the least beginning of its files to the
+    // greatest end, also when the clock was set between them.
+    Micros from = 0;
     Micros until = 0;
     quint64 samples = 0;      // written by this program
     quint64 lostSamples = 0;  // that could not be written
