@@ -120,7 +120,9 @@ class Diagnosing(unittest.TestCase):
     def test_delay_is_a_slow_reply(self):
         finding, _ = self.faulty("slowReplies", "delay%50", "--delay-ms", "80")
         self.assert_names_a_request(finding)
-        self.assertRegex(finding["occurrences"][0], r"answered after (8|9|1\d)\d?\.\d ms")
+        # A busy machine has slow replies of its own, be it the first one.
+        self.assertRegex("\n".join(finding["occurrences"]),
+                         r"answered after (8\d|9\d|1\d\d)\.\d ms")
 
     def test_late_names_the_time_out_that_would_have_caught_it(self):
         finding, _ = self.faulty("lateReplies", "late%50", "--late-ms", "900", seconds=5)
