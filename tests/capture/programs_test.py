@@ -8,6 +8,7 @@ import pathlib
 import re
 import signal
 import socket
+import struct
 import subprocess
 import sys
 import tempfile
@@ -23,7 +24,8 @@ MIB = 1 << 20
 LONGEST_REPLY = 17  # bytes, of the project below: a word of 32 bits behind its address
 
 PROJECT = {
-    "connection": {"host": "127.0.0.1", "port": 5020, "station": 1, "replyTimeoutMs": 300,
+    "connection": {"host": "127.0.0.1", "port": 5020, "station": 1,
+                   "replyTimeoutMs": 20000,  # never reached, be the machine as busy as it may
                    "reconnectMinMs": 20, "reconnectMaxMs": 40, "retryLimit": 3, "passMs": 20},
     "labels": [{"name": "Plant", "variables": [
         {"name": "Run", "type": "bit", "address": 100},
@@ -62,6 +64,22 @@ def run(command):
                           timeout=PATIENCE)
 
 
+def wait_until(condition, what):
+    end = time.monotonic() + PATIENCE
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError(f"waited in vain until {what}")
+        time.sleep(0.02)
+
+
+def packets_so_far(path):
+    """Those of a file that is being written; none when its last block is not whole now."""
+    try:
+        return pcapng.packets(path)
+    except (FileNotFoundError, ValueError, struct.error):
+        return []
+
+
 class Programs(unittest.TestCase):
     maxDiff = None
 
@@ -70,20 +88,40 @@ class Programs(unittest.TestCase):
         self.addCleanup(temporary.cleanup)
         self.folder = pathlib.Path(temporary.name)
         self.project = self.folder / "plant.json"
-        self.project.write_text(json.dumps(PROJECT))
+        self.write_project()
         self.of_host = self.folder / "host.pcapng"
         self.of_controller = self.folder / "controller.pcapng"
 
-    def captured(self, *faults, seconds=3):
-        """Both captures and the host's statistics of one run."""
+    def write_project(self, **connection):
+        self.project.write_text(json.dumps(
+            {**PROJECT, "connection": {**PROJECT["connection"], **connection}}))
+
+    def captured(self, is_enough, *faults):
+        """Both captures and the host's statistics of a run, which ends when the controller's capture
+        is enough."""
         with Controller("--capture", self.of_controller, *faults) as controller:
-            done = run(host("run", self.project, "--connect", controller.place, "--format", "json",
-                            "--duration", seconds, "--capture", self.of_host))
-            self.assertEqual(done.returncode, 0, done.stderr)
+            process = subprocess.Popen(
+                host("run", self.project, "--connect", controller.place, "--format", "json",
+                     "--capture", self.of_host), stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                text=True)
+            try:
+                wait_until(lambda: is_enough(packets_so_far(self.of_controller)), "it is enough")
+            finally:
+                process.send_signal(signal.SIGTERM)
+                output, said = process.communicate(timeout=PATIENCE)
+            self.assertEqual(process.returncode, 0, said)
+            wait_until(self.has_seen_the_end, "the controller has seen the host's last byte")
             controller.end()
-        statistics = json.loads(done.stdout.splitlines()[-1])["statistics"]
+        statistics = json.loads(output.splitlines()[-1])["statistics"]
         self.assertEqual(statistics["eventsMissedByTheseStatistics"], 0)
         return pcapng.packets(self.of_host), pcapng.packets(self.of_controller), statistics
+
+    def has_seen_the_end(self):
+        """Of the host's last connection."""
+        last = [one.source for one in pcapng.packets(self.of_host) if one.flags == pcapng.SYN][-1]
+        return any(last in (one.source, one.destination)
+                   for one in packets_so_far(self.of_controller)
+                   if one.flags & (pcapng.FIN | pcapng.RESET))
 
     def check_both(self, of_host, of_controller, statistics):
         self.assertEqual(len(pcapng.sent(of_host, True)), statistics["bytesSent"])
@@ -100,7 +138,8 @@ class Programs(unittest.TestCase):
                           if one.flags == pcapng.SYN}, ends)
 
     def test_what_one_side_sent_the_other_received(self):
-        of_host, of_controller, statistics = self.captured()
+        of_host, of_controller, statistics = self.captured(
+            lambda found: len([one for one in found if one.outbound and one.payload]) > 200)
         self.check_both(of_host, of_controller, statistics)
         received, sent = pcapng.sent(of_host, False), pcapng.sent(of_controller, True)
         self.assertEqual(received, sent[:len(received)])
@@ -120,7 +159,9 @@ class Programs(unittest.TestCase):
         faults = {"late": 5, "cut": 130, "duplicate": 135, "drop": 140, "disconnect": 145,
                   "oversize": 150, "lose": 155}
         options = [part for kind, at in faults.items() for part in ("--fault", f"{kind}@{at}")]
-        of_host, of_controller, statistics = self.captured(*options, "--late-ms", 450, seconds=5)
+        self.write_project(replyTimeoutMs=300)
+        of_host, of_controller, statistics = self.captured(
+            lambda found: "fault lose" in pcapng.comments(found), *options, "--late-ms", 450)
         self.check_both(of_host, of_controller, statistics)
         for kind in faults:
             self.assertIn(f"fault {kind}", pcapng.comments(of_controller), kind)
@@ -158,10 +199,8 @@ class Programs(unittest.TestCase):
                 host("run", self.project, "--connect", controller.place, "--format", "csv", "--pass",
                      0, "--capture", self.of_host), stdout=subprocess.DEVNULL,
                 stderr=subprocess.DEVNULL)
-            end = time.monotonic() + PATIENCE
-            while time.monotonic() < end and (
-                    not self.of_host.exists() or self.of_host.stat().st_size < 20000):
-                time.sleep(0.01)
+            wait_until(lambda: self.of_host.exists() and self.of_host.stat().st_size >= 20000,
+                       "something is captured")
             process.kill()
             process.wait()
         found = pcapng.packets(self.of_host, killed=True)
@@ -248,9 +287,7 @@ class Programs(unittest.TestCase):
             place, port = controller.place.rsplit(":", 1)
             with socket.create_connection((place, int(port))) as client:
                 client.sendall(b"\0\1\0\0\0")
-            end = time.monotonic() + PATIENCE
-            while time.monotonic() < end and self.of_controller.stat().st_size < 600:
-                time.sleep(0.01)
+            wait_until(lambda: self.of_controller.stat().st_size >= 600, "its end is captured")
             controller.end()
         found = pcapng.packets(self.of_controller)
         self.assertEqual(pcapng.sent(found, False), b"\0\1\0\0\0")

@@ -14,6 +14,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 sys.dont_write_bytecode = True
@@ -21,8 +22,10 @@ import plays
 import trial
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-PARALLEL = 14
-LONGEST_END = 5 # seconds; the longest wait is half a second, the rest is for a busy machine
+PARALLEL = 6
+# Seconds. Nothing is waited for longer than half of one, the rest is for a machine that is paused; a
+# host that waited for what never comes would take as long as a test has patience.
+LONGEST_END = 20
 TRUE = {"Main.Run": {"1"}, "Main.Setpoint": {"1500", "7"}, "Main.Axis[1].Pos": {"0"},
         "Main.Counts[1]": {"0 0 0 0 0 0"}, "Main.Axis[2].Torque": {"0"}}
 READ = ["Main.Run = 1 (good)", "Main.Setpoint = 1500 (good)"]
@@ -119,8 +122,18 @@ def tried(options, said, never, plant, driver, checks):
             raise AssertionError(f"wrong values, shown as good: {wrong}")
 
 
+def once_more(function, checks):
+    """Again when it failed: a machine that pauses for seconds makes other faults than those played. What
+    the checked driver found stays, be it in the first."""
+    try:
+        function(checks)
+    except AssertionError as failed:
+        print(f"once more: {failed}", file=sys.stderr)
+        function(checks)
+
+
 class Trials(unittest.TestCase):
-    """All at once: each of them waits most of its time."""
+    """Some at once: each of them waits most of its time."""
     driver = None
     is_checked = False
 
@@ -135,7 +148,7 @@ class Trials(unittest.TestCase):
             running = {}
             for number, (title, function) in enumerate(work.items()):
                 checks = f"{self.folder.name}/checks-{number}" if self.is_checked else None
-                running[title] = (threads.submit(function, checks), checks)
+                running[title] = (threads.submit(once_more, function, checks), checks)
             for title, (result, checks) in running.items():
                 with self.subTest(title):
                     result.result()
@@ -183,6 +196,7 @@ class Silence(unittest.TestCase):
                 written += 1
                 host.type(f"write {written}")
                 host.wait_until_taken()
+                time.sleep(1) # as an operator, who gives the driver time to give one up
                 host.take_what_was_said()
             host.end()
             host.rest()

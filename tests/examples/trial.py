@@ -47,6 +47,7 @@ class Host:
             [program or PLACES["MINIMAL_HOST"], f"127.0.0.1:{port}"], stdin=subprocess.PIPE,
             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, env=environment)
         self.said = []
+        self.echoes = 0
         self.lines = queue.Queue()
         self.driver = driver or PLACES["DRIVER"]
         self.reader = threading.Thread(target=self.read)
@@ -62,8 +63,10 @@ class Host:
         self.process.stdin.flush()
 
     def wait_until_taken(self):
-        """Until what was typed has been read: the host looks for it ten times in a second."""
-        time.sleep(1)
+        """Until what was typed has been read: what is typed behind it has its answer."""
+        self.echoes += 1
+        self.type(f"write echo {self.echoes}")
+        self.expect(f"write echo {self.echoes}: not a number")
 
     def expect(self, *all_words):
         """Waits until each of the words was in a line, in any order, from the last line that was

@@ -21,7 +21,12 @@ fi
 
 "${plain[@]}" "$controller" --listen 127.0.0.1:0 --project "$project" >"$folder/said" &
 running=$!
-trap 'kill "$running" 2>/dev/null || true; rm -rf "$folder"' EXIT
+polling=
+clean_up() {
+  for pid in $running $polling; do kill "$pid" 2>/dev/null || true; done
+  rm -rf "$folder"
+}
+trap clean_up EXIT
 exec 3<"$folder/said"
 read -r -t 60 line <&3
 place=${line#listening on }
@@ -29,7 +34,16 @@ place=${line#listening on }
 "${plain[@]}" "$host" write "$project" --connect "$place" "Main.Title=Ordinary" </dev/null
 read_back=$("${plain[@]}" "$host" read "$project" --connect "$place" Main.Title </dev/null)
 grep -q Ordinary <<<"$read_back"
-"${plain[@]}" "$host" run "$project" --connect "$place" --duration 1 --format csv </dev/null >/dev/null
+"${plain[@]}" "$host" run "$project" --connect "$place" --format csv --interval 100 </dev/null >"$folder/rows" &
+polling=$!
+for _ in $(seq 600); do # a minute
+  if grep -q ',good,' "$folder/rows" || ! kill -0 "$polling"; then break; fi
+  sleep 0.1
+done
+kill "$polling"
+wait "$polling"
+polling=
+grep -q ',good,' "$folder/rows"
 
 rights=$(sed -n 's/^CapEff:[[:space:]]*//p' "/proc/$running/status")
 if [ "$rights" != 0000000000000000 ]; then

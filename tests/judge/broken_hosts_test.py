@@ -19,11 +19,19 @@ MOST_SECONDS = 120
 
 KNOWN = """reply-timeout 500ms
 attempts 3
-poll-within 1s
-reconnect-within 2s
+poll-within 10s
+reconnect-within 10s
 stations 1
 writes counting word 64
 """
+# Of the hosts that break one of these times, and only of them: elsewhere a busy machine may take its time.
+TIMES = {
+    "exception-goes-on": {"poll-within 10s": "poll-within 1s"},
+    "poll-goes-on": {"poll-within 10s": "poll-within 1s"},
+    "poll-beside-writes": {"poll-within 10s": "poll-within 1s"},
+    "recovers": {"poll-within 10s": "poll-within 1s"},
+    "reconnect-within": {"reconnect-within 10s": "reconnect-within 2s"},
+}
 # What is played so that a break is seen.
 PLAYED = {
     "wait-out": "drop times=2 every=4",
@@ -60,6 +68,13 @@ def judged(script, broken):
         judge.close()
 
 
+def known_of(rule):
+    known = KNOWN
+    for calm, strict in TIMES.get(rule, {}).items():
+        known = known.replace(calm, strict)
+    return known
+
+
 def rules():
     table = (ROOT / "tools" / "judge" / "rule_table.h").read_text()
     return re.findall(r"\{Rule::\w+, \"([a-z-]+)\",", table)
@@ -69,11 +84,9 @@ class BrokenHosts(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
-            right = pool.submit(judged, KNOWN.replace("poll-within 1s", "poll-within 2s")
-                                .replace("reconnect-within 2s", "reconnect-within 10s") +
-                                situations_of(STANDARD.read_text()), [])
-            each = {rule: pool.submit(judged, KNOWN + PLAYED.get(rule, STANDARD_PLAY) + "\n",
-                                      [rule]) for rule in rules()}
+            right = pool.submit(judged, KNOWN + situations_of(STANDARD.read_text()), [])
+            each = {rule: pool.submit(judged, known_of(rule) + PLAYED.get(rule, STANDARD_PLAY) +
+                                      "\n", [rule]) for rule in rules()}
             cls.right = right.result()
             cls.each = {rule: run.result() for rule, run in each.items()}
 

@@ -27,7 +27,8 @@ def project(variables, signals=(), initial=(), pass_ms=2):
         listed.append({"name": name, "type": kind, "address": address, **keys})
         address += 1024
     return json.dumps({
-        "connection": {"host": "127.0.0.1", "port": 5020, "station": 1, "replyTimeoutMs": 300,
+        "connection": {"host": "127.0.0.1", "port": 5020, "station": 1,
+                       "replyTimeoutMs": 20000,  # never reached, be the machine as busy as it may
                        "reconnectMinMs": 20, "reconnectMaxMs": 40, "passMs": pass_ms},
         "labels": [{"name": "Plant", "variables": listed}],
         "polled": [{"address": f"Plant.{name}"} for name, _, _ in variables],
@@ -72,6 +73,18 @@ def export(folder, *options):
 def run(command):
     return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                           timeout=PATIENCE, check=False)
+
+
+def run_until_good(command):
+    """Ends it when it has shown a good value, as JSON."""
+    with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          text=True) as process:
+        for line in process.stdout:
+            if '"quality":"good"' in line:
+                break
+        process.send_signal(signal.SIGTERM)
+        output, said = process.communicate(timeout=PATIENCE)
+        return subprocess.CompletedProcess(command, process.returncode, output, said)
 
 
 def statistics(output):

@@ -14,12 +14,25 @@ import tempfile
 import unittest
 
 sys.dont_write_bytecode = True
+import real_run
 from programs import ROOT, Controller, Recording, project_with
 
 TOOLS = pathlib.Path(sys.argv.pop(1)).resolve()
 HOST = TOOLS / "host" / "tavmir-host"
 CONTROLLER = TOOLS / "controller" / "tavmir-controller"
 TABLE = ROOT / "tools" / "controller" / "fault_kinds.h"
+TRIES = 4
+
+
+class Counted(real_run.Run):
+    """What host and controller counted in a run."""
+
+    def __init__(self, host, controller):
+        self.host, self.controller, self.lost = host, controller, 0
+
+    def is_undisturbed(self):
+        """No time-out but those that the controller meant: the last may be under way at the end."""
+        return self.host["timeOuts"] <= self.faults((*real_run.ENDS_IN_A_TIMEOUT, "corrupt"))
 
 
 class Diagnosing(unittest.TestCase):
@@ -36,9 +49,19 @@ class Diagnosing(unittest.TestCase):
         self.assertEqual(done.stderr, "")
         return done.returncode, done.stdout
 
-    def record(self, *faults, seconds=3, stdin="", options=()):
-        """What a run of the host and the controller leaves: exit status and the report as JSON.
-        The host's own count stays in self.statistics."""
+    def record(self, *faults, is_useful=Counted.is_undisturbed, **how):
+        """What a run of the host and the controller leaves: exit status and the report as JSON. Runs
+        again when a busy machine made it useless. The host's own count stays in self.statistics."""
+        for _ in range(TRIES):
+            counted = self.record_once(*faults, **how)
+            if is_useful(counted):
+                self.statistics = counted.host
+                status, said = self.diagnose(str(self.project), "--json")
+                return status, json.loads(said)
+        raise AssertionError(f"none of {TRIES} runs was undisturbed: {counted.host}, "
+                             f"{counted.controller}")
+
+    def record_once(self, *faults, seconds=3, stdin="", options=()):
         with Controller(CONTROLLER, *faults, project=self.project) as controller:
             with Recording(self.capture, controller.port, *options) as recording:
                 ran = subprocess.run([HOST, "run", str(self.project), "--connect",
@@ -46,9 +69,7 @@ class Diagnosing(unittest.TestCase):
                                       "--format", "json", "--stdin"], input=stdin, text=True,
                                      stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60)
             self.assertEqual(recording.dropped, 0)
-        self.statistics = json.loads(ran.stdout.splitlines()[-1])["statistics"]
-        status, said = self.diagnose(str(self.project), "--json")
-        return status, json.loads(said)
+        return Counted(json.loads(ran.stdout.splitlines()[-1])["statistics"], controller.statistics)
 
     def the_only_one(self, report):
         self.assertEqual(len(report["conversations"]), 1, report)
@@ -74,7 +95,8 @@ class Diagnosing(unittest.TestCase):
         self.assertRegex(finding["requests"][0]["what"], r"^station 1 read [\w ]+: Main\.")
 
     def test_a_good_run_is_well(self):
-        status, report = self.record()
+        status, report = self.record(
+            is_useful=lambda counted: counted.is_undisturbed() and counted.is_whole())
         self.assertEqual(status, 0, json.dumps(report, indent=1))
         conversation = self.the_only_one(report)
         self.assertFalse(report["wrong"])
@@ -92,12 +114,15 @@ class Diagnosing(unittest.TestCase):
             self.assert_names_a_request(finding)
             self.assertEqual(finding["rhythm"], "every 50th request")
             waits = self.the_only_one(report)["hostWaitsForAReplyMs"]
-            self.assertTrue(390 < waits < 600, waits)
+            # A busy machine adds to it; a second attempt in it would double it.
+            self.assertTrue(390 < waits < 790, waits)
 
     def test_delay_is_a_slow_reply(self):
         finding, _ = self.faulty("slowReplies", "delay%50", "--delay-ms", "80")
         self.assert_names_a_request(finding)
-        self.assertRegex(finding["occurrences"][0], r"answered after (8|9|1\d)\d?\.\d ms")
+        # A busy machine has slow replies of its own, be it the first one.
+        self.assertRegex("\n".join(finding["occurrences"]),
+                         r"answered after (8\d|9\d|1\d\d)\.\d ms")
 
     def test_late_names_the_time_out_that_would_have_caught_it(self):
         finding, _ = self.faulty("lateReplies", "late%50", "--late-ms", "900", seconds=5)
@@ -180,7 +205,8 @@ class Diagnosing(unittest.TestCase):
     def test_an_unknown_station_is_refused_or_silent(self):
         _, report = self.record("--stations", "9")
         self.assertEqual(self.find(report, "exceptions")["code"], 11)
-        _, report = self.record("--stations", "9", "--unknown-stations", "silent")
+        _, report = self.record("--stations", "9", "--unknown-stations", "silent",
+                                is_useful=lambda _: True)
         self.assertEqual(self.the_only_one(report)["silentStations"], [1])
         self.assertTrue(self.the_only_one(report)["neverAnswered"])
 

@@ -22,6 +22,7 @@ class Controller:
             stdout=subprocess.PIPE, text=True)
         line = self.process.stdout.readline()
         self.port = int(re.fullmatch(r"listening on 127\.0\.0\.1:(\d+)\n", line).group(1))
+        self.statistics = {}
 
     def __enter__(self):
         return self
@@ -32,7 +33,9 @@ class Controller:
     def end(self):
         if self.process.poll() is None:
             self.process.send_signal(signal.SIGTERM)
-            self.process.communicate(timeout=30)
+            said, _ = self.process.communicate(timeout=30)
+            self.statistics = {name: int(number)
+                               for name, number in re.findall(r"^(.+): (\d+)$", said, re.M)}
 
 
 class Recording:
