@@ -139,10 +139,13 @@ void Recorder::loop()
 
 void Recorder::look()
 {
+    // What comes after the look, while this thread may be held up, is not promised yet.
+    Clock::time_point now = Clock::now();
     quint64 missed = 0;
     reader_->read(
-        [this](const host::FeedEntry& entry) {
+        [&](const host::FeedEntry& entry) {
             recording_.take(entry);
+            now = std::max(now, entry.at);
             if (state_.isOn() && isMuch(room_)) {
                 commit(std::max(entry.at, committedAt_));
             }
@@ -155,7 +158,6 @@ void Recorder::look()
         const std::lock_guard<std::mutex> lock(mutex_);
         state_.missedEvents += missed;
     }
-    const Clock::time_point now = Clock::now();
     recording_.look(now);
     if (now >= nextCommit_ || isMuch(0)) {
         nextCommit_ = now + kCommitEach;
