@@ -21,7 +21,7 @@ namespace
 using Mood = FakeController::Mood;
 
 const QString kHost = TAVMIR_HOST_PROGRAM;
-constexpr int kEndMs = 10000; // the programs need a fraction of it
+constexpr int kEndMs = 60000; // the programs need a fraction of it
 const char kReads[] = "dfl";
 
 // Long enough for a program with --interval 20 to have run into the full pipe many times.

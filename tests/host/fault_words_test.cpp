@@ -100,19 +100,33 @@ QStringList argumentsOf(const QString& command, const FaultyLine& line, const Li
     return arguments;
 }
 
-// A run that goes on while the controller goes and comes back.
-Said runOverReturn(FaultyLine& line, const QStringList& arguments)
+// What the run showed last, as far as its lines are whole, is the controller's value.
+bool showsTheValue(const QString& output, const QString& format)
 {
+    const Said whole = {output.left(output.lastIndexOf('\n') + 1), "", 0};
+    const QString value = QString("value %1").arg(kLevelIs);
+    const QString cell = cellOfRun(whole, format, {});
+    // A table has no word for a good value: nothing stands behind it.
+    return format == "table" ? cell.contains(value + ";")
+                             : cell.contains(value) && cell.contains("quality good");
+}
+
+// A run that goes on while the controller goes and comes back.
+Said runOverReturn(FaultyLine& line, const QStringList& arguments, const QString& format)
+{
+    const auto isGood = [&](const QString& output) { return showsTheValue(output, format); };
+    const auto isNotGood = [&](const QString& output) { return !isGood(output); };
     line.controllerComes();
     Program run(kHost, arguments);
     EXPECT_TRUE(run.showsError("connected to"));
-    pause(kPauseMs);
+    EXPECT_TRUE(run.showsOutput(isGood));
     line.controllerGoes();
     EXPECT_TRUE(run.showsNewError("lost " + line.place()));
+    EXPECT_TRUE(run.showsOutput(isNotGood));
     pause(kPauseMs); // for attempts that fail
     line.controllerComes();
     EXPECT_TRUE(run.showsNewError("connected to"));
-    pause(kPauseMs);
+    EXPECT_TRUE(run.showsOutput(isGood));
     run.signal(SIGINT);
     return endOf(run);
 }
@@ -123,7 +137,7 @@ Said sayingOf(const QString& command, const LineFault& fault, const QString& for
     QStringList arguments = argumentsOf(command, line, fault, format);
     const bool returns = fault.made == LineFault::Made::ByItsReturn;
     if (command == "run" && returns) {
-        return runOverReturn(line, arguments);
+        return runOverReturn(line, arguments, format);
     }
     if (command == "run") {
         arguments << "--duration" << QString::number(kDurationSeconds);

@@ -17,6 +17,7 @@ using Made = LineFault::Made;
 
 constexpr int kPatientMs = 20000;
 constexpr int kShortMs = 200;
+constexpr int kForeignMs = 1000; // no reply is good, but each must have come when it is over
 constexpr int kShortPauseMs = 50;
 constexpr int kLongPauseMs = 1000;
 
@@ -104,7 +105,7 @@ const std::vector<LineFault>& lineFaults()
         unanswered("silent", {"--fault", "drop=1"}),
         unanswered("late", {"--fault", "late=1", "--late-ms", "1500"}),
         answered("twice", {"--fault", "duplicate=1"}),
-        spoilt("foreign", answerForeign, kShortMs),
+        spoilt("foreign", answerForeign, kForeignMs),
         spoilt("short", answerShort, kPatientMs),
         spoilt("cut", answerCut, kPatientMs),
         unanswered("lost", {"--fault", "lose=1"}),

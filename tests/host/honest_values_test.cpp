@@ -25,24 +25,34 @@ using Mood = FakeController::Mood;
 
 const QString kHost = TAVMIR_HOST_PROGRAM;
 
-// Three words, polled; time-outs and pauses as short as a test can bear.
-QString shortProject()
+// How long a reply is waited for: where each request gets one; where one of several gets none, which
+// the test waits for; where none gets one, or a late one does no harm.
+constexpr int kPatientMs = 20000;
+constexpr int kMixedMs = 3000;
+constexpr int kShortMs = 300;
+
+// Three words, polled; pauses as short as a test can bear.
+QString projectFile(int replyTimeoutMs)
 {
     static const test::TemporaryFolder folder;
-    return QString::fromStdString(folder.writeFile("short.json", R"({
+    const QString text = QString(R"({
       "connection": { "host": "127.0.0.1", "port": 1, "station": 1, "retryLimit": 0,
-        "connectTimeoutMs": 5000, "replyTimeoutMs": 300, "reconnectMinMs": 10,
+        "connectTimeoutMs": 5000, "replyTimeoutMs": %1, "reconnectMinMs": 10,
         "reconnectMaxMs": 50 },
       "labels": [ { "name": "L", "variables": [
         { "name": "w", "type": "word", "address": 160 },
         { "name": "x", "type": "word", "address": 176 },
         { "name": "t", "type": "text", "address": 1600, "words": 3 } ] } ],
-      "polled": [ { "address": "L.w" }, { "address": "L.x" } ] })"));
+      "polled": [ { "address": "L.w" }, { "address": "L.x" } ] })");
+    return QString::fromStdString(folder.writeFile(std::to_string(replyTimeoutMs) + ".json",
+                                                   text.arg(replyTimeoutMs).toStdString()));
 }
 
-QStringList arguments(const QString& command, int port, const QStringList& more)
+QStringList arguments(const QString& command, int port, const QStringList& more,
+                      int replyTimeoutMs = kPatientMs)
 {
-    return QStringList{command, shortProject(), "--connect", QString("127.0.0.1:%1").arg(port)} +
+    return QStringList{command, projectFile(replyTimeoutMs), "--connect",
+                       QString("127.0.0.1:%1").arg(port)} +
            more;
 }
 
@@ -73,7 +83,8 @@ class HonestValues : public testing::Test
 protected:
     test::ProcessResult host(const QString& command, const QStringList& more)
     {
-        return test::runProcess(kHost, arguments(command, controller_.port(), more));
+        return test::runProcess(kHost,
+                                arguments(command, controller_.port(), more, replyTimeoutMs_));
     }
 
     // The one object that a read or a write prints.
@@ -86,6 +97,7 @@ protected:
     }
 
     FakeController controller_;
+    int replyTimeoutMs_ = kPatientMs; // of the hosts from now on
 };
 
 std::string text(const QJsonObject& object, const char* key)
@@ -94,7 +106,14 @@ std::string text(const QJsonObject& object, const char* key)
 }
 
 const std::string kRefusal = "the controller refused the request: exception 3 (illegal data value)";
-const std::string kTimeOut = "the controller did not answer within 300 ms";
+
+std::string noAnswerWithin(int ms)
+{
+    return "the controller did not answer within " + std::to_string(ms) + " ms";
+}
+
+const std::string kTimeOut = noAnswerWithin(kShortMs);
+const std::string kMixedTimeOut = noAnswerWithin(kMixedMs);
 
 } // namespace
 
@@ -107,6 +126,7 @@ TEST_F(HonestValues, AReadThatFailsHasItsQualityAndReasonInEachFormat)
     EXPECT_TRUE(refused["value"].isNull());
     EXPECT_TRUE(refused["ageMs"].isNull());
     controller_.treat("f", Mood::loses);
+    replyTimeoutMs_ = kShortMs;
     const auto csv = host("read", {"L.w", "--format", "csv"});
     EXPECT_EQ(1, csv.exitStatus);
     EXPECT_TRUE(csv.output.contains(",L.w,L.w,,,bad," + QString::fromStdString(kTimeOut) + "\n"))
@@ -150,7 +170,7 @@ TEST(HonestReasons, TheAddressThatWasTriedArrivesEverywhere)
 TEST(HonestReasons, ANameThatHasNoAddressIsNamed)
 {
     const auto read = test::runProcess(
-        kHost, {"read", shortProject(), "--connect", "nowhere.invalid:5020", "L.w"});
+        kHost, {"read", projectFile(kPatientMs), "--connect", "nowhere.invalid:5020", "L.w"});
     EXPECT_EQ(1, read.exitStatus);
     EXPECT_TRUE(
         read.errors.startsWith("tavmir-host: L.w: not read: no connection to the controller: "
@@ -176,6 +196,7 @@ TEST_F(HonestValues, WritesAreObjectsWithTheirOutcome)
     EXPECT_EQ(0, refused["acknowledged"].toInt(-1));
 
     controller_.treat("g", Mood::loses);
+    replyTimeoutMs_ = kShortMs;
     const QJsonObject unknown = objectOf("write", {"L.w=7"}, 1);
     EXPECT_EQ("unknown", text(unknown, "outcome"));
     EXPECT_EQ(kTimeOut, text(unknown, "reason"));
@@ -195,9 +216,9 @@ TEST(ReadBack, SettlesAWriteWhoseReplyWasLost)
     ASSERT_TRUE(controller.showsOutput([](const QString& text) { return text.endsWith('\n'); }));
     const int port = controller.output().trimmed().section(':', -1).toInt();
     const auto result =
-        test::runProcess(kHost, arguments("write", port, {"L.w=4711", "--read-back"}));
+        test::runProcess(kHost, arguments("write", port, {"L.w=4711", "--read-back"}, kMixedMs));
     EXPECT_EQ(0, result.exitStatus) << result.errors.toStdString();
-    EXPECT_EQ("L.w = 4711: written, as reading it back shows: " + kTimeOut +
+    EXPECT_EQ("L.w = 4711: written, as reading it back shows: " + kMixedTimeOut +
                   "; 4711 stands there\n",
               result.output.toStdString());
 }
@@ -208,11 +229,11 @@ TEST(ReadBack, OfAWriteThatNeverArrivedShowsWhatStandsThere)
     ASSERT_TRUE(controller.showsOutput([](const QString& text) { return text.endsWith('\n'); }));
     const int port = controller.output().trimmed().section(':', -1).toInt();
     const auto result = test::runProcess(
-        kHost, arguments("write", port, {"L.w=4711", "--read-back", "--format", "json"}));
+        kHost, arguments("write", port, {"L.w=4711", "--read-back", "--format", "json"}, kMixedMs));
     EXPECT_EQ(1, result.exitStatus);
     const QJsonObject object = objectIn(result.output);
     EXPECT_EQ("unknown", text(object, "outcome"));
-    EXPECT_EQ(kTimeOut, text(object, "reason"));
+    EXPECT_EQ(kMixedTimeOut, text(object, "reason"));
     EXPECT_EQ(0, object["readBack"].toObject()["value"].toInt(-1));
     EXPECT_EQ("good", text(object["readBack"].toObject(), "quality"));
 }
@@ -230,7 +251,8 @@ TEST_F(HonestValues, RunMarksWhatIsNotGoodAndRecovers)
 {
     Program run(kHost, arguments("run", controller_.port(),
                                  {"--format", "json", "--interval", "50", "--pass", "5",
-                                  "--stale-after", "400"}));
+                                  "--stale-after", "400"},
+                                 kShortMs)); // a late reply is soon followed by a good one
     const auto shows = [&](const char* quality, const std::string& reason) {
         return run.showsOutput([&](const QString& output) {
             const QJsonObject value = valueOf(lastShown(output), "L.w");
@@ -275,21 +297,22 @@ TEST_F(HonestValues, AFailedWriteLeavesTheOldValueMarked)
 {
     controller_.treat("g", Mood::loses);
     // One pass an hour: nothing is read again.
-    Program run(
-        kHost, arguments("run", controller_.port(),
-                         {"--format", "json", "--interval", "50", "--pass", "3600000", "--stdin"}));
+    Program run(kHost,
+                arguments("run", controller_.port(),
+                          {"--format", "json", "--interval", "50", "--pass", "3600000", "--stdin"},
+                          kMixedMs));
     EXPECT_TRUE(run.showsOutput([&](const QString& output) {
         return text(valueOf(lastShown(output), "L.w"), "quality") == "good";
     }));
     const QJsonValue before = valueOf(lastShown(run.output()), "L.w")["value"];
     run.type("L.w=999");
-    EXPECT_TRUE(run.showsError("L.w = 999: unknown: " + QString::fromStdString(kTimeOut)));
+    EXPECT_TRUE(run.showsError("L.w = 999: unknown: " + QString::fromStdString(kMixedTimeOut)));
     EXPECT_TRUE(run.showsOutput([&](const QString& output) {
         return text(valueOf(lastShown(output), "L.w"), "quality") == "unconfirmed";
     }));
     const QJsonObject value = valueOf(lastShown(run.output()), "L.w");
     EXPECT_EQ(before, value["value"]);
-    EXPECT_EQ("a write of it ended as unknown: " + kTimeOut, text(value, "reason"));
+    EXPECT_EQ("a write of it ended as unknown: " + kMixedTimeOut, text(value, "reason"));
     run.signal(SIGINT);
     EXPECT_EQ(1, run.waitForEnd()) << "a write was not done";
 }

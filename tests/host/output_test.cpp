@@ -279,11 +279,11 @@ TEST_F(OutputTest, FinishGoesOnWhileSomebodyReads)
     output.write(QByteArray(kPieces * kPipeBytes, 'x')); // one: each bit of it is progress
     std::thread reader([&] {
         for (int i = 0; i < kPieces; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
             pipe_.readBytes(kPipeBytes);
         }
     });
-    EXPECT_TRUE(output.finish(1000)) << "less than all of it takes";
+    EXPECT_TRUE(output.finish(5000)) << "less than all of it takes";
     reader.join();
 }
 

@@ -65,7 +65,7 @@ TEST_F(Cycle, AWriteWhoseTimeIsOverIsNotSentThoughNobodyAwaitsIt)
     controller_.treat("f", Mood::silent);
     Setting setting;
     setting.connection = ", \"retryLimit\": 0";
-    setting.replyTimeoutMs = 2 * kSoonMs;
+    setting.replyTimeoutMs = 3000; // the read's, waited through; both writes are queued by then
     open(setting);
     queueRead("M.w");
     ASSERT_TRUE(reaches("f", 1));
@@ -156,7 +156,7 @@ TEST_F(Cycle, AReadInFlightStaysInTheDriversListWhenItsTimeIsOver)
         return Mood::answers;
     });
     open();
-    const Asked first = queueRead("M.w", 50);
+    const Asked first = queueRead("M.w", kSentByThenMs);
     ASSERT_TRUE(reaches("f", 1));
     const Asked second = queueRead("M.d"); // another class: a request of its own
     EXPECT_EQ("unknown", await(first).state);
@@ -166,15 +166,19 @@ TEST_F(Cycle, AReadInFlightStaysInTheDriversListWhenItsTimeIsOver)
 
 TEST_F(Cycle, AWriteThatWaitedInLineForTooLongIsNeverSent)
 {
-    controller_.judge("g", untilNumber(3, Mood::silent));
+    std::atomic<bool> over{false};
+    controller_.judge("g", [&](const QByteArray&, int) {
+        test::waitUntil([&] { return over.load(); });
+        return Mood::answers;
+    });
     Setting setting;
-    setting.connection = ", \"stationMode\": \"own\", \"retryLimit\": 1000";
+    setting.connection = ", \"stationMode\": \"own\"";
     setting.polled = R"({ "address": "M.d", "station": 2 })";
-    setting.replyTimeoutMs = kSoonMs;
     options_.polls = false;
     open(setting);
     const Asked first = queueWrite("M.w", "5");
     EXPECT_EQ("not sent", write("M.d", "6", 20).state);
+    over = true;
     EXPECT_EQ("done", await(first).state);
     EXPECT_EQ("done", write("M.a[0]", "8").state);
     EXPECT_EQ(0u, controller_.count("m"));
@@ -280,7 +284,7 @@ TEST_F(Cycle, ARepetitionIsCountedAsOneAndNotAsARequest)
     controller_.judge("g", untilNumber(3, Mood::silent));
     Setting setting;
     setting.connection = ", \"retryLimit\": 5";
-    setting.replyTimeoutMs = kSoonMs;
+    setting.replyTimeoutMs = 2000; // time enough for the third reply, as attempts are counted
     open(setting);
     EXPECT_EQ("done", write("M.w", "5").state);
     EXPECT_EQ(1u, figures().requests);
@@ -294,9 +298,10 @@ TEST_F(Cycle, ReadsThatTheDriverDroppedBehindOneThatItGaveUpEnd)
     Setting setting;
     setting.connection = ", \"retryLimit\": 0";
     setting.replyTimeoutMs = 2 * kSoonMs;
-    open(setting);
+    prepare(setting);
     const Asked first = queueRead("M.w");
     const Asked second = queueRead("M.d", 20000); // another class: a request of its own
+    start();                                      // both wait by then
     EXPECT_EQ("unknown", await(first).state);
     const Ended ended = await(second);
     EXPECT_EQ("not sent", ended.state);

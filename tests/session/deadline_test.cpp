@@ -113,7 +113,8 @@ TEST_F(Deadlines, WriteThatNobodyAwaitsIsNotSentBehindARequestWithoutAnswer)
     queueWrite("M.w", "5");
     ASSERT_TRUE(reaches("g", 1));
     queueWrite("M.a[0]", "6", kSoonMs);
-    ASSERT_TRUE(reaches("g", 4)); // three time-outs later its time is over
+    const size_t before = controller_.count("g");
+    ASSERT_TRUE(reaches("g", before + 3)); // three time-outs later its time is over
     controller_.treat("g", Mood::answers);
     expectWorkGoesOn();
     EXPECT_TRUE(controller_.requestsOf("g", kArrayAt).empty());

@@ -23,6 +23,7 @@ using Mood = FakeController::Mood;
 using project::Element;
 
 constexpr int kPatientMs = 60000;
+constexpr int kSentByThenMs = 5000; // waited through; a request has gone by then
 
 std::string inWords(const Outcome& outcome)
 {
@@ -332,9 +333,9 @@ TEST_F(Session, GivenUpPollingLeavesWritesAlone)
 
 TEST_F(Session, FailureReasonsAreToldApart)
 {
-    open(", \"retryLimit\": 0, \"connectTimeoutMs\": 5000", "", true, 100);
+    open(", \"retryLimit\": 0, \"connectTimeoutMs\": 5000", "", true, 2000);
     controller_.treat("g", Mood::silent);
-    EXPECT_EQ("unknown: the controller did not answer within 100 ms", inWords(write("M.w", "1")));
+    EXPECT_EQ("unknown: the controller did not answer within 2000 ms", inWords(write("M.w", "1")));
     controller_.treat("g", Mood::refuses);
     EXPECT_EQ("refused: the controller refused the request: exception 3 (illegal data value)",
               inWords(write("M.w", "1")));
@@ -533,7 +534,8 @@ TEST_F(Session, NoAnswerInTimeIsSaidSo)
 {
     controller_.treat("g", Mood::silent);
     open(", \"retryLimit\": 3");
-    const Outcome outcome = session_->write(element("M.w"), QByteArray(2, '\1'), Deadline(50));
+    const Outcome outcome =
+        session_->write(element("M.w"), QByteArray(2, '\1'), Deadline(kSentByThenMs));
     EXPECT_EQ("unknown: no answer in its time, and it is still under way", inWords(outcome));
 }
 

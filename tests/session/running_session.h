@@ -17,7 +17,7 @@ namespace tavmir::host
 
 constexpr int kPatientMs = 60000;   // never reached when a test passes
 constexpr int kSoonMs = 400;        // waited through where nothing can be sent, or nobody replies
-constexpr int kSentByThenMs = 2000; // waited through; a request has gone by then
+constexpr int kSentByThenMs = 5000; // waited through; a request has gone by then
 
 // How an operation ended.
 struct Ended {

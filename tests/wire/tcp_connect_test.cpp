@@ -26,6 +26,8 @@ namespace
 constexpr int kPatientMs = 60000;
 constexpr int kShortMs = 50;
 constexpr int kForEverMs = 3600000;
+// Where an address that does not answer has its share of it, and others need theirs behind it.
+constexpr int kSharedMs = 5000;
 
 // A resolver of the test's own. Counts its calls, and answers when the test lets it.
 class TestResolver
@@ -351,7 +353,7 @@ TEST(TcpConnect, AnAddressThatDoesNotAnswerLeavesTimeForTheNext)
     const LoopbackListener good("127.0.0.2", deaf.port());
     TestResolver resolver(listOf({"127.0.0.1", "127.0.0.2"}));
     NameLookUps lookUps(resolver.lookUp());
-    const Attempt attempt(connectTo("plc.example", deaf.port(), 1000, -1, lookUps));
+    const Attempt attempt(connectTo("plc.example", deaf.port(), kSharedMs, -1, lookUps));
     EXPECT_TRUE(attempt.connected()) << attempt.outcome.problem;
     EXPECT_EQ("", attempt.outcome.problem);
 }
@@ -363,7 +365,7 @@ TEST(TcpConnect, EachAttemptIsToldWithBothEndsAndHowItEnded)
     const LoopbackListener good("127.0.0.3", deaf.port());
     TestResolver resolver(listOf({"127.0.0.2", "127.0.0.1", "127.0.0.3"}));
     NameLookUps lookUps(resolver.lookUp());
-    const Attempt attempt(connectTo("plc.example", deaf.port(), 1000, -1, lookUps));
+    const Attempt attempt(connectTo("plc.example", deaf.port(), kSharedMs, -1, lookUps));
     ASSERT_TRUE(attempt.connected()) << attempt.outcome.problem;
     const std::vector<ConnectAttempt>& attempts = attempt.outcome.attempts;
     ASSERT_EQ(3u, attempts.size());
@@ -391,7 +393,7 @@ TEST(TcpConnect, AllAddressesThatWereTriedAreNamed)
     const int port = deaf.port();
     EXPECT_EQ(place("127.0.0.2", port) + ": Connection refused; " + place("127.0.0.1", port) +
                   ": Connection timed out; " + place("127.0.0.3", port) + ": Connection refused",
-              connectTo("plc.example", port, 4 * kShortMs, -1, lookUps).problem);
+              connectTo("plc.example", port, kSharedMs, -1, lookUps).problem);
 }
 
 TEST(TcpConnect, ManyAtOnceShareOneLookUp)
