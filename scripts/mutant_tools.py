@@ -20,7 +20,7 @@ WORKERS = 2
 MOST_SECONDS = 300  # for all tests of one break, on a machine that has other work too
 QUICK = ["-O0", "-g0", "-w", "-Wno-error"]
 HOST = ["session_parts_tests", "session_tests", "host_parts_tests", "host_view_tests",
-        "host_program_tests"]
+        "host_program_tests", "host_log_tests"]
 CONTROLLER = ["controller_tests", "controller_server_tests", "controller_program_tests"]
 PROBE = ["probe_tests", "probe_program_tests"]
 # The test programs that see a room, its own first.
@@ -37,7 +37,7 @@ SEEN_BY = {
     "recorder": ["recorder_tests", "host_recording_tests"],
     "diagnose": ["diagnose_tests", "diagnose_report_tests", "diagnose_program_tests"],
     "host": ["host_parts_tests", "host_view_tests", "diagnose_report_tests", "host_recording_tests",
-             "host_program_tests"],
+             "host_program_tests", "host_log_tests"],
     "capture": ["capture_tests", "feed_capture_tests"],
     "judge": ["judge_tests"] + CONTROLLER,
     "controller": CONTROLLER + ["host_program_tests"],
@@ -47,6 +47,7 @@ SEEN_BY = {
 # Programs that test programs start.
 STARTED = {
     "host_program_tests": ["tavmir-host", "tavmir-controller"],
+    "host_log_tests": ["tavmir-host", "tavmir-controller"],
     "diagnose_program_tests": ["tavmir-host"],
     "controller_program_tests": ["tavmir-controller"],
     "probe_program_tests": ["tavmir-probe"],
