@@ -25,8 +25,8 @@ using Mood = FakeController::Mood;
 
 const QString kHost = TAVMIR_HOST_PROGRAM;
 
-// How long a reply is waited for: where each request gets one; where one of several gets none, which
-// the test waits for; where none gets one, or a late one does no harm.
+// How long a reply is waited for: where each request gets one; where one of several gets none,
+// which the test waits for; where none gets one, or a late one does no harm.
 constexpr int kPatientMs = 20000;
 constexpr int kMixedMs = 3000;
 constexpr int kShortMs = 300;

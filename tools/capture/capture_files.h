@@ -4,9 +4,9 @@
 //   plant_00001.pcapng, _00002 …    with a limit: when one is full the next begins, and the oldest
 //                                   go. Those of runs before count too, and are not begun anew.
 //
-// Each file can be read by itself. Blocks are gathered and written together: only a kill during such
-// a write can leave half of one, the last, which readers pass over. What cannot be written is counted and left out, said once, and tried
-// again every second. One thread.
+// Each file can be read by itself. Blocks are gathered and written together: only a kill during
+// such a write can leave half of one, the last, which readers pass over. What cannot be written is
+// counted and left out, said once, and tried again every second. One thread.
 #ifndef TAVMIR_CAPTURE_CAPTURE_FILES_H
 #define TAVMIR_CAPTURE_CAPTURE_FILES_H
 
