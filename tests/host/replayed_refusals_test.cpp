@@ -189,6 +189,8 @@ TEST_F(ReplayedRefusals, WithoutTheEventsOfThenNothingIsClaimed)
     EXPECT_EQ(polled("Main.Speed"),
               "yes: variable 2 of 2 in the list that was polled at this moment")
         << "it was read";
+    EXPECT_EQ(line(), "what is recorded does not say how the line was");
+    EXPECT_EQ(get("status")["link"].toObject()["state"], "unknown");
 }
 
 TEST_F(ReplayedRefusals, EventsOfANamedVariableLeadToItsAddress)

@@ -81,6 +81,21 @@ TEST_F(ClockSetBack, IsAnEventOnce)
               eventTexts());
 }
 
+TEST_F(ClockSetBack, WhatIsToldLateWithTheClocksOfItsTimeIsNone)
+{
+    setClockBack(-kHour);
+    lookAt(1000);
+    FeedEntry rest;
+    rest.kind = FeedKind::strayBytes;
+    rest.at = momentAt(900);
+    rest.wall = wallAt(1000) - std::chrono::hours(1);
+    feed_.publish(rest);
+    lookAt(1100);
+    EXPECT_FALSE(eventTexts().join('\n').contains("set back"));
+    EXPECT_EQ(wallMs(10), get("status")["link"].toObject()["since"].toDouble() + kHour)
+        << "it was told by the clock of then";
+}
+
 TEST_F(ClockSetBack, TheConnectionIsAsOldAsBefore)
 {
     setClockBack(kHour);

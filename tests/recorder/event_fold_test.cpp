@@ -103,6 +103,18 @@ TEST_F(EventFoldTest, WithoutTheBeginningOfTheRunNothingIsClaimed)
     EXPECT_EQ(fold.isAside("c"), WhetherAside::unknown);
 }
 
+TEST_F(EventFoldTest, WhereEventsAreMissingNothingIsSaidOfTheLineUntilTheNextOne)
+{
+    for (const char* kind : {event_kind::kMissed, event_kind::kStorage}) {
+        take(1, event_kind::kBegan);
+        take(2, event_kind::kConnected);
+        take(3, kind);
+        EXPECT_FALSE(fold.line()) << kind;
+        take(4, event_kind::kConnectFailed, "no route");
+        EXPECT_TRUE(isLine(event_kind::kConnectFailed, 4, true)) << kind;
+    }
+}
+
 TEST_F(EventFoldTest, WhereEventsAreMissingNothingIsClaimedUntilAListSaysThatNoneIsRefused)
 {
     for (const char* kind : {event_kind::kMissed, event_kind::kStorage}) {

@@ -86,9 +86,14 @@ ValueQuality qualityThen(const recorder::Standing& standing, bool isRecorded)
 LineThen lineThen(const ReplayMoment& moment)
 {
     LineThen line;
-    if (!moment.isRecorded || !moment.past.line()) {
+    if (!moment.isRecorded) {
         line.state = "lost";
         line.words = recorder::kNotRecorded;
+        return line;
+    }
+    if (!moment.past.line()) {
+        line.state = "unknown";
+        line.words = "what is recorded does not say how the line was";
         return line;
     }
     const recorder::LinePast& past = *moment.past.line();

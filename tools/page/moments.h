@@ -65,14 +65,20 @@ private:
 class SetBacks
 {
 public:
-    SetBacks(Clock::time_point steady, WallClock::time_point wall) : offset_(between(steady, wall))
+    SetBacks(Clock::time_point steady, WallClock::time_point wall)
+        : newest_(steady), offset_(between(steady, wall))
     {
     }
 
     // By how much it was since the call before; zero: it was not. Less than kLeast is a clock that
-    // is kept right, and counts as none.
+    // is kept right, and counts as none. What was taken before the newest says nothing new: what a
+    // frame began with is told when its rest has come.
     std::chrono::nanoseconds at(Clock::time_point steady, WallClock::time_point wall)
     {
+        if (steady < newest_) {
+            return std::chrono::nanoseconds::zero();
+        }
+        newest_ = steady;
         const std::chrono::nanoseconds before = offset_;
         offset_ = between(steady, wall);
         return before - offset_ > kLeast ? before - offset_ : std::chrono::nanoseconds::zero();
@@ -86,6 +92,7 @@ private:
         return wall.time_since_epoch() - steady.time_since_epoch();
     }
 
+    Clock::time_point newest_;
     std::chrono::nanoseconds offset_;
 };
 

@@ -67,6 +67,11 @@ void EventFold::takeLine(const EventRow& event)
         down(event, true);
     } else if (isOf(event, event_kind::kConnectFailed)) {
         down(event, false);
+    } else if (isOf(event, event_kind::kMissed) || isOf(event, event_kind::kStorage)) {
+        // It may have been lost meanwhile, or have come back.
+        line_.reset();
+        up_.reset();
+        down_.reset();
     }
 }
 

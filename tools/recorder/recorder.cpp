@@ -145,14 +145,16 @@ void Recorder::look()
     reader_->read(
         [&](const host::FeedEntry& entry) {
             recording_.take(entry);
-            now = std::max(now, entry.at);
+            takenAt_ = std::max(takenAt_, entry.at);
+            now = std::max(now, takenAt_);
             if (state_.isOn() && isMuch(room_)) {
                 commit(std::max(entry.at, committedAt_));
             }
         },
         [&](quint64 count) {
             missed += count;
-            recording_.gap(count, Clock::now());
+            // Behind what was read before it, and in front of what comes behind it.
+            recording_.gap(count, std::max(takenAt_, committedAt_));
         });
     if (missed > 0) {
         const std::lock_guard<std::mutex> lock(mutex_);

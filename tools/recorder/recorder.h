@@ -87,7 +87,8 @@ private:
     quint64 nextNumber_ = 1;
     host::Clock::time_point nextCommit_;
     host::Clock::time_point committedAt_;
-    quint64 room_ = 0; // bytes that the file has left
+    host::Clock::time_point takenAt_ = host::Clock::now(); // when the newest happened that was read
+    quint64 room_ = 0;                                     // bytes that the file has left
     CoveredTime covered_;
     host::Clock::time_point coveredAt_; // everything until then has been written
     std::unique_ptr<host::FeedReader> reader_;

@@ -22,12 +22,17 @@ bool isOfAddress(const QString& kind)
     return kind == event_kind::kWrite || kind == event_kind::kRead;
 }
 
+EventRow rowOf(const Statement& row)
+{
+    return {row.number(0), row.isNull(1) ? 0 : row.number(1), row.text(2), row.text(3),
+            row.text(4)};
+}
+
 } // namespace
 
 EventRow RecordingPart::eventOf(const Statement& row) const
 {
-    EventRow event = {row.number(0), row.isNull(1) ? 0 : row.number(1), row.text(2), row.text(3),
-                      row.text(4)};
+    EventRow event = rowOf(row);
     if (isOfAddress(event.kind)) {
         event.address = event.subject;
     } else if (isOfNamed(event.kind)) {
@@ -96,7 +101,7 @@ std::vector<EventRow> RecordingPart::eventsOf(const std::vector<const char*>& ki
     }
     std::vector<EventRow> events;
     while (rows.step()) {
-        events.push_back(eventOf(rows));
+        events.push_back(rowOf(rows));
     }
     return events;
 }

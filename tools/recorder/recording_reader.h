@@ -7,6 +7,7 @@
 #include "covered_time.h"
 #include "recording_part.h"
 
+#include <map>
 #include <memory>
 
 namespace tavmir::recorder
@@ -70,11 +71,14 @@ private:
     };
 
     std::vector<Piece> piecesOf(TimeSpan span) const;
+    // Until when a file covers the time; only the newest of the members still grows.
+    Micros endOf(const Member& member, const std::vector<Member>& members) const;
     std::unique_ptr<RecordingPart> partOf(quint64 number) const;
 
     explicit RecordingReader(const std::string& folder) : folder_(folder) {}
 
     std::string folder_;
+    mutable std::map<quint64, Micros> ends_; // by number, of files that do not grow
 };
 
 constexpr char kNotRecorded[] = "nothing was recorded at this time";

@@ -73,10 +73,23 @@ std::vector<TimeSpan> RecordingReader::stretches() const
     return joined;
 }
 
+Micros RecordingReader::endOf(const Member& member, const std::vector<Member>& members) const
+{
+    if (member.number == members.back().number) {
+        return coveredUntil(member);
+    }
+    Micros& end = ends_[member.number];
+    if (end == 0) { // also of one that could not be read just then
+        end = coveredUntil(member);
+    }
+    return end;
+}
+
 void RecordingReader::partsWithin(TimeSpan span, const TakePart& take) const
 {
-    for (const Member& member : membersOf(folder_)) {
-        if (member.began >= span.until || coveredUntil(member) < span.from) {
+    const std::vector<Member> members = membersOf(folder_);
+    for (const Member& member : members) {
+        if (member.began >= span.until || endOf(member, members) < span.from) {
             continue;
         }
         QString ignored;
@@ -137,7 +150,7 @@ std::unique_ptr<RecordingPart> RecordingReader::partAt(Micros at) const
     const std::vector<Member> members = membersOf(folder_);
     for (auto member = members.rbegin(); member != members.rend() && !(best && known == at);
          ++member) {
-        if (member->began > at || (best && coveredUntil(*member) <= known)) {
+        if (member->began > at || (best && endOf(*member, members) <= known)) {
             continue;
         }
         QString ignored;
@@ -172,7 +185,7 @@ std::vector<EventRow> RecordingReader::lastEvents(Micros at, size_t limit) const
     const std::vector<Member> members = membersOf(folder_);
     for (auto member = members.rbegin(); member != members.rend(); ++member) {
         const bool isFull = !events.empty() && events.size() >= limit;
-        if (member->began > at || (isFull && coveredUntil(*member) < events.front().at)) {
+        if (member->began > at || (isFull && endOf(*member, members) < events.front().at)) {
             continue;
         }
         QString ignored;

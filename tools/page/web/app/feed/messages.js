@@ -43,8 +43,8 @@
  * @property {boolean} playing
  * @property {number} speed
  *
- * `refusing`: connected, and nothing but refusals of late.
- * @typedef {'connected'|'silent'|'refusing'|'connecting'|'lost'|'never'} LinkWord
+ * `refusing`: connected, and nothing but refusals of late. `unknown`: of a recording that does not say it.
+ * @typedef {'connected'|'silent'|'refusing'|'connecting'|'lost'|'never'|'unknown'} LinkWord
  *
  * @typedef {object} Status
  * @property {number} now

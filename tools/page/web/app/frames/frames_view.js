@@ -1,7 +1,7 @@
 // What went over the line, newest first, asked for while it is looked at: decoded, with the time to the one before,
 // and the bytes of the one that is picked.
 import { get } from '../link/requests.js';
-import { clockTime, length } from '../text/ages.js';
+import { after, clockTime, length } from '../text/ages.js';
 import { counted } from '../text/numbers.js';
 import { hexLines } from '../text/hex.js';
 import { element, make, setAttribute, setText, show } from '../view/dom.js';
@@ -33,7 +33,7 @@ const SIGNS = { request: '→', reply: '←', exception: '✕', nothing: '∅' }
  * @returns {Frame}
  */
 function hole(missed, behind) {
-  const why = 'the list was held, out of sight, or slower than the line';
+  const why = 'the list was held, out of sight, without the program, or slower than the line';
   return { id: behind.id - 1, at: behind.at, beforeMs: null, way: 'missed', bytes: null, bad: true, elapsedMs: null,
     text: `at least ${counted(missed, 'frame')} went by here: ${why}` };
 }
@@ -187,7 +187,7 @@ export class FramesView {
     if (!frame) return;
     const took = frame.elapsedMs === null ? '' : ` (${length(frame.elapsedMs)})`;
     setText(parts.time, clockTime(frame.at, true));
-    setText(parts.after, frame.beforeMs === null ? '' : `+${length(frame.beforeMs)}`);
+    setText(parts.after, frame.beforeMs === null ? '' : after(frame.beforeMs));
     setText(parts.way, `${SIGNS[frame.way] ?? (frame.bad ? '✕' : '·')} ${frame.way}`);
     setText(parts.text, frame.text + took);
     setAttribute(root, 'title', frame.text);

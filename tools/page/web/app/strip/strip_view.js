@@ -35,6 +35,7 @@ const LINK_LOOKS = {
   connected: { text: '● connected', mood: 'good' }, connecting: { text: '◌ connecting', mood: 'warn' },
   silent: { text: '◌ no answer', mood: 'bad' }, lost: { text: '✕ lost', mood: 'bad' },
   refusing: { text: '⊘ only refusals', mood: 'warn' }, never: { text: '○ not connected yet', mood: 'bad' },
+  unknown: { text: '? not recorded', mood: 'off' },
 };
 
 /**

@@ -83,20 +83,24 @@ export class ValuesView {
   }
 
   #list() {
-    const { variables, values } = this.#store;
-    this.#listed = listed(variables, values, this.#filter.value, this.#onlyBad.checked,
-      this.#store.link === 'live');
-    element('values-grid', HTMLElement).setAttribute('aria-rowcount', String(this.#listed.length + 1));
+    this.#choose();
     this.#sparksDrawn = 0;
     this.#show();
   }
 
+  #choose() {
+    const { variables, values } = this.#store;
+    const before = this.#listed;
+    this.#listed = listed(variables, values, this.#filter.value, this.#onlyBad.checked,
+      this.#store.link === 'live');
+    element('values-grid', HTMLElement).setAttribute('aria-rowcount', String(this.#listed.length + 1));
+    const isSame = before.length === this.#listed.length && before.every((index, i) => index === this.#listed[i]);
+    if (!isSame) this.#sparksDrawn = 0;
+  }
+
   #draw() {
     // What is chosen by its quality comes and goes with it.
-    if (this.#onlyBad.checked || this.#filter.value !== '') {
-      this.#list();
-      return;
-    }
+    if (this.#onlyBad.checked || this.#filter.value !== '') this.#choose();
     this.#show();
   }
 
